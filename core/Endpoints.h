@@ -1,0 +1,29 @@
+// Every host and path of the service, in one value. There are two: the provider's and the local Drive's.
+#pragma once
+
+#include <QString>
+#include <QUrl>
+
+namespace quenby {
+
+struct Endpoints {
+    QUrl rpcURL;       // JSON-RPC calls, without query
+    QUrl rpcUploadURL; // JSON-RPC calls that announce an upload, without query
+    QUrl authorizationURL;
+    QUrl tokenURL;
+    QUrl revocationURL;
+    QUrl userInfoURL;
+    QUrl downloadBaseURL; // files' contents are served below it
+    QString emailScope;
+    QString profileScope;
+    QString driveScope;         // full access to the Drive
+    QString providerDomain;     // a host in it is the provider's own: its sign-in can tell who signed in
+    QString jwtBearerGrantType; // RFC 7523, section 2.1
+    bool isLocal = false;       // plain http to this computer is allowed, also for authorized requests
+
+    static Endpoints provider();
+    // The local Drive at an address such as http://127.0.0.1:4711.
+    static Endpoints localDrive(const QUrl& base);
+};
+
+} // namespace quenby

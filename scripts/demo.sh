@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# The main road, walked once: demo.sh BIN. Everything lies under build/demo/, nothing in the user's own folders.
+set -euo pipefail
+cd "$(dirname "$(readlink -f "$0")")/.."
+bin=$1
+home=$PWD/build/demo
+rm -rf "$home"
+mkdir -p "$home"
+export HOME=$home XDG_DATA_HOME=$home/data XDG_STATE_HOME=$home/state XDG_CONFIG_HOME=$home/config XDG_CACHE_HOME=$home/cache
+
+step() { printf '\n\033[1m%s\033[0m\n' "$1"; }
+[ -t 1 ] || step() { printf '\n== %s\n' "$1"; }
+
+end_local_drive() {
+    local endpoint=$XDG_DATA_HOME/quenby/local-drive/endpoint.json pid
+    [ -f "$endpoint" ] || return 0
+    pid=$(sed -n 's/.*"pid": *\([0-9]*\).*/\1/p' "$endpoint")
+    # Only the local Drive that this walk started: it serves this folder and no other.
+    if [ -n "$pid" ] && tr '\0' ' ' <"/proc/$pid/cmdline" 2>/dev/null | grep -q "$home"; then
+        kill "$pid" 2>/dev/null || true
+    fi
+}
+trap end_local_drive EXIT
+
+file=$home/Hello.txt
+printf 'The first file that went up.\n' >"$file"
+
+step "Sign in to the local Drive (a Drive on this computer; no account needed)"
+"$bin/quenby" signin --local
+"$bin/quenby" about --local
+
+step "Upload $(basename "$file")"
+"$bin/quenby" upload "$file" --local
+
+step "What changed on the Drive"
+changes=$("$bin/quenby" changes --local)
+printf '%s\n' "$changes"
+grep -q 'Hello.txt' <<<"$changes" || { echo "The change list does not show the file." >&2; exit 1; }
+
+step "Done"
+echo "Signed in, uploaded Hello.txt, and saw it arrive in the change list."
+echo "Try it yourself:  ./run upload FILE... --local     ./run changes --local     ./run --help"

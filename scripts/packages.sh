@@ -1,0 +1,46 @@
+# The Debian packages of each kind of work, and how they come onto a machine. Sourced, not run.
+
+packages_build="g++ cmake ninja-build pkg-config ccache mold
+  qt6-base-dev libqt6sql6-sqlite libcurl4-openssl-dev libsimdjson-dev libcpp-httplib-dev libssl-dev"
+packages_test="$packages_build clang libclang-rt-dev openssl curl ca-certificates"
+packages_bench="$packages_build libbenchmark-dev openssl curl time python3"
+packages_format="clang-format"
+
+# need_packages LIST: installs what is missing, as root or with sudo; says what to type when it can do neither.
+need_packages() {
+    local missing=()
+    local name
+    for name in $1; do
+        dpkg-query -W -f='${Status}' "$name" 2>/dev/null | grep -q 'ok installed' || missing+=("$name")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    if ! command -v apt-get >/dev/null; then
+        echo "This machine has no apt-get. Install the equivalents of these Debian packages by hand: ${missing[*]}" >&2
+        return 1
+    fi
+    local become=()
+    if [ "$(id -u)" -ne 0 ]; then
+        if ! command -v sudo >/dev/null || { [ ! -t 0 ] && ! sudo -n true 2>/dev/null; }; then
+            echo "These packages are missing, and only root can install them. Type:" >&2
+            echo "    apt-get install ${missing[*]}" >&2
+            return 1
+        fi
+        become=(sudo)
+    fi
+    echo "Installing ${#missing[@]} packages: ${missing[*]}"
+    # A list that is not there yet, or too old to find the files, is fetched; a fresh one is not fetched again.
+    install_now() {
+        "${become[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"
+    }
+    local log
+    log=$(mktemp)
+    if ! install_now >"$log" 2>&1; then
+        if ! { "${become[@]}" apt-get update -q && install_now; } >"$log" 2>&1; then
+            tail -n 20 "$log" >&2
+            echo "The packages could not be installed; apt-get's own words stand above." >&2
+            rm -f "$log"
+            return 1
+        fi
+    fi
+    rm -f "$log"
+}
