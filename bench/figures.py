@@ -1,0 +1,191 @@
+"""The figures of bench/run: each is a ratio of two things measured in the same run, or a size."""
+
+import argparse
+import json
+import os
+import pathlib
+import re
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+from dataclasses import asdict, dataclass
+
+GIB = 1 << 30
+PAIRS = 5
+
+
+@dataclass
+class Figure:
+    name: str
+    value: float
+    unit: str
+    goal: str
+    met: str
+
+    @staticmethod
+    def at_most(name, value, unit, limit):
+        return Figure(name, round(value, 3), unit, f"<= {limit}", "met" if value <= limit else "short")
+
+    @staticmethod
+    def at_least(name, value, unit, limit):
+        return Figure(name, round(value, 3), unit, f">= {limit}", "met" if value >= limit else "short")
+
+
+@dataclass
+class Usage:
+    wall: float
+    cpu: float
+    peak_kib: int
+
+
+def measure(command, environment):
+    """Runs one whole process to its end; its own accounting comes from the operating system."""
+    start = time.monotonic()
+    process = subprocess.Popen(command, env=environment, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+    words = process.stderr.read()
+    _, status, usage = os.wait4(process.pid, 0)
+    process.returncode = os.waitstatus_to_exitcode(status)
+    if process.returncode != 0:
+        sys.exit(f"{' '.join(map(str, command))} failed: {words.decode(errors='replace')}")
+    return Usage(time.monotonic() - start, usage.ru_utime + usage.ru_stime, usage.ru_maxrss)
+
+
+class Transfers:
+    """A TLS sink with a certificate of its own, and both programs talking to it in turn."""
+
+    def __init__(self, binaries, folder):
+        self.binaries, self.folder = binaries, folder
+        certificate, key = folder / "sink.pem", folder / "sink.key"
+        subprocess.run(
+            ["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj", "/CN=127.0.0.1",
+             "-addext", "subjectAltName=IP:127.0.0.1", "-keyout", key, "-out", certificate],
+            check=True, stderr=subprocess.DEVNULL)
+        self.sink = subprocess.Popen([binaries / "bench_sink", certificate, key], stdout=subprocess.PIPE, text=True)
+        port = self.sink.stdout.readline().split()[-1]
+        self.base = f"https://127.0.0.1:{port}"
+        self.environment = dict(os.environ, SSL_CERT_FILE=str(certificate))
+        for proxy in ("http_proxy", "https_proxy", "all_proxy", "HTTPS_PROXY", "ALL_PROXY"):
+            self.environment.pop(proxy, None)
+
+    def close(self):
+        self.sink.terminate()
+        self.sink.wait()
+
+    def ratios(self, name, ours, theirs):
+        """Ours over theirs, pair by pair, so that a drift of the machine's speed falls out."""
+        measure(ours, self.environment), measure(theirs, self.environment)
+        pairs = [(measure(ours, self.environment), measure(theirs, self.environment)) for _ in range(PAIRS)]
+        wall = statistics.median(a.wall / b.wall for a, b in pairs)
+        cpu = statistics.median(a.cpu / b.cpu for a, b in pairs)
+        return [Figure.at_most(f"{name}.wall_vs_curl", wall, "ratio", 1.15),
+                Figure.at_most(f"{name}.cpu_vs_curl", cpu, "ratio", 1.15)]
+
+    def upload(self):
+        source = self.folder / "source.bin"
+        block = os.urandom(1 << 20)
+        with open(source, "wb") as file:
+            for _ in range(GIB >> 20):
+                file.write(block)
+        ours = [self.binaries / "bench_transfer", "upload", self.base, source]
+        theirs = ["curl", "-s", "-S", "--http1.1", "-T", source, f"{self.base}/put"]
+        figures = self.ratios("upload", ours, theirs)
+        source.unlink()
+        return figures
+
+    def download(self):
+        address = f"{self.base}/bytes/{GIB}"
+        ours = [self.binaries / "bench_transfer", "download", address, self.folder / "ours.bin"]
+        theirs = ["curl", "-s", "-S", "--http1.1", "-o", self.folder / "theirs.bin", address]
+        return self.ratios("download", ours, theirs)
+
+
+def transfers(which):
+    def run(binaries, folder):
+        both = Transfers(binaries, folder)
+        try:
+            return getattr(both, which)()
+        finally:
+            both.close()
+    return run
+
+
+def memory(binaries, folder):
+    """Peak memory of the command line's upload of 1 GiB, above that of 1 byte."""
+    environment = dict(os.environ, HOME=str(folder), XDG_DATA_HOME=str(folder / "data"),
+                       XDG_STATE_HOME=str(folder / "state"), XDG_CACHE_HOME=str(folder / "cache"),
+                       XDG_CONFIG_HOME=str(folder / "config"))
+    drive = folder / "drive"
+    server = subprocess.Popen([binaries / "quenby-localdrive", "--data", drive, "--quiet"], stdout=subprocess.PIPE,
+                              text=True, env=environment)
+    try:
+        server.stdout.readline()
+        peaks = []
+        for size in (1, GIB):
+            source = folder / f"{size}.bin"
+            with open(source, "wb") as file:
+                file.truncate(size)
+            command = [binaries / "quenby", "upload", source, "--local", "--local-data", drive, "--quiet"]
+            peaks.append(measure(command, environment).peak_kib)
+            source.unlink()
+        return [Figure.at_most("memory.upload_1GiB_above_1B", (peaks[1] - peaks[0]) / 1024, "MiB", 16)]
+    finally:
+        server.terminate()
+        server.wait()
+
+
+def google(program):
+    """The median real time of each benchmark of one program, in nanoseconds."""
+    out = subprocess.run([program, "--benchmark_format=json", "--benchmark_repetitions=3",
+                          "--benchmark_report_aggregates_only=true"], check=True, capture_output=True, text=True)
+    factor = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+    report = json.loads(out.stdout[out.stdout.index("{"):])
+    return {re.sub(r"(/real_time)?(/repeats:\d+)?(_median)?$", "", entry["run_name"]):
+            entry["real_time"] * factor[entry["time_unit"]]
+            for entry in report["benchmarks"] if entry.get("aggregate_name") == "median"}
+
+
+def fetchers(binaries, _):
+    times = google(binaries / "bench_fetchers")
+    small = times["startAndFinishQueuedFetchers/100"] / 100
+    large = times["startAndFinishQueuedFetchers/10000"] / 10000
+    return [Figure("fetchers.cost_of_one_of_10000", round(large / 1000, 2), "us", "", ""),
+            Figure.at_most("fetchers.cost_10000_vs_100", large / small, "ratio", 1.5)]
+
+
+def json_replies(binaries, _):
+    times = google(binaries / "bench_json")
+    peer = times["qJsonDocument"]
+    return [Figure.at_least("json.change_list_vs_qjson", peer / times["usableChangeList"], "ratio", 8),
+            Figure.at_least("json.sorted_dates_vs_qjson", peer / times["sortedModificationDates"], "ratio", 1.5)]
+
+
+GROUPS = {"upload": transfers("upload"), "download": transfers("download"), "memory": memory, "json": json_replies,
+          "fetchers": fetchers}
+
+
+def main():
+    parser = argparse.ArgumentParser(prog="bench/run")
+    parser.add_argument("binaries", type=pathlib.Path)
+    parser.add_argument("names", nargs="*", metavar="NAME", help=", ".join(GROUPS))
+    parser.add_argument("--json", action="store_true")
+    options = parser.parse_args()
+    if unknown := set(options.names) - GROUPS.keys():
+        parser.error(f"no such figures: {', '.join(unknown)}; there are {', '.join(GROUPS)}")
+    figures = []
+    scratch = pathlib.Path("build/bench").absolute()
+    scratch.mkdir(parents=True, exist_ok=True)
+    for name in options.names or GROUPS:
+        with tempfile.TemporaryDirectory(dir=scratch) as folder:
+            found = GROUPS[name](options.binaries.absolute(), pathlib.Path(folder))
+        figures += found
+        if not options.json:
+            for figure in found:
+                print(f"{figure.name:36} {figure.value:10g} {figure.unit:6} {figure.goal:8} {figure.met}", flush=True)
+    if options.json:
+        print(json.dumps([asdict(figure) for figure in figures], indent=2))
+
+
+if __name__ == "__main__":
+    main()
