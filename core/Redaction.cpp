@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
 namespace quenby::redaction {
 namespace {
@@ -35,21 +36,78 @@ bool isUploadAddress(const QUrl& url) {
     return url.path().contains(QStringLiteral("/upload/")) || url.query().contains(QStringLiteral("upload_id="));
 }
 
-QJsonValue withoutSecrets(const QJsonValue& value) {
+// Everything below a secret name. Numbers and booleans stay: an error's "code" is one.
+QJsonValue withoutStrings(const QJsonValue& value) {
+    if (value.isString())
+        return QLatin1String(snip);
     if (value.isArray()) {
-        QJsonArray array;
-        for (const QJsonValue& element : value.toArray())
-            array.append(withoutSecrets(element));
+        QJsonArray array = value.toArray();
+        std::transform(array.begin(), array.end(), array.begin(),
+                       [](const auto& item) { return withoutStrings(item); });
         return array;
     }
-    if (!value.isObject())
-        return value.isString() ? QJsonValue(text(value.toString())) : value;
     QJsonObject object = value.toObject();
-    for (auto member = object.begin(); member != object.end(); ++member) {
-        const bool isSecret = member.value().isString() && isSecretName(member.key().toUtf8());
-        member.value() = isSecret ? QJsonValue(QLatin1String(snip)) : withoutSecrets(member.value());
+    std::transform(object.begin(), object.end(), object.begin(), [](const auto& item) { return withoutStrings(item); });
+    return value.isObject() ? QJsonValue(object) : value;
+}
+
+QJsonValue withoutSecrets(const QJsonValue& value) {
+    if (value.isString())
+        return text(value.toString());
+    if (value.isArray()) {
+        QJsonArray array = value.toArray();
+        std::transform(array.begin(), array.end(), array.begin(),
+                       [](const auto& item) { return withoutSecrets(item); });
+        return array;
     }
-    return object;
+    QJsonObject object = value.toObject();
+    for (auto member = object.begin(); member != object.end(); ++member)
+        member.value() =
+            isSecretName(member.key().toUtf8()) ? withoutStrings(member.value()) : withoutSecrets(member.value());
+    return value.isObject() ? QJsonValue(object) : value;
+}
+
+// An address or a form may travel as a value inside another one.
+QByteArray withoutNestedSecrets(const QByteArray& encoded) {
+    const QString decoded = QString::fromUtf8(QByteArray::fromPercentEncoding(encoded));
+    const QString shown = text(decoded);
+    return shown == decoded ? encoded : shown.toUtf8().toPercentEncoding();
+}
+
+struct Rule {
+    QRegularExpression pattern;
+    QString replacement;
+};
+
+// How secrets look inside free text. %1 stands for the alternatives of secret names. Repeated groups are possessive: a
+// value of megabytes would exhaust the matcher's stack otherwise, and then stay.
+const std::vector<Rule>& textRules() {
+    static const std::vector<Rule> rules = [] {
+        const std::pair<const char*, const char*> table[] = {
+            // Upload addresses: the whole query.
+            {R"re((https?://[^\s"'<>?]*/upload/[^\s"'<>?]*\?)[^\s"'<>]*)re", R"(\1_snip_)"},
+            {R"re((https?://)[^\s/@"'<>]+@)re", R"(\1_snip_@)"},
+            {R"re(\b(Bearer\s+|OAuth\s+|Basic\s+|GoogleLogin auth=)(?!\w+=")[A-Za-z0-9._~+/=-]{6,})re", R"(\1_snip_)"},
+            // JSON members, also of JSON that is a string inside JSON or was cut off.
+            {R"re(("(?:%1)"\s*:\s*")[^"\\]*+(?:\\.[^"\\]*+)*+)re", R"(\1_snip_)"},
+            {R"re((\\+"(?:%1)\\+"\s*:\s*\\+")[^"\\]*)re", R"(\1_snip_)"},
+            // Pairs, bare or quoted, and percent-encoded ones inside an address.
+            {R"re((?:(?<![A-Za-z0-9_])|(?<=%[0-9A-F]{2}))(%1)=(["']?)[^&\s"'<>]+)re", R"(\1=\2_snip_)"},
+            {R"re((?:(?<![A-Za-z0-9_])|(?<=%[0-9A-F]{2}))(%1)%3D(?:[^&\s"'<>%]|%(?!26))++)re", R"(\1%3D_snip_)"},
+            // XML elements (a number is no secret) and form fields of pages.
+            {R"re((<(%1)>)(?!\d+<)[^<]+)re", R"(\1_snip_)"},
+            {R"re((\bname=["']?(?:%1)["']?\s[^>]*?\bvalue=["']?)[^"'>\s]+)re", R"(\1_snip_)"},
+            {R"re((\bvalue=["'])[^"']+(["'][^>]*?\bname=["']?(?:%1)["'\s/>]))re", R"(\1_snip_\2)"},
+        };
+        std::vector<Rule> made;
+        for (const auto& [pattern, replacement] : table)
+            made.push_back(
+                {QRegularExpression(QString::fromLatin1(pattern).replace(QStringLiteral("%1"), alternatives()),
+                                    QRegularExpression::CaseInsensitiveOption),
+                 QString::fromLatin1(replacement)});
+        return made;
+    }();
+    return rules;
 }
 
 } // namespace
@@ -58,8 +116,11 @@ QByteArray formBody(const QByteArray& body) {
     QList<QByteArray> pairs = body.split('&');
     for (QByteArray& pair : pairs) {
         const qsizetype equals = pair.indexOf('=');
-        if (equals > 0 && isSecretName(QByteArrayView(pair).first(equals)))
-            pair = pair.first(equals + 1) + snip;
+        if (equals <= 0)
+            continue;
+        const QByteArray name = QByteArray::fromPercentEncoding(pair.first(equals));
+        const QByteArray value = pair.sliced(equals + 1);
+        pair = pair.first(equals + 1) + (isSecretName(name) ? QByteArray(snip) : withoutNestedSecrets(value));
     }
     return pairs.join('&');
 }
@@ -96,6 +157,9 @@ QByteArray headerValue(const QByteArray& name, const QByteArray& value) {
     }
     if (is("Location") || is("Content-Location") || is("Referer"))
         return url(QUrl::fromEncoded(value)).toUtf8();
+    const QByteArray lowered = name.toLower();
+    if (lowered.contains("token") || lowered.contains("secret") || lowered.contains("password"))
+        return snip;
     return text(QString::fromLatin1(value)).toLatin1();
 }
 
@@ -114,24 +178,18 @@ QString url(const QUrl& address) {
     return shown.toString(QUrl::FullyEncoded);
 }
 
+QString secretURL(const QUrl& address) {
+    QUrl shown;
+    shown.setScheme(address.scheme());
+    shown.setHost(address.host());
+    shown.setPort(address.port());
+    return shown.toString(QUrl::FullyEncoded) + QLatin1Char('/') + QLatin1String(snip);
+}
+
 QString text(const QString& given) {
-    static const QRegularExpression scheme(
-        QStringLiteral("\\b(Bearer|OAuth|Basic|GoogleLogin auth=)( ?)[A-Za-z0-9._~+/=-]{6,}"),
-        QRegularExpression::CaseInsensitiveOption);
-    static const QRegularExpression pair(QStringLiteral("(?<![A-Za-z0-9_])(%1)=[^&\\s\"'<>]+").arg(alternatives()),
-                                         QRegularExpression::CaseInsensitiveOption);
-    static const QRegularExpression member(
-        QStringLiteral("(\"(?:%1)\"\\s*:\\s*\")(?:[^\"\\\\]|\\\\.)*").arg(alternatives()),
-        QRegularExpression::CaseInsensitiveOption);
-    static const QRegularExpression upload(
-        QStringLiteral("(https?://[^\\s\"'<>?]*/upload/[^\\s\"'<>?]*\\?)[^\\s\"'<>]*"));
-    static const QRegularExpression userInfo(QStringLiteral("(https?://)[^\\s/@\"'<>]+@"));
     QString shown = given;
-    shown.replace(upload, QStringLiteral("\\1") + QLatin1String(snip));
-    shown.replace(userInfo, QStringLiteral("\\1") + QLatin1String(snip) + QLatin1Char('@'));
-    shown.replace(scheme, QStringLiteral("\\1\\2") + QLatin1String(snip));
-    shown.replace(member, QStringLiteral("\\1") + QLatin1String(snip));
-    shown.replace(pair, QStringLiteral("\\1=") + QLatin1String(snip));
+    for (const Rule& rule : textRules())
+        shown.replace(rule.pattern, rule.replacement);
     return shown;
 }
 

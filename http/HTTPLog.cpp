@@ -1,0 +1,7 @@
+#include "http/HTTPLog.h"
+
+namespace quenby {
+
+Q_LOGGING_CATEGORY(httpLog, "quenby.http", QtInfoMsg)
+
+} // namespace quenby

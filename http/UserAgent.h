@@ -1,0 +1,30 @@
+// How a program names itself in the User-Agent field.
+#pragma once
+
+#include <QString>
+
+namespace quenby::userAgent {
+
+// Spaces and commas become underscores; other white space and the characters that separate a field's words go.
+QString cleaned(const QString& text);
+
+// The system and its version, for example "Debian/12", from the ID and VERSION_ID of an os-release file; "Linux" and
+// "?" stand for what is missing. Read once for the process when no other file is named.
+QString systemVersionString();
+QString systemVersionString(const QString& osReleasePath);
+
+// What an application says of itself; empty when it does not.
+struct Application {
+    QString userAgentID; // goes before the identifier
+    QString identifier;
+    QString processName;
+    QString shortVersion;
+    QString version; // in place of the short one
+
+    static Application current(); // this program, from QCoreApplication
+};
+
+// The identifier and, after a slash, the version.
+QString applicationIdentifier(const Application& application = Application::current());
+
+} // namespace quenby::userAgent

@@ -1,0 +1,192 @@
+#include "localdrive/server/LocalServer.h"
+
+#include "localdrive/rpc/RpcMethods.h"
+#include "localdrive/server/ControlEndpoint.h"
+#include "localdrive/server/EndpointNote.h"
+#include "localdrive/server/RequestLog.h"
+#include "localdrive/server/RpcEndpoint.h"
+#include "localdrive/server/http/TlsContext.h"
+#include "localdrive/server/oauth/SignInEndpoint.h"
+#include "localdrive/server/upload/UploadEndpoint.h"
+#include "localdrive/server/web/FileEndpoint.h"
+#include "localdrive/server/web/PageEndpoint.h"
+
+#include <unistd.h>
+
+namespace quenby::localdrive {
+namespace {
+
+class DriveFaultEffects final : public FaultEffects {
+public:
+    DriveFaultEffects(TokenStore& tokens, UploadSessions& uploads, ServerClock& clock)
+        : tokens_(tokens)
+        , uploads_(uploads)
+        , clock_(clock) {}
+
+    void loseUploadSession(const QByteArray& uploadId) override { uploads_.remove(uploadId); }
+    QByteArray renameUploadSession(const QByteArray& uploadId) override { return uploads_.rename(uploadId); }
+    void expireAccessTokens() override { warn(tokens_.expireAccessTokens()); }
+    void revokeRefreshTokens() override { warn(tokens_.revokeEverything()); }
+    void skewClock(std::chrono::seconds skew) override { clock_.skew(skew); }
+
+private:
+    static void warn(const Result<void>& done) {
+        if (!done)
+            qWarning("A fault could not be applied: %s", qUtf8Printable(done.error().description()));
+    }
+
+    TokenStore& tokens_;
+    UploadSessions& uploads_;
+    ServerClock& clock_;
+};
+
+// The port that the former run had, so that addresses which clients keep stay good.
+quint16 wantedPort(const ServerOptions& options) {
+    if (options.port)
+        return *options.port;
+    const auto note = EndpointNote::read(options.dataFolder);
+    return note ? static_cast<quint16>(note->url.port()) : quint16{0};
+}
+
+Error portTaken(quint16 port) {
+    return Error(
+        errorDomain::posix, EADDRINUSE,
+        {{errorKey::reason, QStringLiteral("Port %1 on 127.0.0.1 is taken. Choose another, or 0 for any.").arg(port)}});
+}
+
+StoreSettings storeSettings(const ServerOptions& options) {
+    StoreSettings settings;
+    settings.folder = options.dataFolder;
+    if (options.quotaBytes)
+        settings.quotaBytesTotal = *options.quotaBytes;
+    return settings;
+}
+
+} // namespace
+
+// In the order in which they are made; each uses only those above it.
+struct LocalServer::Parts {
+    ServerClock clock;
+    std::unique_ptr<DriveStore> store;
+    std::unique_ptr<TokenStore> tokens;
+    std::unique_ptr<UploadSessions> uploads;
+    std::shared_ptr<SSL_CTX> tls;
+    QUrl url;
+    FaultPlan faults;
+    PageTemplates pages;
+    FormGuard guard;
+
+    std::unique_ptr<Statistics> statistics;
+    std::unique_ptr<RpcMethods> methods;
+    std::unique_ptr<DriveFaultEffects> effects;
+    std::unique_ptr<HttpServer> http;
+    std::unique_ptr<Authenticator> authenticator;
+    std::unique_ptr<RpcEndpoint> rpcEndpoint;
+    std::unique_ptr<UploadEndpoint> uploadEndpoint;
+    std::unique_ptr<SignInEndpoint> signInEndpoint;
+    std::unique_ptr<TokenEndpoint> tokenEndpoint;
+    std::unique_ptr<FileEndpoint> fileEndpoint;
+    std::unique_ptr<PageEndpoint> pageEndpoint;
+    std::unique_ptr<ControlEndpoint> controlEndpoint;
+
+    Result<void> openDrive(const ServerOptions& options);
+    Result<void> bind(const ServerOptions& options);
+    void addEndpoints(const ServerOptions& options, std::function<void()> shutdown);
+};
+
+Result<void> LocalServer::Parts::openDrive(const ServerOptions& options) {
+    auto openedStore = DriveStore::open(storeSettings(options));
+    if (!openedStore)
+        return openedStore.error();
+    store = std::move(*openedStore);
+    auto openedTokens = TokenStore::open(store->database(), clock, options.tokenLifetime);
+    if (!openedTokens)
+        return openedTokens.error();
+    tokens = std::move(*openedTokens);
+    auto openedUploads = UploadSessions::open(store->database(), store->blobs(), clock);
+    if (!openedUploads)
+        return openedUploads.error();
+    uploads = std::move(*openedUploads);
+    return {};
+}
+
+Result<void> LocalServer::Parts::bind(const ServerOptions& options) {
+    if (options.tls) {
+        auto context = makeTlsContext(*options.tls);
+        if (!context)
+            return context.error();
+        tls = *context;
+    }
+    statistics = std::make_unique<Statistics>(options.hasControl());
+    effects = std::make_unique<DriveFaultEffects>(*tokens, *uploads, clock);
+    const auto control =
+        options.hasControl() ? std::optional(FaultControl{faults, *effects, *statistics}) : std::nullopt;
+    http = std::make_unique<HttpServer>(control, tls.get());
+
+    const quint16 wanted = wantedPort(options);
+    auto bound = http->bindLoopback(wanted);
+    if (!bound && options.port)
+        return portTaken(wanted);
+    if (!bound)
+        bound = http->bindLoopback(0);
+    if (!bound)
+        return portTaken(0);
+    url.setScheme(tls ? QStringLiteral("https") : QStringLiteral("http"));
+    url.setHost(QStringLiteral("127.0.0.1"));
+    url.setPort(*bound);
+    return {};
+}
+
+void LocalServer::Parts::addEndpoints(const ServerOptions& options, std::function<void()> shutdown) {
+    const Account& owner = store->settings().account;
+    methods = std::make_unique<RpcMethods>(*store);
+    authenticator = std::make_unique<Authenticator>(*tokens, clock, url);
+    rpcEndpoint = std::make_unique<RpcEndpoint>(*methods, *authenticator);
+    uploadEndpoint = std::make_unique<UploadEndpoint>(*uploads, *methods, *rpcEndpoint, *authenticator, *statistics);
+    signInEndpoint = std::make_unique<SignInEndpoint>(*tokens, pages, guard, owner, *statistics);
+    tokenEndpoint = std::make_unique<TokenEndpoint>(*tokens, options.clients, clock, url, *statistics);
+    fileEndpoint = std::make_unique<FileEndpoint>(*store, *methods, *authenticator);
+    pageEndpoint = std::make_unique<PageEndpoint>(*methods, *tokens, *authenticator, pages, guard, owner);
+
+    rpcEndpoint->addRoutes(*http);
+    uploadEndpoint->addRoutes(*http);
+    signInEndpoint->addRoutes(*http);
+    tokenEndpoint->addRoutes(*http);
+    fileEndpoint->addRoutes(*http);
+    pageEndpoint->addRoutes(*http);
+    if (options.hasControl()) {
+        controlEndpoint = std::make_unique<ControlEndpoint>(
+            options.controlToken,
+            ControlEndpoint::Parts{faults, *statistics, *uploads, *tokens, *tokenEndpoint, owner, std::move(shutdown)});
+        controlEndpoint->addRoutes(*http);
+    }
+    if (!options.quiet)
+        http->set_logger(logRequest);
+}
+
+Result<std::unique_ptr<LocalServer>> LocalServer::open(const ServerOptions& options, std::function<void()> shutdown) {
+    auto parts = std::make_unique<Parts>();
+    if (const auto opened = parts->openDrive(options); !opened)
+        return opened.error();
+    if (const auto bound = parts->bind(options); !bound)
+        return bound.error();
+    if (const auto noted = EndpointNote{parts->url, ::getpid()}.write(options.dataFolder); !noted)
+        return noted.error();
+    parts->addEndpoints(options, std::move(shutdown));
+    return std::unique_ptr<LocalServer>(new LocalServer(std::move(parts)));
+}
+
+LocalServer::LocalServer(std::unique_ptr<Parts> parts)
+    : parts_(std::move(parts)) {}
+
+LocalServer::~LocalServer() = default;
+
+const QUrl& LocalServer::url() const { return parts_->url; }
+
+void LocalServer::serve() { parts_->http->serve(); }
+
+void LocalServer::stop() { parts_->http->stopNow(); }
+
+std::chrono::milliseconds LocalServer::idleTime() const { return parts_->http->idleTime(); }
+
+} // namespace quenby::localdrive

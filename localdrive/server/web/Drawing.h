@@ -1,0 +1,14 @@
+// Small pictures that are made rather than kept.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+namespace quenby::localdrive {
+
+// A PNG of 32 by 32 pixels for one of iconNames(): a sheet, or a folder, in the kind's colour. Nothing for other names.
+std::optional<QByteArray> iconPng(const QString& name);
+
+} // namespace quenby::localdrive

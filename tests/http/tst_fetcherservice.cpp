@@ -1,0 +1,265 @@
+#include "http/GTMHTTPFetchHistory.h"
+#include "http/GTMHTTPFetcherService.h"
+#include "tests/support/FakeConnection.h"
+#include "tests/support/ManualTimeSource.h"
+
+#include <QCoreApplication>
+#include <QLoggingCategory>
+#include <QTest>
+#include <QThread>
+#include <QTimer>
+
+#include <atomic>
+
+using namespace quenby;
+using namespace quenby::testing;
+using namespace std::chrono_literals;
+
+namespace {
+
+struct Bench {
+    FakeNetwork network;
+    std::shared_ptr<ManualTimeSource> time = std::make_shared<ManualTimeSource>();
+    std::shared_ptr<GTMHTTPFetcherService> service = GTMHTTPFetcherService::create(time);
+    QObject context;
+    int calls = 0;
+    int errors = 0;
+
+    Bench() { service->setConnectionClass(network.factory()); }
+    ~Bench() {
+        if (service)
+            service->stopAllFetchers();
+    }
+    Bench(const Bench&) = delete;
+    Bench& operator=(const Bench&) = delete;
+
+    std::shared_ptr<GTMHTTPFetcher> begin(const QString& url, int priority = 0) {
+        const auto fetcher = service->fetcherWithRequest(URLRequest(QUrl(url)));
+        fetcher->setServicePriority(priority);
+        fetcher->beginFetchWithCompletionHandler(&context, [this](const QByteArray&, const MaybeError& error) {
+            ++calls;
+            errors += error ? 1 : 0;
+        });
+        return fetcher;
+    }
+    QStringList asked() const {
+        QStringList paths;
+        for (const auto& exchange : network.exchanges)
+            paths << exchange->request.url.path();
+        return paths;
+    }
+};
+
+QString onHost(const QString& path) { return QStringLiteral("https://one.example/") + path; }
+
+void settle() { QCoreApplication::processEvents(); }
+
+} // namespace
+
+class FetcherServiceTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QLoggingCategory::setFilterRules(QStringLiteral("quenby.http*=false")); }
+
+    void settingsReachFetchers() {
+        Bench bench;
+        QObject queue;
+        bench.service->setUserAgent("Agent/1");
+        bench.service->setTimeout(7s);
+        bench.service->setAllowedInsecureSchemes({QStringLiteral("http")});
+        bench.service->setAllowLocalhostRequest(true);
+        bench.service->setDelegateQueue(&queue);
+        const auto fetcher = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(QStringLiteral("a")))));
+        QCOMPARE(fetcher->request().headers.value("User-Agent"), QByteArray("Agent/1"));
+        QCOMPARE(fetcher->request().timeout, std::chrono::milliseconds(7s));
+        QCOMPARE(fetcher->allowedInsecureSchemes(), QStringList{QStringLiteral("http")});
+        QVERIFY(fetcher->allowLocalhostRequest());
+        QCOMPARE(fetcher->delegateQueue(), &queue);
+        QCOMPARE(fetcher->cookieStorageMethod(), CookieStorageMethod::fetchHistory);
+
+        URLRequest own(QUrl(onHost(QStringLiteral("b"))));
+        own.headers.set("User-Agent", "Own/1");
+        own.timeout = 3s;
+        bench.service->setTimeout(0s);
+        const auto other = bench.service->fetcherWithRequest(own);
+        QCOMPARE(other->request().headers.value("User-Agent"), QByteArray("Own/1"));
+        QCOMPARE(other->request().timeout, std::chrono::milliseconds(3s));
+    }
+
+    void theEleventhWaits() {
+        Bench bench;
+        std::vector<std::shared_ptr<GTMHTTPFetcher>> fetchers;
+        for (int i = 0; i < 11; ++i)
+            fetchers.push_back(bench.begin(onHost(QString::number(i))));
+        QCOMPARE(bench.network.exchanges.size(), 10U);
+        QVERIFY(fetchers[10]->isFetching());
+        QVERIFY(bench.service->isDelayingFetcher(*fetchers[10]));
+        QVERIFY(!bench.service->isDelayingFetcher(*fetchers[9]));
+        QCOMPARE(bench.service->numberOfFetchers(), 11U);
+        QCOMPARE(bench.service->numberOfRunningFetchers(), 10U);
+        QCOMPARE(bench.service->numberOfDelayedFetchers(), 1U);
+        QCOMPARE(bench.service->issuedFetchersWithRequestURL(QUrl(onHost(QStringLiteral("10")))),
+                 std::vector{fetchers[10]});
+
+        bench.begin(QStringLiteral("https://two.example/")); // another host does not care
+        QCOMPARE(bench.network.exchanges.size(), 11U);
+        fetchers[3]->stopFetching();
+        settle();
+        QCOMPARE(bench.network.exchanges.size(), 12U);
+        QCOMPARE(bench.asked().last(), QStringLiteral("/10"));
+    }
+
+    void priorities() {
+        Bench bench;
+        bench.service->setMaxRunningFetchersPerHost(1);
+        bench.begin(onHost(QStringLiteral("running")));
+        bench.begin(onHost(QStringLiteral("late")), 5);
+        bench.begin(onHost(QStringLiteral("first")), 1);
+        bench.begin(onHost(QStringLiteral("second")), 1);
+        for (int i = 0; i < 4; ++i) {
+            bench.network.last().answer(200);
+            settle();
+        }
+        QCOMPARE(bench.asked(), (QStringList{QStringLiteral("/running"), QStringLiteral("/first"),
+                                             QStringLiteral("/second"), QStringLiteral("/late")}));
+        QCOMPARE(bench.calls, 4);
+        QCOMPARE(bench.service->numberOfFetchers(), 0U);
+    }
+
+    // Waiting to retry keeps a fetcher's place; beginning again takes the queue's end.
+    void retriesQueueUpAgain() {
+        Bench bench;
+        bench.service->setMaxRunningFetchersPerHost(1);
+        const auto first = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(QStringLiteral("first")))));
+        first->setRetryEnabled(true);
+        first->beginFetchWithCompletionHandler(&bench.context, [](const QByteArray&, const MaybeError&) {});
+        bench.begin(onHost(QStringLiteral("second")));
+        bench.network.last().answer(503);
+        settle();
+        QCOMPARE(bench.network.exchanges.size(), 1U);
+        bench.time->advance(2s);
+        settle();
+        QCOMPARE(bench.asked().last(), QStringLiteral("/second"));
+        QVERIFY(bench.service->isDelayingFetcher(*first));
+        bench.network.last().answer(200);
+        settle();
+        QCOMPARE(bench.asked().last(), QStringLiteral("/first"));
+    }
+
+    void filesCountAsLocalhost() {
+        Bench bench;
+        bench.service->setMaxRunningFetchersPerHost(1);
+        bench.service->setAllowLocalhostRequest(true);
+        bench.service->setAllowedInsecureSchemes({QStringLiteral("file")});
+        bench.begin(QStringLiteral("http://localhost/"));
+        const auto file = bench.begin(QStringLiteral("file:///tmp/x"));
+        QVERIFY(bench.service->isDelayingFetcher(*file));
+    }
+
+    void stopsAll() {
+        Bench bench;
+        bench.service->setMaxRunningFetchersPerHost(2);
+        for (int i = 0; i < 100; ++i)
+            bench.begin(onHost(QString::number(i)));
+        bench.service->stopAllFetchers();
+        settle();
+        QCOMPARE(bench.service->numberOfFetchers(), 0U);
+        QCOMPARE(bench.network.exchanges.size(), 2U);
+        QVERIFY(bench.network.exchanges[0]->isCancelled);
+        QCOMPARE(bench.calls, 0);
+        QVERIFY(bench.service->waitForCompletionOfAllFetchersWithTimeout(0ms));
+    }
+
+    void waitsForAll() {
+        Bench bench;
+        bench.service->setMaxRunningFetchersPerHost(1);
+        for (int i = 0; i < 3; ++i)
+            bench.begin(onHost(QString::number(i)));
+        QVERIFY(!bench.service->waitForCompletionOfAllFetchersWithTimeout(10ms));
+        QTimer answers;
+        connect(&answers, &QTimer::timeout, &bench.context, [&bench] { bench.network.last().answer(200); });
+        answers.start(0);
+        QVERIFY(bench.service->waitForCompletionOfAllFetchersWithTimeout(20s));
+        QCOMPARE(bench.calls, 3);
+    }
+
+    // The last caller may let the service go; what waits in its queue still gets its turn.
+    void theQueueOutlivesItsOwner() {
+        Bench bench;
+        bench.service->setMaxRunningFetchersPerHost(1);
+        bench.begin(onHost(QStringLiteral("a")));
+        bench.begin(onHost(QStringLiteral("b")));
+        const std::weak_ptr<GTMHTTPFetcherService> weak = bench.service;
+        bench.service.reset();
+        bench.network.last().answer(200);
+        settle();
+        bench.network.last().answer(200);
+        settle();
+        QCOMPARE(bench.calls, 2);
+        QVERIFY(weak.expired());
+    }
+
+    // Thousands of fetchers that cannot begin give their places on without calling into one another.
+    void manyThatCannotBegin() {
+        constexpr int count = 10000;
+        Bench bench;
+        bench.service->setMaxRunningFetchersPerHost(1);
+        const auto first = bench.begin(onHost(QStringLiteral("first")));
+        bench.network.refusesConnections = true;
+        for (int i = 0; i < count; ++i)
+            bench.begin(onHost(QString::number(i)));
+        QCOMPARE(bench.service->numberOfDelayedFetchers(), size_t(count));
+        bench.network.last().answer(200);
+        QTRY_COMPARE_WITH_TIMEOUT(bench.calls, count + 1, 60000);
+        QCOMPARE(bench.errors, count);
+        QCOMPARE(bench.service->numberOfFetchers(), 0U);
+    }
+
+    // Fetchers of several threads share one service; each begins on its own thread, and all get through.
+    void manyThreads() {
+        constexpr int threads = 4;
+        constexpr int each = 200;
+        const auto service = GTMHTTPFetcherService::create();
+        service->setMaxRunningFetchersPerHost(3);
+        std::atomic<int> finished = 0;
+        std::atomic<int> astray = 0;
+        std::vector<std::unique_ptr<QThread>> running;
+        for (int i = 0; i < threads; ++i) {
+            running.emplace_back(QThread::create([&service, &finished, &astray] {
+                FakeNetwork network;
+                QEventLoop loop;
+                QObject context;
+                const auto connections = network.factory();
+                for (int k = 0; k < each; ++k) {
+                    const auto fetcher =
+                        service->fetcherWithRequest(URLRequest(QUrl(QStringLiteral("https://h.example/"))));
+                    fetcher->setConnectionClass(
+                        [&, home = QThread::currentThread()](const URLRequest& request, URLConnectionClient& client) {
+                            if (QThread::currentThread() != home)
+                                ++astray;
+                            auto connection = connections(request, client);
+                            QMetaObject::invokeMethod(
+                                &context, [exchange = network.exchanges.back()] { exchange->answer(200); },
+                                Qt::QueuedConnection);
+                            return connection;
+                        });
+                    fetcher->beginFetchWithCompletionHandler(
+                        &context, [&finished](const QByteArray&, const MaybeError&) { ++finished; });
+                }
+                loop.exec();
+            }));
+            running.back()->start();
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(finished.load(), threads * each, 60000);
+        for (const auto& thread : running) {
+            thread->quit();
+            QVERIFY(thread->wait(60000));
+        }
+        QCOMPARE(astray.load(), 0);
+        QCOMPARE(service->numberOfFetchers(), 0U);
+    }
+};
+
+QTEST_GUILESS_MAIN(FetcherServiceTest)
+#include "tst_fetcherservice.moc"

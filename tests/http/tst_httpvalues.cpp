@@ -1,0 +1,199 @@
+// The transport's small value types, each by a table.
+#include "http/Challenge.h"
+#include "http/HTTPDate.h"
+#include "http/HeaderFields.h"
+#include "http/ResponseHead.h"
+#include "http/RetryPolicy.h"
+#include "http/StatusText.h"
+#include "http/UserAgent.h"
+
+#include <QTemporaryFile>
+#include <QTest>
+
+using namespace quenby;
+
+class HTTPValuesTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void headerFields() {
+        HeaderFields fields;
+        fields.append("Set-Cookie", "a=1");
+        fields.append("X-One", "1");
+        fields.append("set-cookie", "b=2");
+        QCOMPARE(fields.values("SET-COOKIE"), (QList<QByteArray>{"a=1", "b=2"}));
+        QCOMPARE(fields.value("Set-Cookie"), QByteArray("a=1, b=2"));
+        fields.set("SET-COOKIE", "c=3");
+        QCOMPARE(fields.size(), 2);
+        QCOMPARE(fields.begin()->second, QByteArray("c=3")); // in the first one's place
+        fields.remove("x-one");
+        QVERIFY(!fields.contains("X-One"));
+        QVERIFY(fields.value("X-One").isNull());
+        fields.set("X-Evil", QByteArray("a\r\nInjected: 1\0b", 16));
+        QCOMPARE(fields.value("X-Evil"), QByteArray("aInjected: 1b"));
+    }
+
+    void dates_data() {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QString>("date"); // empty: none
+        const QString example = QStringLiteral("1994-11-06T08:49:37Z");
+        QTest::newRow("IMF-fixdate") << QByteArray("Sun, 06 Nov 1994 08:49:37 GMT") << example;
+        QTest::newRow("RFC 850") << QByteArray("Sunday, 06-Nov-94 08:49:37 GMT") << example;
+        QTest::newRow("asctime") << QByteArray("Sun Nov  6 08:49:37 1994") << example;
+        QTest::newRow("century 20") << QByteArray("1 Jan 69 1:2:3") << QStringLiteral("2069-01-01T01:02:03Z");
+        QTest::newRow("no time") << QByteArray("Sun, 06 Nov 1994") << QString();
+        QTest::newRow("no such time") << QByteArray("Sun, 06 Nov 1994 24:00:00 GMT") << QString();
+        QTest::newRow("year too small") << QByteArray("Sun, 06 Nov 1600 08:49:37 GMT") << QString();
+        QTest::newRow("five digits") << QByteArray("Sun, 06 Nov 19940 08:49:37 GMT") << QString();
+        QTest::newRow("words") << QByteArray("never") << QString();
+        QTest::newRow("nothing") << QByteArray() << QString();
+    }
+    void dates() {
+        QFETCH(QByteArray, text);
+        QFETCH(QString, date);
+        QCOMPARE(parseHTTPDate(text), QDateTime::fromString(date, Qt::ISODate));
+    }
+
+    void randomMinimum() {
+        bool varies = false;
+        double last = 0;
+        for (int i = 0; i < 100; ++i) {
+            RetryPolicy policy;
+            policy.setEnabled(true);
+            QVERIFY(policy.minRetryInterval() >= 1 && policy.minRetryInterval() <= 2);
+            varies |= last > 0 && policy.minRetryInterval() != last;
+            last = policy.minRetryInterval();
+            policy.setMinRetryInterval(0.25);
+            QCOMPARE(policy.nextRetryInterval(), 0.25);
+        }
+        QVERIFY(varies);
+    }
+
+    void enablingStartsAnew() {
+        RetryPolicy policy;
+        policy.setEnabled(true);
+        policy.setMaxRetryInterval(15);
+        policy.takeDelay(std::nullopt);
+        policy.setEnabled(true); // it was on: nothing changes
+        QCOMPARE(policy.maxRetryInterval(), 15.0);
+        policy.setEnabled(false);
+        policy.setEnabled(true);
+        QCOMPARE(policy.maxRetryInterval(), RetryPolicy::unsetInterval);
+        QCOMPARE(policy.lastRetryInterval(), 0.0);
+        QCOMPARE(policy.retryFactor(), 2.0);
+    }
+
+    void challenges_data() {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("field");
+        QTest::addColumn<QString>("found");
+        QTest::newRow("basic") << 401 << QByteArray("Basic realm=\"a b\"") << QStringLiteral("basic a b");
+        QTest::newRow("case") << 401 << QByteArray("bAsIc REALM=x") << QStringLiteral("basic x");
+        QTest::newRow("the better one") << 401 << QByteArray("Basic realm=\"x\", Digest realm=\"x\", nonce=\"n\"")
+                                        << QStringLiteral("digest x");
+        QTest::newRow("bearer too") << 401 << QByteArray("Basic realm=\"x\", Bearer") << QString();
+        QTest::newRow("a parameter named so") << 401 << QByteArray("Custom basic=\"x\"") << QString();
+        QTest::newRow("other status") << 403 << QByteArray("Basic realm=\"x\"") << QString();
+        QTest::newRow("none") << 401 << QByteArray() << QString();
+        QTest::newRow("not the proxy's field") << 407 << QByteArray("Basic realm=\"x\"") << QString();
+    }
+    void challenges() {
+        QFETCH(int, status);
+        QFETCH(QByteArray, field);
+        QFETCH(QString, found);
+        HTTPResponse response;
+        response.statusCode = status;
+        response.headers.set("WWW-Authenticate", field);
+        const auto challenge = passwordChallenge(response);
+        QString seen;
+        if (challenge) {
+            seen = QStringLiteral("%1 %2").arg(challenge->scheme == ChallengeScheme::basic ? QStringLiteral("basic")
+                                                                                           : QStringLiteral("digest"),
+                                               challenge->challenge.realm);
+        }
+        QCOMPARE(seen, found);
+    }
+
+    void mediaTypes_data() {
+        QTest::addColumn<QByteArray>("field");
+        QTest::addColumn<QByteArray>("type");
+        QTest::newRow("parameters") << QByteArray("Application/JSON ; charset=utf-8") << QByteArray("application/json");
+        QTest::newRow("plain") << QByteArray("text/html") << QByteArray("text/html");
+        QTest::newRow("none") << QByteArray() << QByteArray();
+    }
+    void mediaTypes() {
+        QFETCH(QByteArray, field);
+        HTTPResponse response;
+        if (!field.isEmpty())
+            response.headers.set("content-type", field);
+        QTEST(response.mimeType(), "type");
+    }
+
+    void malformedHeads_data() {
+        QTest::addColumn<QByteArray>("head");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<int>("fields");
+        QTest::newRow("no code") << QByteArray("HTTP/1.1\r\n\r\n") << 0 << 0;
+        QTest::newRow("half a code") << QByteArray("HTTP/1.1 2\r\n\r\n") << 2 << 0;
+        QTest::newRow("letters") << QByteArray("HTTP/1.1 abc\r\n\r\n") << 0 << 0;
+        QTest::newRow("no colon") << QByteArray("HTTP/2 200\r\nabc\r\n: x\r\na: b\r\n\r\n") << 200 << 1;
+        QTest::newRow("folded at once") << QByteArray("HTTP/1.1 200 OK\r\n folded\r\na: b\r\n\tc\r\n\r\n") << 200 << 1;
+    }
+    void malformedHeads() {
+        QFETCH(QByteArray, head);
+        QFETCH(int, status);
+        QFETCH(int, fields);
+        ResponseHead parser;
+        bool complete = false;
+        while (!head.isEmpty()) {
+            const qsizetype end = head.indexOf('\n') + 1;
+            complete = parser.addLine(QByteArrayView(head).first(end)) == ResponseHead::Progress::complete;
+            head.remove(0, end);
+        }
+        QVERIFY(complete);
+        QCOMPARE(parser.statusCode(), status);
+        QCOMPARE(int(parser.headers().size()), fields);
+    }
+
+    void userAgents_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("cleaned");
+        QTest::newRow("words") << QStringLiteral("My App, Pro") << QStringLiteral("My_App__Pro");
+        QTest::newRow("separators") << QStringLiteral("a(b)<c>@d;e:f\\g/h[i]j?k={l}\"m")
+                                    << QStringLiteral("abcdefghijklm");
+        QTest::newRow("white space") << QStringLiteral("a\tb\nc\u00a0d\u2028e") << QStringLiteral("abcde");
+    }
+    void userAgents() {
+        QFETCH(QString, text);
+        QTEST(userAgent::cleaned(text), "cleaned");
+    }
+
+    void applicationIdentifiers() {
+        userAgent::Application application;
+        application.processName = QStringLiteral("pro cess");
+        QCOMPARE(userAgent::applicationIdentifier(application), QStringLiteral("proc_pro_cess"));
+        application.identifier = QStringLiteral("org.example.App");
+        application.version = QStringLiteral("1.0 (7)");
+        QCOMPARE(userAgent::applicationIdentifier(application), QStringLiteral("org.example.App/1.0_7"));
+        application.userAgentID = QStringLiteral("App");
+        application.shortVersion = QStringLiteral("1.0");
+        QCOMPARE(userAgent::applicationIdentifier(application), QStringLiteral("App/1.0"));
+    }
+
+    void systemVersions() {
+        QCOMPARE(userAgent::systemVersionString(QStringLiteral("/no/such/file")), QStringLiteral("Linux/?"));
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        file.write("NAME=\"Some Linux\"\nVERSION_ID=\"12\"\nID=debian\n");
+        file.close();
+        QCOMPARE(userAgent::systemVersionString(file.fileName()), QStringLiteral("Debian/12"));
+    }
+
+    void statusTexts() {
+        QCOMPARE(statusText(404), QStringLiteral("404 Not Found"));
+        QCOMPARE(statusText(599), QStringLiteral("599"));
+    }
+};
+
+QTEST_GUILESS_MAIN(HTTPValuesTest)
+#include "tst_httpvalues.moc"
