@@ -1,0 +1,58 @@
+#include "app/cli/Program.h"
+
+#include "app/cli/AboutCommand.h"
+#include "app/cli/ChangesCommand.h"
+#include "app/cli/DownloadCommand.h"
+#include "app/cli/SignInCommand.h"
+#include "app/cli/UploadCommand.h"
+
+#include <QCoreApplication>
+
+namespace quenby {
+
+Program::Program(Console& console, Options options)
+    : console_(console)
+    , options_(std::move(options))
+    , session_(console_, {options_.local, options_.localData, options_.httpLog}, makeSystemTimeSource())
+    , signals_([](int number) { QCoreApplication::exit(exitCode::signalBase + number); }) {}
+
+Program::~Program() = default;
+
+int Program::run() {
+    session_.open(&session_, [this](const MaybeError& error) {
+        if (error) {
+            console_.error(*error);
+            QCoreApplication::exit(exitCode::failed);
+            return;
+        }
+        command_ = makeCommand();
+        QObject::connect(
+            command_.get(), &Command::finished, &session_, [](int code) { QCoreApplication::exit(code); },
+            Qt::QueuedConnection);
+        command_->start();
+    });
+    const int code = QCoreApplication::exec();
+    command_.reset();
+    return code;
+}
+
+std::unique_ptr<Command> Program::makeCommand() {
+    switch (options_.verb) {
+    case Verb::about:
+        return std::make_unique<AboutCommand>(session_, console_);
+    case Verb::upload:
+        return std::make_unique<UploadCommand>(session_, console_, options_);
+    case Verb::changes:
+        return std::make_unique<ChangesCommand>(session_, console_,
+                                                ChangesCommand::Settings{options_.watch, options_.pollInterval()});
+    case Verb::download:
+        return std::make_unique<DownloadCommand>(session_, console_,
+                                                 DownloadRun::Settings{options_.fileId, options_.output});
+    case Verb::signin:
+    case Verb::none: // has no call to run
+        break;
+    }
+    return std::make_unique<SignInCommand>(session_, console_);
+}
+
+} // namespace quenby
