@@ -17,25 +17,16 @@ QString cleaned(const QString& text) {
 }
 
 QString systemVersionString() {
-    static const QString text = systemVersionString(QStringLiteral("/etc/os-release"));
+    static const QString text = systemVersionString(QStringLiteral("/System/Library/CoreServices/SystemVersion.plist"));
     return text;
 }
 
-QString systemVersionString(const QString& osReleasePath) {
-    QString name = QStringLiteral("Linux");
-    QString version = QStringLiteral("?");
-    QFile file(osReleasePath);
-    if (file.open(QIODevice::ReadOnly)) {
-        static const QRegularExpression line(QStringLiteral("^(ID|VERSION_ID)=[\"']?([^\"'\\n]+)"),
-                                             QRegularExpression::MultilineOption);
-        for (auto match = line.globalMatch(QString::fromUtf8(file.readAll())); match.hasNext();) {
-            const auto found = match.next();
-            (found.captured(1) == QLatin1String("ID") ? name : version) = cleaned(found.captured(2));
-        }
-        if (!name.isEmpty())
-            name[0] = name[0].toUpper();
-    }
-    return name + QLatin1Char('/') + version;
+QString systemVersionString(const QString& versionFile) {
+    static const QRegularExpression entry(QStringLiteral("<key>ProductVersion</key>\\s*<string>([^<]+)</string>"));
+    QFile file(versionFile);
+    const QString properties = file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    const QString version = entry.match(properties).captured(1);
+    return QStringLiteral("MacOSX/") + (version.isEmpty() ? QStringLiteral("10.?.?") : version);
 }
 
 Application Application::current() {

@@ -8,10 +8,11 @@ namespace quenby::userAgent {
 // Spaces and commas become underscores; other white space and the characters that separate a field's words go.
 QString cleaned(const QString& text);
 
-// The system and its version, for example "Debian/12", from the ID and VERSION_ID of an os-release file; "Linux" and
-// "?" stand for what is missing. Read once for the process when no other file is named.
+// "MacOSX/" and the "ProductVersion" of the system's version file, the form by which servers know this family of
+// clients; "10.?.?" stands for a version that cannot be read, as on every system without that file. Read once for the
+// process when no other file is named.
 QString systemVersionString();
-QString systemVersionString(const QString& osReleasePath);
+QString systemVersionString(const QString& versionFile);
 
 // What an application says of itself; empty when it does not.
 struct Application {

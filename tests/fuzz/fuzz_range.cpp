@@ -3,6 +3,8 @@
 #include "http/ContentRange.h"
 #include "tests/fuzz/FuzzSupport.h"
 
+#include <QString>
+
 #include <cstring>
 
 using namespace quenby;
@@ -11,7 +13,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const QByteArray header = fuzzBytes(data, size);
     if (const auto range = scanRange(header)) {
         require(range->first <= range->last, "a range ends at or after its beginning");
-        const QByteArray plain = "bytes=" + QByteArray::number(range->first) + '-' + QByteArray::number(range->last);
+        const QByteArray plain =
+            QByteArray("bytes=") + QByteArray::number(range->first) + '-' + QByteArray::number(range->last);
         require(scanRange(plain) == range, "a scanned range, written plainly, scans the same");
     }
     quint64 numbers[3];

@@ -181,12 +181,12 @@ private Q_SLOTS:
     }
 
     void systemVersions() {
-        QCOMPARE(userAgent::systemVersionString(QStringLiteral("/no/such/file")), QStringLiteral("Linux/?"));
+        QCOMPARE(userAgent::systemVersionString(QStringLiteral("/no/such/file")), QStringLiteral("MacOSX/10.?.?"));
         QTemporaryFile file;
         QVERIFY(file.open());
-        file.write("NAME=\"Some Linux\"\nVERSION_ID=\"12\"\nID=debian\n");
+        file.write("<dict>\n<key>ProductVersion</key>\n\t<string>10.15.7</string>\n</dict>\n");
         file.close();
-        QCOMPARE(userAgent::systemVersionString(file.fileName()), QStringLiteral("Debian/12"));
+        QCOMPARE(userAgent::systemVersionString(file.fileName()), QStringLiteral("MacOSX/10.15.7"));
     }
 
     void statusTexts() {
