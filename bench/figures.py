@@ -66,6 +66,7 @@ class Transfers:
         port = self.sink.stdout.readline().split()[-1]
         self.base = f"https://127.0.0.1:{port}"
         self.environment = dict(os.environ, SSL_CERT_FILE=str(certificate))
+        self.curl = ["curl", "-s", "-S", "--http1.1", "--cacert", certificate]
         for proxy in ("http_proxy", "https_proxy", "all_proxy", "HTTPS_PROXY", "ALL_PROXY"):
             self.environment.pop(proxy, None)
 
@@ -89,7 +90,7 @@ class Transfers:
             for _ in range(GIB >> 20):
                 file.write(block)
         ours = [self.binaries / "bench_transfer", "upload", self.base, source]
-        theirs = ["curl", "-s", "-S", "--http1.1", "-T", source, f"{self.base}/put"]
+        theirs = [*self.curl, "-T", source, f"{self.base}/put"]
         figures = self.ratios("upload", ours, theirs)
         source.unlink()
         return figures
@@ -97,7 +98,7 @@ class Transfers:
     def download(self):
         address = f"{self.base}/bytes/{GIB}"
         ours = [self.binaries / "bench_transfer", "download", address, self.folder / "ours.bin"]
-        theirs = ["curl", "-s", "-S", "--http1.1", "-o", self.folder / "theirs.bin", address]
+        theirs = [*self.curl, "-o", self.folder / "theirs.bin", address]
         return self.ratios("download", ours, theirs)
 
 
@@ -120,7 +121,10 @@ def memory(binaries, folder):
     server = subprocess.Popen([binaries / "quenby-localdrive", "--data", drive, "--quiet"], stdout=subprocess.PIPE,
                               text=True, env=environment)
     try:
-        server.stdout.readline()
+        if not server.stdout.readline():
+            sys.exit("quenby-localdrive did not start; its own words stand above")
+        # Signed in beforehand, so that the two uploads differ in nothing but the size.
+        measure([binaries / "quenby", "signin", "--local", "--local-data", drive], environment)
         peaks = []
         for size in (1, GIB):
             source = folder / f"{size}.bin"
