@@ -29,7 +29,9 @@ add_library(quenby_options INTERFACE)
 target_include_directories(quenby_options INTERFACE "${CMAKE_SOURCE_DIR}")
 target_compile_definitions(quenby_options INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_FOREACH QT_USE_QSTRINGBUILDER
-  QUENBY_VERSION="${PROJECT_VERSION}")
+  QUENBY_VERSION="${PROJECT_VERSION}"
+  # Assertions hold everywhere but in what people install.
+  $<$<NOT:$<CONFIG:Release>>:QT_FORCE_ASSERTS>)
 target_compile_options(quenby_options INTERFACE -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual
   -Wshadow -Wcast-qual -Wformat=2 -Wundef)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")

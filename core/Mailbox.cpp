@@ -23,6 +23,7 @@ void Mailbox::post(std::function<void()> function) {
         posted_.push_back(std::move(function));
         if (posted_.size() > 1)
             return; // an event is on its way
+        keptAlive_ = shared_from_this();
     }
     QCoreApplication::postEvent(this, new QEvent(QEvent::User));
 }
@@ -31,11 +32,13 @@ void Mailbox::close() {
     (void)isPublished_.load(std::memory_order_acquire);
     std::vector<std::function<void()>> dropped; // destroyed after the lock: a capture's destructor may do anything
     std::function<void()> onClosed;
+    std::shared_ptr<Mailbox> self;
     {
         const std::lock_guard lock(mutex_);
         isClosed_ = true;
         dropped.swap(posted_);
         onClosed.swap(onClosed_);
+        self.swap(keptAlive_);
     }
     if (onClosed)
         onClosed();
@@ -46,9 +49,11 @@ bool Mailbox::event(QEvent* event) {
     if (event->type() != QEvent::User)
         return QObject::event(event);
     std::vector<std::function<void()>> running;
+    std::shared_ptr<Mailbox> self;
     {
         const std::lock_guard lock(mutex_);
         running.swap(posted_);
+        self.swap(keptAlive_);
     }
     for (const auto& function : running) {
         function();

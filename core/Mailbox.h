@@ -15,9 +15,9 @@
 
 namespace quenby {
 
-// Lives on the thread of the context that it was made for; shared by whoever posts. post() and close() may be called
-// from any thread.
-class Mailbox final : public QObject {
+// Lives on the thread of the context that it was made for; shared by whoever posts. What was posted keeps the box
+// alive until it has run or the box is closed. post() and close() may be called from any thread.
+class Mailbox final : public QObject, public std::enable_shared_from_this<Mailbox> {
     Q_OBJECT
 
 public:
@@ -39,6 +39,7 @@ private:
     std::mutex mutex_;
     bool isClosed_ = false;
     std::vector<std::function<void()>> posted_;
+    std::shared_ptr<Mailbox> keptAlive_; // itself, while something is posted
     std::function<void()> onClosed_;
     std::atomic<bool> isPublished_ = false; // orders the constructor before the first event on the other thread
 };

@@ -1,6 +1,20 @@
 #include "driveapi/GTLBatchResult.h"
 
+#include <algorithm>
+
 namespace quenby {
+namespace {
+
+template <typename Members>
+bool areEqual(const Members& left, const Members& right) {
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](const auto& one, const auto& other) {
+        const bool isSame =
+            one.second == other.second || (one.second && other.second && one.second->isEqual(*other.second));
+        return one.first == other.first && isSame;
+    });
+}
+
+} // namespace
 
 const GTLClass& GTLBatchResult::classDescriptor() {
     return gtlDefineClass<GTLBatchResult, GTLObject>("GTLBatchResult");
@@ -22,6 +36,22 @@ void GTLBatchResult::createItemsWithClassMap(const GTLBatchClassMap& batchClassM
         }
     }
     replies_.reset();
+}
+
+bool GTLBatchResult::isEqual(const GTLObject& other) const {
+    if (!GTLObject::isEqual(other))
+        return false;
+    const auto& batch = static_cast<const GTLBatchResult&>(other);
+    return areEqual(successes_, batch.successes_) && areEqual(failures_, batch.failures_);
+}
+
+GTLObjectPtr GTLBatchResult::copy() const {
+    const auto made = std::static_pointer_cast<GTLBatchResult>(GTLObject::copy());
+    for (const auto& [requestID, object] : successes_)
+        made->successes_[requestID] = gtlCopy(object);
+    for (const auto& [requestID, failure] : failures_)
+        made->failures_[requestID] = gtlCopy(failure);
+    return made;
 }
 
 QString GTLBatchResult::description() const {

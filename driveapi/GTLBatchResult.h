@@ -20,6 +20,9 @@ public:
     const Failures& failures() const { return failures_; }
     void setFailures(Failures failures) { failures_ = std::move(failures); }
 
+    // Equal when the members are; a copy has copies of them.
+    bool isEqual(const GTLObject& other) const override;
+    GTLObjectPtr copy() const override;
     QString description() const override;
 
 protected:

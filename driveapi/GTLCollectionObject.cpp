@@ -55,17 +55,6 @@ GTLObjectPtr GTLCollectionObject::itemForIdentifier(const QString& identifier) c
     return identifierMap_->value(identifier);
 }
 
-void GTLCollectionObject::prependItemsOf(const GTLCollectionObject& earlier) {
-    auto merged = JSONArray::make();
-    for (const GTLCollectionObject* page : {&earlier, static_cast<const GTLCollectionObject*>(this)}) {
-        const GTLArrayBasePtr items = page->itemsArray();
-        for (qsizetype index = 0; items && index < items->count(); ++index)
-            merged->append(items->valueAtIndex(index));
-    }
-    setItemsArray(itemsFactoryOf(objectClass())(merged, surrogates()));
-    resetIdentifierMap();
-}
-
 const GTLClass& GTLResultArray::classDescriptor() {
     return gtlDefineClass<GTLResultArray, GTLCollectionObject>("GTLResultArray");
 }

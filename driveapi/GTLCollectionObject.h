@@ -34,9 +34,6 @@ public:
     GTLObjectPtr itemForIdentifier(const QString& identifier) const;
     void resetIdentifierMap() { identifierMap_.reset(); }
 
-    // Puts an earlier page's items before this one's.
-    void prependItemsOf(const GTLCollectionObject& earlier);
-
 private:
     mutable std::optional<QHash<QString, GTLObjectPtr>> identifierMap_;
 };

@@ -119,7 +119,7 @@ GTLDateTime GTLDateTime::dateTimeWithRFC3339String(std::string_view utf8) {
     if (!utf8.data())
         return made;
     made.isNull_ = false;
-    made.setFromRFC3339(utf8);
+    made.setFromRFC3339String(utf8);
     return made;
 }
 
@@ -145,7 +145,7 @@ GTLDateTime GTLDateTime::dateTimeWithDateComponents(const GTLDateComponents& com
     return made;
 }
 
-void GTLDateTime::setFromRFC3339(std::string_view text) {
+void GTLDateTime::setFromRFC3339String(std::string_view text) {
     Scanner scanner(text);
     double seconds = -1;
     GTLDateComponents& fields = components_;

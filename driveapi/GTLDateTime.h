@@ -70,7 +70,7 @@ public:
     friend bool operator==(const GTLDateTime& left, const GTLDateTime& right);
 
 private:
-    void setFromRFC3339(std::string_view text);
+    void setFromRFC3339String(std::string_view text);
     void setFromDate(const QDateTime& date, const std::optional<QTimeZone>& timeZone);
 
     GTLDateComponents components_;

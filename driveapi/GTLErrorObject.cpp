@@ -1,5 +1,7 @@
 #include "driveapi/GTLErrorObject.h"
 
+#include "core/Redaction.h"
+
 namespace quenby {
 
 const GTLClass& GTLErrorObjectData::classDescriptor() {
@@ -16,7 +18,7 @@ Error GTLErrorObject::foundationError() {
         held = copy();
     QVariantMap details;
     details.insert(errorKey::structuredError, QVariant::fromValue(std::static_pointer_cast<GTLErrorObject>(held)));
-    if (const QString text = message(); !text.isEmpty()) {
+    if (const QString text = redaction::text(message()); !text.isEmpty()) {
         details.insert(errorKey::error, text);
         details.insert(errorKey::reason, QStringLiteral("(%1)").arg(text));
     }

@@ -25,7 +25,7 @@ public:
     GTL_PROPERTY(GTLArray<GTLErrorObjectData>, data, setData, "data");
 
     // In errorDomain::jsonRPC with the server's code; this object (a copy when it is not held by a shared_ptr) under
-    // errorKey::structuredError, the message under errorKey::error, and the reason "(message)".
+    // errorKey::structuredError, the redacted message under errorKey::error, and the reason "(message)".
     Error foundationError();
     // The object that foundationError() stored; null when the error carries none.
     static std::shared_ptr<GTLErrorObject> underlyingObjectForError(const Error& error);

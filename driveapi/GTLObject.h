@@ -60,7 +60,7 @@ public:
     // keys as null, dictionaries compared key by key.
     GTLObjectPtr patchObjectFromOriginal(const GTLObject& original) const;
 
-    bool isEqual(const GTLObject& other) const;
+    virtual bool isEqual(const GTLObject& other) const;
     static std::size_t hash();
 
     // Same class and surrogates, deep copy of the JSON; neither user properties nor children already built.

@@ -5,7 +5,8 @@
 // context, or on the delegate queue's when one is set, and always through the event loop: never from inside the call
 // that started them. Notifications, retry blocks and (without a delegate queue) progress run on the service's thread.
 //
-// Ending: cancelling a ticket, the context's death and the service's death each end the execution without a callback.
+// Ending: cancelling a ticket and the context's death end the execution without a callback. So does the service's
+// death, unless the outcome is already on its way to the context.
 //
 // Errors: errorDomain::jsonRPC (the server's error object), errorDomain::service and errorDomain::json (unusable
 // replies), and whatever the fetcher reports; see GTLServiceReply.h.

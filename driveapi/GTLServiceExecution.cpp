@@ -58,7 +58,7 @@ std::shared_ptr<GTLQueryProtocol> nextPageFor(const GTLServiceTicket& ticket, co
     if (!ticket.shouldFetchNextPages() || !ticket.executingQuery() ||
         ticket.pagesFetchedCounter() >= maximumFollowUpPages)
         return nullptr;
-    return nextPageQuery(*ticket.executingQuery(), page);
+    return nextPageQueryForQuery(*ticket.executingQuery(), page);
 }
 
 } // namespace

@@ -65,7 +65,7 @@ void mergeBatch(const GTLBatchResult& earlier, GTLBatchResult& newer) {
 
 } // namespace
 
-std::shared_ptr<GTLQueryProtocol> nextPageQuery(const GTLQueryProtocol& query, const GTLObjectPtr& result) {
+std::shared_ptr<GTLQueryProtocol> nextPageQueryForQuery(const GTLQueryProtocol& query, const GTLObjectPtr& result) {
     if (const auto* batch = dynamic_cast<const GTLBatchQuery*>(&query)) {
         const auto* batchResult = dynamic_cast<const GTLBatchResult*>(result.get());
         return batchResult ? nextPageOfBatch(*batch, *batchResult) : nullptr;

@@ -11,7 +11,7 @@ inline constexpr unsigned maximumFollowUpPages = 26;
 
 // The query of the page after this result: a copy with the same request ID, of a batch one of the members that have
 // another page. Null when there is none.
-std::shared_ptr<GTLQueryProtocol> nextPageQuery(const GTLQueryProtocol& query, const GTLObjectPtr& result);
+std::shared_ptr<GTLQueryProtocol> nextPageQueryForQuery(const GTLQueryProtocol& query, const GTLObjectPtr& result);
 
 // The newer result with the items of the earlier one before its own. Items are shared, and the earlier result must not
 // be used afterwards: its array grows into the new one, so that following n pages costs n pages, not n squared.

@@ -28,11 +28,16 @@ static_assert(std::is_trivially_copyable_v<dom::element> && sizeof(dom::element)
 dom::element elementAt(const Pending& place) { return std::bit_cast<dom::element>(place); }
 Pending placeOf(dom::element element) { return std::bit_cast<Pending>(element); }
 
-// The parser reads up to this many bytes past the text, so they must belong to the buffer. Their contents don't matter.
-void ensurePadding(QByteArray& text) {
-    const qsizetype needed = text.size() + static_cast<qsizetype>(simdjson::SIMDJSON_PADDING);
-    if (text.capacity() < needed)
-        text.reserve(needed);
+// The parser reads some bytes past the text, whatever they hold. Whether they belong to the text's buffer.
+bool isPadded(const QByteArray& text) {
+    return text.capacity() - text.size() >= static_cast<qsizetype>(simdjson::SIMDJSON_PADDING);
+}
+
+// A text that nobody else holds grows in place. One that is shared, perhaps with the thread that fetched it, is left as
+// it is: the parser makes a padded copy of its own.
+void addPaddingInPlace(QByteArray& text) {
+    if (text.isDetached() && !isPadded(text))
+        text.reserve(text.size() + static_cast<qsizetype>(simdjson::SIMDJSON_PADDING));
 }
 
 // The parser's buffers are reserved for the worst case and used up to where the text leads. For a large text most of
@@ -62,12 +67,12 @@ simdjson::error_code allocate(dom::parser& parser, dom::document& document, std:
 }
 
 simdjson::error_code parseInto(dom::document& document, QByteArray& text, dom::element& root) {
-    ensurePadding(text);
+    addPaddingInPlace(text);
     dom::parser parser;
     const auto size = static_cast<std::size_t>(text.size());
     if (const auto error = allocate(parser, document, size))
         return error;
-    return parser.parse_into_document(document, text.constData(), size, /*realloc_if_needed=*/false).get(root);
+    return parser.parse_into_document(document, text.constData(), size, !isPadded(text)).get(root);
 }
 
 bool isBeyond64Bits(const char* first, const char* last) {

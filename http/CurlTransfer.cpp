@@ -252,6 +252,9 @@ MaybeError CurlTransfer::errorOfEndedExchange(CURLcode code) {
         answerChallenge({ChallengeScheme::basicOrDigest, challenge}); // which of them is not known either
         return failure_;
     }
+    // A request has gone out on a kept connection, which broke; the code is of a new one that libcurl has tried since.
+    if (code == CURLE_COULDNT_CONNECT && isAwaitingAnswer_)
+        code = CURLE_GOT_NOTHING;
     return errorForCurlCode(code, QString::fromUtf8(errorText_.data()), request_.url.host());
 }
 

@@ -55,12 +55,15 @@ DownloadFile::~DownloadFile() {
 }
 
 MaybeError DownloadFile::truncate() {
+    if (std::exchange(isEmpty_, true))
+        return std::nullopt;
     if (::ftruncate(descriptor_, 0) != 0 || ::lseek(descriptor_, 0, SEEK_SET) != 0)
         return writeError(errno);
     return std::nullopt;
 }
 
 MaybeError DownloadFile::write(QByteArrayView data) {
+    isEmpty_ = false;
     while (!data.isEmpty()) {
         const ssize_t written = ::write(descriptor_, data.data(), static_cast<size_t>(data.size()));
         if (written < 0 && errno != EINTR)

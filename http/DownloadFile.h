@@ -39,6 +39,7 @@ private:
     QString destination_;
     QString temporaryPath_;
     int descriptor_;
+    bool isEmpty_ = true;
 };
 
 } // namespace quenby

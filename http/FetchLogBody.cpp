@@ -23,8 +23,8 @@ bool isXML(const QByteArray& mimeType) {
 bool isJSON(const QByteArray& mimeType, const QByteArray& body) {
     if (body.size() < shortestJSON)
         return false;
-    const char first = body.trimmed().front();
-    return mimeType == "application/json" || mimeType.endsWith("+json") || first == '{' || first == '[';
+    const QByteArrayView text = QByteArrayView(body).trimmed(); // may be empty
+    return mimeType == "application/json" || mimeType.endsWith("+json") || text.startsWith('{') || text.startsWith('[');
 }
 
 // Control characters that do not occur in text.

@@ -17,7 +17,7 @@ GTMHTTPFetcher::GTMHTTPFetcher(URLRequest request)
     , cookieStorage_(staticCookieStorage())
     , timeSource_(makeSystemTimeSource()) {}
 
-GTMHTTPFetcher::~GTMHTTPFetcher() = default;
+GTMHTTPFetcher::~GTMHTTPFetcher() { logDeferredRecord(); }
 
 std::shared_ptr<GTMHTTPFetcher> GTMHTTPFetcher::fetcherWithRequest(URLRequest request) {
     return share(new GTMHTTPFetcher(std::move(request)));

@@ -126,6 +126,10 @@ public:
     void setConnectionClass(URLConnectionFactory factory) { connectionClass_ = std::move(factory); }
     void setTimeSource(std::shared_ptr<TimeSource> timeSource) { timeSource_ = std::move(timeSource); }
     void setLogger(std::shared_ptr<FetchLogger> logger) { logger_ = std::move(logger); }
+    // While it is set the logger is not told of the latest attempt; it is when the flag is cleared, another attempt has
+    // ended, or the fetcher goes.
+    void setShouldDeferResponseBodyLogging(bool defer);
+    bool shouldDeferResponseBodyLogging() const { return shouldDeferResponseBodyLogging_; }
 
     // Called while the fetch runs, for one attempt after the other.
     void setSentDataBlock(SentDataBlock block) { sentDataBlock_ = std::move(block); }
@@ -190,10 +194,15 @@ protected:
 
     // The callbacks are in place: begins the fetch. Answers what the public begin answers.
     virtual bool beginFetch() { return beginRequest(); }
-    // Begins this fetcher's own request.
+    // Begins when the service, if there is one, has a place: at once or later.
     bool beginRequest();
-    // The own request has ended for good, its connection is gone and its place in the service's queue is free: the
-    // body, and the error if there is one. This is the fetch's end unless a subclass goes on.
+    // The fetch has its place, which it keeps until it is given back: sends this fetcher's own request unless a
+    // subclass has another way to begin. Answers what the public begin answers.
+    virtual bool beginInPlace() { return sendRequest(true); }
+    // Leaves the service's queue, whether the fetch has a place there or waits for one. The end of the fetch does it.
+    void givePlaceBack();
+    // The own request has ended for good and its connection is gone: the body, and the error if there is one; or it
+    // could not begin. This is the fetch's end unless a subclass goes on.
     virtual void requestDidEnd(const QByteArray& data, const MaybeError& error) { finishFetch(data, error); }
     // Ends the fetch and hands the result to the caller.
     void finishFetch(const QByteArray& data, const MaybeError& error);
@@ -236,6 +245,7 @@ private:
     Gate makeGate(QObject* context, Gate::Function callback);
     void beginQueuedFetchSoon(); // the service has made room; any thread
     bool beginFetchMayDelay(bool mayDelay, bool mayAuthorize);
+    bool sendRequest(bool mayAuthorize);
     MaybeError schemeError() const;
     void makePostIfNeeded();
     bool rewindPostStream();
@@ -264,7 +274,8 @@ private:
     void retryTimerFired();
     void destroyRetryTimer();
     void stopFetch(ReleaseCallbacks release);
-    void logAttempt(const MaybeError& error, bool willRetry) const;
+    void logAttempt(const MaybeError& error, bool willRetry);
+    void logDeferredRecord();
     void postStopNotification();
     bool isCurrent(quint64 generation) const; // still the fetch that it was, and not stopped
     CompletionTicket callbackTicket() const;
@@ -312,6 +323,8 @@ private:
     URLConnectionFactory connectionClass_;
     std::shared_ptr<TimeSource> timeSource_;
     std::shared_ptr<FetchLogger> logger_;
+    bool shouldDeferResponseBodyLogging_ = false;
+    std::optional<FetchRecord> deferredRecord_;
     SentDataBlock sentDataBlock_;
     SentDataSelector sentDataSelector_;
     ReceivedDataBlock receivedDataBlock_;

@@ -100,6 +100,11 @@ bool GTMHTTPFetcher::beginFetchMayDelay(bool mayDelay, bool mayAuthorize) {
         if (!service->fetcherShouldBeginFetching(*this))
             return true;
     }
+    state_ = State::idle; // it waits no longer
+    return mayAuthorize ? beginInPlace() : sendRequest(false);
+}
+
+bool GTMHTTPFetcher::sendRequest(bool mayAuthorize) {
     makePostIfNeeded();
     if (mayAuthorize && authorizer_ && !authorizer_->isAuthorizedRequest(request_))
         return beginAuthorizing();

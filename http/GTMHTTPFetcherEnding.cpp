@@ -93,6 +93,7 @@ void GTMHTTPFetcher::retryTimerFired() {
         return;
     ++retryCount_;
     stopFetch(ReleaseCallbacks::no);
+    givePlaceBack();
     beginFetchMayDelay(true, true);
 }
 
@@ -105,6 +106,7 @@ void GTMHTTPFetcher::destroyRetryTimer() {
 
 void GTMHTTPFetcher::finishFetch(const QByteArray& data, const MaybeError& error) {
     const auto self = shared_from_this();
+    givePlaceBack(); // before anybody hears of the end
     gate_.deliver(self, data, error);
     stopFetch(ReleaseCallbacks::yes);
 }
@@ -134,8 +136,14 @@ void GTMHTTPFetcher::stopFetch(ReleaseCallbacks release) {
         retryBlock_ = nullptr;
         authorizer_ = nullptr;
         keptAlive_ = nullptr;
+        givePlaceBack();
     }
     downloadFile_ = nullptr;
+}
+
+void GTMHTTPFetcher::givePlaceBack() {
+    if (state_ == State::queued)
+        state_ = State::idle;
     if (const auto service = std::exchange(throttle_, nullptr))
         service->fetcherDidStop(*this);
 }
@@ -145,7 +153,8 @@ void GTMHTTPFetcher::postStopNotification() {
         Q_EMIT notification(kGTMHTTPFetcherStoppedNotification);
 }
 
-void GTMHTTPFetcher::logAttempt(const MaybeError& error, bool willRetry) const {
+void GTMHTTPFetcher::logAttempt(const MaybeError& error, bool willRetry) {
+    logDeferredRecord();
     if (!logger_)
         return;
     FetchRecord record;
@@ -160,7 +169,21 @@ void GTMHTTPFetcher::logAttempt(const MaybeError& error, bool willRetry) const {
     record.responseBody = downloadedData_;
     record.responseLength = downloadedLength_;
     record.error = error;
-    logger_->attemptDidEnd(record);
+    deferredRecord_ = record;
+    if (!shouldDeferResponseBodyLogging_)
+        logDeferredRecord();
+}
+
+void GTMHTTPFetcher::logDeferredRecord() {
+    const auto record = std::exchange(deferredRecord_, std::nullopt);
+    if (record && logger_)
+        logger_->attemptDidEnd(*record);
+}
+
+void GTMHTTPFetcher::setShouldDeferResponseBodyLogging(bool defer) {
+    shouldDeferResponseBodyLogging_ = defer;
+    if (!defer)
+        logDeferredRecord();
 }
 
 } // namespace quenby

@@ -74,6 +74,8 @@ std::shared_ptr<GTMHTTPFetcher> GTMHTTPUploadFetcher::activeFetcher() {
 void GTMHTTPUploadFetcher::pauseFetching() {
     isPaused_ = true;
     takeChunkFetcher();
+    if (isUploading_)
+        givePlaceBack();
 }
 
 void GTMHTTPUploadFetcher::resumeFetching() {
@@ -83,7 +85,7 @@ void GTMHTTPUploadFetcher::resumeFetching() {
     if (!isUploading_)
         return; // the announcement is still on its way, or nothing is
     plan_.forgetFruitlessAnswers();
-    send(plan_.statusQuery(), properties());
+    beginRequest();
 }
 
 int GTMHTTPUploadFetcher::statusCode() const { return chunkStatusCode_.value_or(GTMHTTPFetcher::statusCode()); }
@@ -102,13 +104,17 @@ bool GTMHTTPUploadFetcher::beginFetch() {
         announcement.bodyStream ? std::max<qint64>(announcement.bodyLength, 0) : announcement.body.size();
     initialBodySent_ = 0;
     chunkStatusCode_.reset();
-    if (locationURL_.isEmpty())
-        return beginRequest();
-    isUploading_ = true;
-    return isPaused_ || send(plan_.statusQuery(), properties());
+    isUploading_ = !locationURL_.isEmpty();
+    return (isUploading_ && isPaused_) || beginRequest();
+}
+
+bool GTMHTTPUploadFetcher::beginInPlace() {
+    return isUploading_ ? send(plan_.statusQuery(), properties()) : GTMHTTPFetcher::beginInPlace();
 }
 
 void GTMHTTPUploadFetcher::requestDidEnd(const QByteArray& data, const MaybeError& error) {
+    if (error && isUploading_)
+        return chunkDidFail(data, *error); // the known location may not be fetched from
     if (error)
         return finishUpload(data, error, Location::invalidate);
     const Result<QUrl> location = announcedLocation(data);
@@ -117,8 +123,7 @@ void GTMHTTPUploadFetcher::requestDidEnd(const QByteArray& data, const MaybeErro
     initialBodySent_ = initialBodyLength_;
     isUploading_ = true;
     setLocationURL(*location);
-    if (isUploading_ && !isPaused_) // whoever was told the location may have stopped or paused the upload
-        send(plan_.pieceAt(0), properties());
+    sendNext(plan_.pieceAt(0), properties());
 }
 
 void GTMHTTPUploadFetcher::requestDidSendData(qint64 bytes, qint64 totalBytes, qint64) {

@@ -12,6 +12,10 @@
 // FetcherErrorCode::chunkUploadFailed when a chunk could not begin or the server's answers lead nowhere;
 // URLErrorCode::requestBodyUnreadable when the file vanished, shrank or cannot be read.
 //
+// The upload has one place in the queue of its service from the announcement to the end, its chunks included; those are
+// sent without asking the service, so that uploads never wait for places that other uploads hold. A paused upload has
+// no place, and the service does not know it until it is resumed.
+//
 // A location is a secret: it is in no error text and no log.
 #pragma once
 
@@ -61,7 +65,7 @@ public:
 
     // At any time, also from inside a callback. A paused upload is still fetching: it waits to be resumed or stopped.
     void pauseFetching();
-    void resumeFetching(); // asks the server first
+    void resumeFetching(); // asks the server first, as soon as the service has a place
     bool isPaused() const { return isPaused_; }
 
     bool isFetching() const override { return isUploading_ || GTMHTTPFetcher::isFetching(); }
@@ -70,6 +74,7 @@ public:
 
 protected:
     bool beginFetch() override;
+    bool beginInPlace() override;
     void requestDidEnd(const QByteArray& data, const MaybeError& error) override;
     void requestDidSendData(qint64 bytes, qint64 totalBytes, qint64 totalBytesExpected) override;
     void stopSubFetches() override;
@@ -88,6 +93,7 @@ private:
 
     // Chunks (GTMHTTPUploadFetcherChunks.cpp)
     bool send(const UploadPlan::Piece& piece, const QVariantMap& fetcherProperties);
+    void sendNext(const UploadPlan::Piece& piece, const QVariantMap& fetcherProperties);
     URLRequest makeChunkRequest(const UploadPlan::Piece& piece) const;
     std::shared_ptr<GTMHTTPFetcher> makeChunkFetcher(const URLRequest& request, const UploadPlan::Piece& piece);
     void copyRetrySettings(GTMHTTPFetcher& chunk) const;

@@ -1,6 +1,8 @@
 // The chunks of an upload: each a request of its own, by a fetcher without a service.
 #include "http/GTMHTTPUploadFetcher.h"
 
+#include "http/HTTPLog.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -62,6 +64,16 @@ bool GTMHTTPUploadFetcher::send(const UploadPlan::Piece& piece, const QVariantMa
     chunkFetcher_->addPropertiesFromDictionary(fetcherProperties);
     return chunkFetcher_->beginFetchWithCompletionHandler(
         this, [this](const QByteArray& data, const MaybeError& error) { chunkDidEnd(data, error); });
+}
+
+// Whoever was told the location may have paused the upload, stopped it, or even resumed it.
+void GTMHTTPUploadFetcher::sendNext(const UploadPlan::Piece& piece, const QVariantMap& fetcherProperties) {
+    if (!isUploading_ || chunkFetcher_ || GTMHTTPFetcher::isFetching())
+        return;
+    if (isPaused_)
+        givePlaceBack();
+    else
+        send(piece, fetcherProperties);
 }
 
 URLRequest GTMHTTPUploadFetcher::makeChunkRequest(const UploadPlan::Piece& piece) const {
@@ -132,8 +144,10 @@ void GTMHTTPUploadFetcher::chunkDidFail(const QByteArray& data, const Error& err
     const QVariantMap details = publicDetails(error);
     if (error.is(FetcherErrorCode::fetchCouldNotBegin))
         return finishUpload(data, Error(FetcherErrorCode::chunkUploadFailed, details), Location::invalidate);
-    if (error.is(URLErrorCode::requestBodyUnreadable))
+    if (error.is(URLErrorCode::requestBodyUnreadable)) {
+        qCWarning(httpLog, "uploadFileHandle exception: %s", qUtf8Printable(error.description()));
         return finishUpload(data, Error(URLErrorCode::requestBodyUnreadable, details), Location::keep);
+    }
     finishUpload(data, Error(errorDomain::httpStatus, error.code(), details), Location::keep);
 }
 
@@ -145,8 +159,7 @@ void GTMHTTPUploadFetcher::chunkDidEndIncomplete() {
     currentOffset_ = *offset;
     if (const QByteArray moved = chunkResponseHeaders_.value("Location"); !moved.isEmpty())
         setLocationURL(locationURL_.resolved(QUrl::fromEncoded(moved)));
-    if (isUploading_ && !isPaused_) // whoever was told the location may have stopped or paused the upload
-        send(plan_.pieceAt(*offset), fetcherProperties);
+    sendNext(plan_.pieceAt(*offset), fetcherProperties);
 }
 
 // The server is asked what it holds instead of being sent the same bytes again.

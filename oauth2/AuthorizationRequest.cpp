@@ -17,7 +17,7 @@ FormFields withoutTokens(FormFields answer) {
 
 } // namespace
 
-QUrl urlWithParamString(const QUrl& url, const QString& paramString) {
+URLRequest mutableURLRequestWithURL(const QUrl& url, const QString& paramString) {
     QUrl full;
     full.setScheme(url.scheme());
     full.setHost(url.host());
@@ -27,7 +27,7 @@ QUrl urlWithParamString(const QUrl& url, const QString& paramString) {
     query.removeAll(QString());
     if (!query.isEmpty())
         full.setQuery(query.join(QLatin1Char('&')), QUrl::StrictMode);
-    return full;
+    return URLRequest(full);
 }
 
 bool isRedirectTo(const QUrl& url, const QString& redirectURI) {

@@ -1,17 +1,17 @@
 // The addresses of the sign-in: the one to open, and those by which the provider's answer is recognised.
 #pragma once
 
+#include "http/URLRequest.h"
 #include "oauth2/OAuth2Encoding.h"
-
-#include <QUrl>
 
 namespace quenby::oauth2 {
 
 // The redirect URI of an application that has none: the provider shows its answer in the page's title.
 inline const QString nativeClientRedirectURI = QStringLiteral("urn:ietf:wg:oauth:2.0:oob");
 
-// The address with more query parameters, already encoded, after those that it has. User info and fragment go.
-QUrl urlWithParamString(const QUrl& url, const QString& paramString);
+// A request for the address with more query parameters, already encoded, after those that it has. User info and
+// fragment go.
+URLRequest mutableURLRequestWithURL(const QUrl& url, const QString& paramString);
 
 // Whether an address is the redirect URI, whatever its query. Never for the native client's. Hosts and paths decide;
 // where the redirect URI has no host, the scheme does too.

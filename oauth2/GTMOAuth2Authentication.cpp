@@ -298,7 +298,7 @@ void GTMOAuth2Authentication::setKeysForResponseDictionary(const QVariantMap& re
     merge(response);
     const auto holds = [&response](const char* key) { return response.contains(QLatin1String(key)); };
     if (holds("access_token") || holds("code") || holds("expires_in"))
-        lifetime_.start(std::chrono::seconds(expiresIn().value_or(0)), *timeSource_);
+        updateExpirationDate();
     if (refreshToken() != oldRefreshToken) {
         lastRefreshFailure_ = RefreshFailure::none;
         Q_EMIT notification(kGTMOAuth2RefreshTokenChanged, {});
@@ -307,6 +307,10 @@ void GTMOAuth2Authentication::setKeysForResponseDictionary(const QVariantMap& re
 
 void GTMOAuth2Authentication::setExpiresIn(const std::optional<qint64>& seconds) {
     storeExpiresIn(seconds);
+    updateExpirationDate();
+}
+
+void GTMOAuth2Authentication::updateExpirationDate() {
     lifetime_.start(std::chrono::seconds(expiresIn().value_or(0)), *timeSource_);
 }
 

@@ -151,6 +151,7 @@ private:
     bool mayCarryToken(const URLRequest& request) const;
     bool mayUseOldToken() const;
 
+    void updateExpirationDate();
     void beginRefresh();
     void finishedRefresh(const MaybeError& error);
     void postRefreshFailed(const Error& error);

@@ -131,7 +131,7 @@ bool GTMOAuth2SignIn::startWebRequest() {
     if (usesPKCE_)
         addProofKey();
     const QString query = oauth2::encodedQueryParametersForDictionary(parametersForWebRequest());
-    showPage(URLRequest(oauth2::urlWithParamString(authorizationURL_, query)));
+    showPage(oauth2::mutableURLRequestWithURL(authorizationURL_, query));
     networkLossWatch_.start(authorizationURL_.host(), networkLossTimeoutInterval_);
     return true;
 }
@@ -148,7 +148,7 @@ void GTMOAuth2SignIn::closeTheWindow() {
 
 void GTMOAuth2SignIn::windowWasClosed() {
     networkLossWatch_.stop();
-    if (!hasHandledCallback_)
+    if (!std::exchange(hasHandledCallback_, true)) // a title that arrives late starts nothing
         finishSignInWithError(windowClosedError());
 }
 

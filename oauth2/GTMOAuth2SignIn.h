@@ -99,6 +99,9 @@ public:
     // How long the network may be gone before kGTMOAuthNetworkLost is posted; 0 watches nothing.
     void setNetworkLossTimeoutInterval(std::chrono::milliseconds interval) { networkLossTimeoutInterval_ = interval; }
     std::chrono::milliseconds networkLossTimeoutInterval() const { return networkLossTimeoutInterval_; }
+    // The application's own; the sign-in does not look at it.
+    void setUserData(const QVariant& userData) { userData_ = userData; }
+    const QVariant& userData() const { return userData_; }
 
     // --- State ----------------------------------------------------------------------------------------------------
 
@@ -152,6 +155,7 @@ private:
     bool hasHandledCallback_ = false;
     std::shared_ptr<GTMHTTPFetcher> pendingFetcher_;
     QVariantMap userProfile_;
+    QVariant userData_;
 };
 
 } // namespace quenby

@@ -16,8 +16,8 @@ end_local_drive() {
     [ -f "$endpoint" ] || return 0
     pid=$(sed -n 's/.*"pid": *\([0-9]*\).*/\1/p' "$endpoint")
     # Only the local Drive that this walk started: it serves this folder and no other.
-    if [ -n "$pid" ] && tr '\0' ' ' <"/proc/$pid/cmdline" 2>/dev/null | grep -q "$home"; then
-        kill "$pid" 2>/dev/null || true
+    if [ -n "$pid" ] && grep -qaF -- "$home/" "/proc/$pid/cmdline" 2>/dev/null && kill "$pid" 2>/dev/null; then
+        timeout 10 tail --pid="$pid" -f /dev/null || echo "The local Drive (process $pid) does not end." >&2
     fi
 }
 trap end_local_drive EXIT

@@ -1,5 +1,6 @@
 #include "app/cli/LocalDriveLauncher.h"
 
+#include "app/cli/DisplayText.h"
 #include "app/cli/Folders.h"
 
 #include <QDir>
@@ -43,6 +44,10 @@ void LocalDriveLauncher::ensureRunning(QObject* context, Ready ready) {
     waiting_.emplace_back(context, std::move(ready));
     if (isLooking_)
         return;
+    // Its program and what we read of it take text: other bytes would lead to another folder.
+    if (QFile::encodeName(QFile::decodeName(dataFolder_)) != dataFolder_)
+        return finish(launchError(QStringLiteral("the local Drive can't use the folder ") + printablePath(dataFolder_) +
+                                  QStringLiteral(", whose path is not UTF-8; choose another with --local-data")));
     isLooking_ = true;
     wasStartedNow_ = false;
     exitSeen_.reset();

@@ -9,11 +9,11 @@
 #include "oauth2/GTMOAuth2SignIn.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFile>
 #include <QUrlQuery>
 
 #include <cerrno>
+#include <filesystem>
 
 namespace quenby {
 namespace {
@@ -30,8 +30,13 @@ Error providerNotYetPossible() {
                          "until then use --local, the Drive on this computer")}});
 }
 
+// In bytes throughout: the working folder's path need not be text.
 QByteArray absolutePath(const QByteArray& path) {
-    return path.startsWith('/') ? path : QFile::encodeName(QDir::currentPath()) + '/' + path;
+    if (path.startsWith('/'))
+        return path;
+    std::error_code removed;
+    const auto folder = std::filesystem::current_path(removed);
+    return QByteArray::fromStdString(folder.native()) + '/' + path;
 }
 
 QByteArray dataFolder(const Session::Settings& settings) {

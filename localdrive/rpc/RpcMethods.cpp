@@ -8,6 +8,7 @@
 #include "localdrive/store/Channels.h"
 #include "localdrive/store/Comments.h"
 #include "localdrive/store/FileLists.h"
+#include "localdrive/store/FileRecord.h"
 #include "localdrive/store/Files.h"
 #include "localdrive/store/Parameters.h"
 #include "localdrive/store/Permissions.h"
@@ -191,6 +192,16 @@ QJsonObject RpcMethods::call(const QString& method, const QJsonObject& params, c
     if (result.error().domain() != apiErrorDomain)
         qCWarning(log).noquote() << method << "failed:" << result.error().description();
     return {{QStringLiteral("error"), toRpcError(result.error())}};
+}
+
+Result<void> RpcMethods::checkRoom(const QJsonObject& params, qint64 bytes) const {
+    Session session(store_.database(), reads);
+    const auto replaced = FileRecord::find(session, params[file].toString());
+    const qint64 more = replaced ? bytes - replaced->size : bytes;
+    const MaybeError full = checkQuota(session, store_.settings().quotaBytesTotal, more);
+    if (session.failure())
+        return *session.failure();
+    return full ? Result<void>(*full) : Result<void>();
 }
 
 bool RpcMethods::takesMedia(const QString& method) {

@@ -22,7 +22,7 @@ namespace quenby::localdrive {
 // What a call needs besides its parameters.
 struct CallContext : Caller {
     // The content for drive.files.insert, drive.files.update and drive.realtime.update. It is adopted when the call
-    // succeeds; when it fails, the part file may be gone or still be there: BlobStore::discardIncoming() in any case.
+    // succeeds; when it fails, the part file is as before.
     std::optional<StagedBlob> media = std::nullopt;
     QString mediaType = {}; // the content's MIME type; the resource's own `mimeType` wins
 
@@ -41,6 +41,9 @@ public:
     // an unknown method (-32601). The parameter "fields" cuts the result down to what it names.
     QJsonObject call(const QString& method, const QJsonObject& params, const CallContext& context) const;
 
+    // Whether a content of so many bytes for a call with these parameters has room at this moment; 403 "quotaExceeded"
+    // when not. The call itself looks again.
+    Result<void> checkRoom(const QJsonObject& params, qint64 bytes) const;
     // Whether the method takes a content, that is, may be announced at the upload address.
     static bool takesMedia(const QString& method);
     static QStringList names();

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -23,7 +22,7 @@ Error failure(const QString& action) {
                                          .arg(action, qt_error_string(code))}});
 }
 
-// Puts a folder's entries on disk, so that a renamed file is found under its new name after a power failure.
+// Puts a folder's entries on disk, so that a linked file is found under its new name after a power failure.
 bool syncFolder(const QString& folder) {
     const int descriptor = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0)
@@ -90,14 +89,16 @@ Result<QString> BlobStore::adopt(const StagedBlob& staged) {
     const QString folder = place.section(QLatin1Char('/'), 0, -2);
     if (!QDir().exists(folder) && !(QDir().mkpath(folder) && syncFolder(blobs_)))
         return failure(QStringLiteral("The folder %1 can't be created").arg(folder));
-    if (std::rename(QFile::encodeName(staged.path).constData(), QFile::encodeName(place).constData()) != 0 ||
+    if (::link(QFile::encodeName(staged.path).constData(), QFile::encodeName(place).constData()) != 0 ||
         !syncFolder(folder)) {
-        const Error error = failure(QStringLiteral("A content can't be moved to its place"));
+        const Error error = failure(QStringLiteral("A content can't be linked to its place"));
         remove(id);
         return error;
     }
     return id;
 }
+
+void BlobStore::discard(const StagedBlob& staged) { QFile::remove(staged.path); }
 
 void BlobStore::remove(const QString& id) { QFile::remove(path(id)); }
 

@@ -1,8 +1,9 @@
 // The contents of files, as files: `blobs/` for what the database knows, `incoming/` for what is arriving.
 //
-// A content gets into the Drive in this order: the part file is synced, renamed into `blobs/`, the folder is synced,
-// then the transaction that names it commits. It leaves in the opposite order. So a kill at any point leaves at most
-// files that no row names, and sweep() removes those at the next start; a row never lacks its content.
+// A content gets into the Drive in this order: the part file is synced and linked into `blobs/`, the folder is synced,
+// the transaction that names it commits, and the part file goes. It leaves in the opposite order. So a kill at any
+// point leaves at most files that no row names, which sweep() and sweepIncoming() remove at the next start: a row never
+// lacks its content, and an upload that was not confirmed still has its bytes.
 //
 // Threads: any.
 #pragma once
@@ -30,9 +31,12 @@ public:
     // Deletes every part file whose name is not among these. For the start, before uploads are taken.
     void sweepIncoming(const QSet<QString>& keep);
 
-    // Moves a finished content to its place, without copying it, and returns its id. The content is on disk under
-    // that id afterwards. The caller's transaction names the id, or the caller gives it back to remove().
+    // Gives a finished content a second name, its place, without copying it, and returns its id. The content is on disk
+    // under that id afterwards. The caller's transaction names the id, and then the part goes by discard(); or the
+    // caller gives the id back to remove(), and the part is as before.
     Result<QString> adopt(const StagedBlob& staged);
+    // Deletes the part file of a content that was adopted for good.
+    void discard(const StagedBlob& staged);
     // Where a content lies, until remove(); once open, a file stays readable after that.
     QString path(const QString& id) const;
     // Deletes contents that no committed row names any more.

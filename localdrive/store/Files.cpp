@@ -25,17 +25,15 @@ Result<QJsonObject> answer(Work& work, const QString& fileId) {
     return file ? fileResource(work, *file) : QJsonObject();
 }
 
-MaybeError checkQuota(Work& work, qint64 more) {
-    if (more > 0 && quotaUsed(work.session()) + more > work.store().settings().quotaBytesTotal)
-        return apiError::quotaExceeded();
-    return std::nullopt;
+MaybeError checkRoom(Work& work, qint64 bytes) {
+    return checkQuota(work.session(), work.store().settings().quotaBytesTotal, bytes);
 }
 
 // The content that comes with the call, or one of no bytes.
 Result<QString> adoptContent(Work& work, const Parameters& params) {
     if (!params.media())
         return work.adoptEmpty();
-    if (const MaybeError full = checkQuota(work, params.media()->size))
+    if (const MaybeError full = checkRoom(work, params.media()->size))
         return *full;
     return work.adopt(*params.media());
 }
@@ -113,7 +111,7 @@ MaybeError replaceContent(Work& work, FileRecord& file, const Parameters& params
     if (isNativeType(file.mimeType))
         return apiError::invalid(QStringLiteral("media"), QStringLiteral("This kind of file takes no content."));
     const bool forgetsHead = !params.flag("newRevision", true);
-    if (const MaybeError full = checkQuota(work, params.media()->size - file.size))
+    if (const MaybeError full = checkRoom(work, params.media()->size - file.size))
         return full;
     const Result<QString> blob = work.adopt(*params.media());
     if (!blob)
@@ -151,6 +149,13 @@ qint64 quotaUsed(Session& session) {
 
 qint64 quotaUsedInTrash(Session& session) {
     return session.value(QStringLiteral("SELECT TOTAL(quota_used) FROM files WHERE trashed")).toLongLong();
+}
+
+MaybeError checkQuota(Session& session, qint64 total, qint64 more) {
+    // No sum, which a client's number could make overflow.
+    if (more > 0 && more > total - quotaUsed(session))
+        return apiError::quotaExceeded();
+    return std::nullopt;
 }
 
 namespace files {
@@ -233,7 +238,7 @@ Result<QJsonObject> copy(Work& work, const Parameters& params) {
         return original.error();
     if (original->isFolder())
         return apiError::forbidden(QStringLiteral("Folders can't be copied."));
-    if (const MaybeError full = checkQuota(work, original->size))
+    if (const MaybeError full = checkRoom(work, original->size))
         return *full;
     FileRecord file = newRecord(work);
     file.title = QStringLiteral("Copy of ") + original->title;

@@ -12,6 +12,8 @@ namespace quenby::localdrive {
 // Bytes that count against the quota; of the trash alone when asked.
 qint64 quotaUsed(Session& session);
 qint64 quotaUsedInTrash(Session& session);
+// 403 "quotaExceeded" when so many bytes more would go beyond the total.
+MaybeError checkQuota(Session& session, qint64 total, qint64 more);
 
 namespace files {
 

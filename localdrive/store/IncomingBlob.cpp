@@ -11,10 +11,11 @@ IncomingBlob::IncomingBlob(const QString& path)
     : file_(path) {}
 
 Error IncomingBlob::failure(const char* action) const {
-    return Error(errorDomain::posix, errno,
+    const int code = errno;
+    return Error(errorDomain::posix, code,
                  {{errorKey::reason, QStringLiteral("A content that was arriving can't be %1: %2. Check the disk's "
                                                     "free space.")
-                                         .arg(QLatin1String(action), file_.errorString())}});
+                                         .arg(QLatin1String(action), qt_error_string(code))}});
 }
 
 Result<void> IncomingBlob::open() {

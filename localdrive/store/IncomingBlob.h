@@ -13,7 +13,7 @@
 
 namespace quenby::localdrive {
 
-// A complete content that waits for its place in the Drive: BlobStore::adopt() moves it there.
+// A complete content that waits for its place in the Drive: BlobStore::adopt() puts it there.
 struct StagedBlob {
     QString path;
     qint64 size = 0;

@@ -26,6 +26,7 @@ Result<QString> Work::adopt(const StagedBlob& staged) {
     if (!id)
         return id;
     adopted_.append(*id);
+    parts_.append(staged);
     session_.run(QStringLiteral("INSERT INTO blobs VALUES(?, ?, ?)"), {*id, staged.size, staged.md5});
     return id;
 }
@@ -36,11 +37,9 @@ Result<QString> Work::adoptEmpty() {
     if (!part)
         return part.error();
     const Result<StagedBlob> staged = part.value()->finish();
-    if (!staged) {
-        store_.blobs().discardIncoming(name);
-        return staged.error();
-    }
-    return adopt(staged.value());
+    const Result<QString> id = staged ? adopt(*staged) : Result<QString>(staged.error());
+    store_.blobs().discardIncoming(name);
+    return id;
 }
 
 void Work::release(const QString& blobId) {
@@ -66,12 +65,17 @@ QJsonObject Work::user(const QString& emailAddress) {
 }
 
 Result<void> Work::commit() {
+    // Whether a COMMIT that fails has happened is known at the next start only, which sweeps what no row names.
+    if (!session_.failure())
+        adopted_.clear();
     const Result<void> committed = session_.commit();
     if (!committed)
         return committed;
-    adopted_.clear();
+    for (const StagedBlob& part : std::as_const(parts_))
+        store_.blobs().discard(part);
     for (const QString& id : std::as_const(released_))
         store_.blobs().remove(id);
+    parts_.clear();
     released_.clear();
     return committed;
 }

@@ -17,7 +17,7 @@ namespace quenby::localdrive {
 class Work {
 public:
     Work(DriveStore& store, const Caller& caller, Session::Kind kind);
-    // Without a commit() nothing happened: contents that were adopted are deleted again.
+    // Without a commit() nothing happened: contents that were adopted are parts again.
     ~Work();
     Work(const Work&) = delete;
     Work& operator=(const Work&) = delete;
@@ -42,8 +42,9 @@ public:
 private:
     DriveStore& store_;
     const Caller& caller_;
-    QStringList adopted_;  // deleted when the work fails
-    QStringList released_; // deleted when it succeeds
+    QStringList adopted_;     // deleted when the work fails
+    QStringList released_;    // deleted when it succeeds
+    QList<StagedBlob> parts_; // of what was adopted; deleted when it succeeds
     QHash<QString, QString> names_;
     Session session_;
 };

@@ -46,10 +46,14 @@ CommandLineRunner::~CommandLineRunner() {
 }
 
 std::unique_ptr<QProcess> CommandLineRunner::start(const QStringList& arguments) {
+    return startProgram(QStringLiteral(QUENBY_PROGRAM), arguments);
+}
+
+std::unique_ptr<QProcess> CommandLineRunner::startProgram(const QString& program, const QStringList& arguments) {
     auto process = std::make_unique<QProcess>();
     process->setProcessEnvironment(environment_);
     process->setWorkingDirectory(home_.path());
-    process->start(QStringLiteral(QUENBY_PROGRAM), arguments);
+    process->start(program, arguments);
     return process;
 }
 
@@ -67,6 +71,12 @@ Ended CommandLineRunner::waitFor(QProcess& process) {
 
 Ended CommandLineRunner::run(const QStringList& arguments) {
     const auto process = start(arguments);
+    return waitFor(*process);
+}
+
+Ended CommandLineRunner::runInShell(const QString& line) {
+    const auto process =
+        startProgram(QStringLiteral("sh"), {QStringLiteral("-c"), line, QStringLiteral(QUENBY_PROGRAM)});
     return waitFor(*process);
 }
 

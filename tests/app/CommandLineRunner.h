@@ -28,6 +28,8 @@ public:
     ~CommandLineRunner();
 
     Ended run(const QStringList& arguments);
+    // Runs a line of the shell, in which "$0" is the program.
+    Ended runInShell(const QString& line);
     // For calls that are watched or ended from outside.
     std::unique_ptr<QProcess> start(const QStringList& arguments);
     Ended waitFor(QProcess& process);
@@ -36,7 +38,6 @@ public:
                             QByteArray& written);
 
     void setEnvironment(const QString& name, const QString& value) { environment_.insert(name, value); }
-    const QProcessEnvironment& environment() const { return environment_; }
 
     QString path(const QString& name) const { return home_.filePath(name); }
     QString tokenPath() const { return path(QStringLiteral("state/quenby/local-drive-token")); }
@@ -51,6 +52,8 @@ public:
     const QByteArray& everythingWritten() const { return everythingWritten_; }
 
 private:
+    std::unique_ptr<QProcess> startProgram(const QString& program, const QStringList& arguments);
+
     QTemporaryDir home_;
     QProcessEnvironment environment_;
     QByteArray everythingWritten_;

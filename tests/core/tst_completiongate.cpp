@@ -94,6 +94,30 @@ private Q_SLOTS:
         QCOMPARE(*captured, 0);
     }
 
+    // Whoever posts need not keep the box.
+    void aTemporaryBoxRunsWhatWasPosted() {
+        auto context = std::make_unique<QObject>();
+        const auto captured = std::make_shared<int>(0);
+        Mailbox::forContext(context.get())->post([captured] { ++*captured; });
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        drainEvents();
+        QCOMPARE(*captured, 1);
+        QCOMPARE(captured.use_count(), 1L);
+
+        std::weak_ptr<Mailbox> box;
+        {
+            const auto made = Mailbox::forContext(context.get());
+            box = made;
+            made->post([captured] { ++*captured; });
+        }
+        QVERIFY(!box.expired());
+        context.reset(); // its death lets go of the box and of what was posted
+        QVERIFY(box.expired());
+        drainEvents();
+        QCOMPARE(*captured, 1);
+        QCOMPARE(captured.use_count(), 1L);
+    }
+
     void runsOnTheContextsThread() {
         LoopThread other;
         QObject* context = other.makeContext();

@@ -229,6 +229,13 @@ void TestQuery::sortsBatchReplies() {
     QVERIFY(std::dynamic_pointer_cast<GTLDriveFileList>(result->successes().at(text("gtl_3")))); // its kind decides
     QVERIFY(!result->successes().at(text("gtl_4")));
     QVERIFY(result->description().endsWith(text("(successes:3 failures:1)")));
+
+    const auto copy = gtlCopy(result);
+    QVERIFY(copy->isEqual(*result) && result->isEqual(*copy));
+    copy->failures().at(text("gtl_1"))->setCode(500);
+    QCOMPARE(result->failures().at(text("gtl_1"))->code(), 404);
+    QVERIFY(!copy->isEqual(*result));
+    QVERIFY(!GTLBatchResult::object()->isEqual(*result));
 }
 
 QTEST_GUILESS_MAIN(TestQuery)

@@ -307,6 +307,30 @@ private Q_SLOTS:
         }
     }
 
+    // The kept connection dies under a request, and the new one that libcurl then tries is refused.
+    void serversThatGoAwayAltogether() {
+        for (const Then then : {Then::close, Then::reset}) {
+            auto made = std::make_unique<QTcpServer>();
+            QTcpServer& listener = *made;
+            ScriptedServer server(std::move(made));
+            server.enqueue(Answer::with(200, "first"));
+            server.setHandler([&listener, then](const ReceivedRequest&) {
+                listener.close();
+                return Answer::nothing(then);
+            });
+            const QUrl url = server.url();
+            ConnectionRecorder first;
+            run(makeRequest(url), first);
+            ConnectionRecorder second;
+            run(makeRequest(url, "PUT", "change it"), second);
+            QVERIFY(second.error);
+            QVERIFY2(second.error->is(URLErrorCode::networkConnectionLost), qPrintable(second.error->description()));
+            ConnectionRecorder third;
+            run(makeRequest(url), third);
+            QVERIFY(third.error && third.error->is(URLErrorCode::cannotConnectToHost));
+        }
+    }
+
     void aThousandRequestsOnOneConnection() {
         ScriptedServer server;
         server.setHandler([](const ReceivedRequest& request) { return Answer::with(200, request.body); });

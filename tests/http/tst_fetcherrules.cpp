@@ -17,11 +17,51 @@ using namespace std::chrono_literals;
 
 using Bench = FetcherBench;
 
+namespace {
+
+class RecordingLogger final : public FetchLogger {
+public:
+    std::vector<FetchRecord> records;
+
+    std::shared_ptr<QIODevice> willSendStream(const std::shared_ptr<QIODevice>& stream) override { return stream; }
+    void attemptDidEnd(const FetchRecord& record) override { records.push_back(record); }
+};
+
+} // namespace
+
 class FetcherRulesTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase() { silenceExpectedErrors(); }
+
+    // --- Logging --------------------------------------------------------------------------------------------------
+
+    void logsWhatWasDeferredOnce_data() {
+        QTest::addColumn<bool>("clears");
+        QTest::newRow("when the flag is cleared") << true;
+        QTest::newRow("when the fetcher goes") << false;
+    }
+    void logsWhatWasDeferredOnce() {
+        QFETCH(bool, clears);
+        Bench bench;
+        const auto logger = std::make_shared<RecordingLogger>();
+        bench.fetcher->setLogger(logger);
+        bench.fetcher->setShouldDeferResponseBodyLogging(true);
+        bench.begin();
+        bench.network.last().answer(200, "body");
+        settle();
+        QCOMPARE(bench.calls, 1);
+        QVERIFY(logger->records.empty());
+        if (clears)
+            bench.fetcher->setShouldDeferResponseBodyLogging(false);
+        else
+            bench.fetcher.reset();
+        QCOMPARE(logger->records.size(), 1U);
+        QCOMPARE(logger->records.front().responseBody, QByteArray("body"));
+        bench.fetcher.reset();
+        QCOMPARE(logger->records.size(), 1U);
+    }
 
     // --- Authorization --------------------------------------------------------------------------------------------
 

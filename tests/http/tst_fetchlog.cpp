@@ -228,6 +228,10 @@ private Q_SLOTS:
                                     << QString();
         QTest::newRow("broken json") << QByteArray("application/json") << QByteArray(R"({"title":"x)")
                                      << QByteArray(R"({"title":"x)") << QString();
+        QTest::newRow("blank json") << QByteArray("application/json") << QByteArray(10, ' ')
+                                    << QByteArray("\nresponse: status 200\n") << QString();
+        QTest::newRow("blank") << QByteArray("text/plain") << QByteArray(10, '\n')
+                               << QByteArray("\nresponse: status 200\n") << QString();
         QTest::newRow("text") << QByteArray("text/plain; charset=utf-8") << QByteArray("gr\xc3\xbc\xc3\x9f\n")
                               << QByteArray("gr\xc3\xbc\xc3\x9f\n") << QString();
         QTest::newRow("latin-1 text") << QByteArray("text/plain") << QByteArray("gr\xfc\xdf")

@@ -104,6 +104,19 @@ private Q_SLOTS:
         QCOMPARE(second.lines(), QByteArrayList({"PUT bytes */10"}));
     }
 
+    void resumedWhileToldTheLocation() {
+        UploadServer server({announced(), holding(1), created()});
+        GTMHTTPUploadFetcher& fetcher = upload(server, pattern(9000), noChunking);
+        fetcher.setLocationChangeBlock([&fetcher](const QUrl& location) {
+            if (location.isEmpty())
+                return;
+            fetcher.pauseFetching();
+            fetcher.resumeFetching();
+        });
+        QVERIFY2(finish() && !error_, qPrintable(failure()));
+        QCOMPARE(server.lines(), QByteArrayList({"POST", "PUT bytes */9000", "PUT bytes 1-8999/9000"}));
+    }
+
     void stopIsSilentInEveryState_data() {
         QTest::addColumn<int>("stopAt");
         QTest::newRow("before the announcement arrived") << 0;
@@ -160,6 +173,8 @@ private Q_SLOTS:
             use(GTMHTTPUploadFetcher::uploadFetcherWithRequest(announcement(server), source, "x/y", noChunking, {}));
             fetcher_->setRetryEnabled(retries);
             fetcher_->setRetryBlock([](bool, const Error&) { return true; });
+            QTest::ignoreMessage(QtWarningMsg,
+                                 QRegularExpression(QStringLiteral("^uploadFileHandle exception: .*shorter")));
             QVERIFY2(finish(), qPrintable(failure()));
             QVERIFY2(error_->is(URLErrorCode::requestBodyUnreadable), qPrintable(failure()));
             QVERIFY2(failure().contains(QStringLiteral("shorter")), qPrintable(failure()));
@@ -200,6 +215,62 @@ private Q_SLOTS:
         }
         QVERIFY(written.contains("(bytes 0-4999/5000)") && written.contains("request: PUT"));
         QVERIFY2(!written.contains("S3CRET"), written);
+    }
+
+    // There is one place: whoever comes second waits for the whole upload, or until it is paused.
+    void holdsOnePlaceWhileChunksRun_data() {
+        QTest::addColumn<bool>("pauses");
+        QTest::newRow("to the end") << false;
+        QTest::newRow("until it is paused") << true;
+    }
+
+    void holdsOnePlaceWhileChunksRun() {
+        QFETCH(bool, pauses);
+        UploadServer server(pauses ? QList<Answer>{announced(), created(), holding(3000), created()}
+                                   : QList<Answer>{announced(), holding(3000), created(), created()});
+        const auto service = GTMHTTPFetcherService::create();
+        service->setMaxRunningFetchersPerHost(1);
+        QObject context;
+        int secondCallbacks = 0;
+        const auto second = GTMHTTPUploadFetcher::uploadFetcherWithLocation(server.url(session), file("0123456789"),
+                                                                            "x/y", noChunking, service);
+        second->setAllowLocalhostRequest(true);
+        GTMHTTPUploadFetcher& first = use(
+            GTMHTTPUploadFetcher::uploadFetcherWithRequest(announcement(server), pattern(8000), "x/y", 3000, service));
+        first.setLocationChangeBlock([&](const QUrl& location) {
+            if (pauses && !location.isEmpty())
+                first.pauseFetching();
+        });
+        begin();
+        second->beginFetchWithCompletionHandler(&context, [&](const QByteArray&, const MaybeError& error) {
+            secondCallbacks += error ? 0 : 1;
+            first.resumeFetching();
+        });
+        QVERIFY(service->isDelayingFetcher(*second) && second->isFetching());
+        QVERIFY(second->waitForCompletionWithTimeout(std::chrono::seconds(20)));
+        QVERIFY(first.waitForCompletionWithTimeout(std::chrono::seconds(20)));
+        QVERIFY2(!error_ && callbacks_ == 1 && secondCallbacks == 1, qPrintable(failure()));
+        const QByteArrayList turn = {"PUT bytes 0-2999/8000", "PUT bytes 3000-7999/8000", "PUT bytes */10"};
+        const QByteArrayList givenWay = {"PUT bytes */10", "PUT bytes */8000", "PUT bytes 3000-7999/8000"};
+        QCOMPARE(server.lines(), QByteArrayList({"POST"}) + (pauses ? givenWay : turn));
+        QCOMPARE(service->numberOfFetchers(), 0U);
+    }
+
+    void theServiceStopsUploads() {
+        UploadServer server({announced()});
+        const auto service = GTMHTTPFetcherService::create();
+        server.setHandler([&service](const ReceivedRequest&) {
+            service->stopAllFetchers();
+            return holding(3000);
+        });
+        use(GTMHTTPUploadFetcher::uploadFetcherWithRequest(announcement(server), pattern(9000), "x/y", 3000, service));
+        const std::weak_ptr<GTMHTTPUploadFetcher> weak = fetcher_;
+        begin();
+        fetcher_.reset();
+        QTRY_VERIFY(weak.expired());
+        QCOMPARE(server.lines(), QByteArrayList({"POST", "PUT bytes 0-2999/9000"}));
+        QCOMPARE(callbacks_, 0);
+        QCOMPARE(service->numberOfFetchers(), 0U);
     }
 
     // A sparse file, in one chunk: the memory used must not depend on its length.

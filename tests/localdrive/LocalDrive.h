@@ -6,6 +6,7 @@
 
 #include <QCryptographicHash>
 #include <QJsonArray>
+#include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
 #include <QTest>
@@ -15,6 +16,17 @@
 namespace quenby::localdrive {
 
 inline const QUrl testBase{QStringLiteral("http://127.0.0.1:4711")};
+
+// Names of parameters.
+inline const QString fileId = QStringLiteral("fileId");
+inline const QString body = QStringLiteral("resource");
+
+inline QJsonObject parse(const char* json) {
+    const QJsonDocument document = QJsonDocument::fromJson(json);
+    if (!document.isObject())
+        qFatal("not JSON: %s", json);
+    return document.object();
+}
 
 class LocalDrive {
 public:

@@ -3,26 +3,11 @@
 #include "localdrive/store/Text.h"
 #include "tests/localdrive/LocalDrive.h"
 
-#include <QJsonDocument>
 #include <QRegularExpression>
 #include <QSet>
 
 using namespace quenby;
 using namespace quenby::localdrive;
-
-namespace {
-
-const QString fileId = QStringLiteral("fileId");
-const QString body = QStringLiteral("resource");
-
-QJsonObject parse(const char* json) {
-    const QJsonDocument document = QJsonDocument::fromJson(json);
-    if (!document.isObject())
-        qFatal("not JSON: %s", json);
-    return document.object();
-}
-
-} // namespace
 
 class LocalFilesTest : public QObject {
     Q_OBJECT

@@ -10,20 +10,6 @@
 using namespace quenby;
 using namespace quenby::localdrive;
 
-namespace {
-
-const QString fileId = QStringLiteral("fileId");
-const QString body = QStringLiteral("resource");
-
-QJsonObject parse(const char* json) {
-    const QJsonDocument document = QJsonDocument::fromJson(json);
-    if (!document.isObject())
-        qFatal("not JSON: %s", json);
-    return document.object();
-}
-
-} // namespace
-
 class LocalRpcTest : public QObject {
     Q_OBJECT
 

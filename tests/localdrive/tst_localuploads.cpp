@@ -2,7 +2,10 @@
 #include "tests/localdrive/LocalClient.h"
 
 #include <QCryptographicHash>
+#include <QDir>
 #include <QTest>
+
+#include <limits>
 
 using namespace quenby::testing;
 
@@ -127,10 +130,17 @@ private Q_SLOTS:
         QCOMPARE(connection.readReply().status, 200);
     }
 
-    void announcingNeedsALength() {
+    void announcingNeedsALengthWithinTheQuota() {
         QByteArray request = client_->announceRequest(10, QStringLiteral("x"));
         request.replace("X-Upload-Content-Length: 10", "X-Unknown: 10");
         QCOMPARE(RawHttp::exchange(drive_.url(), request).status, 400);
+        for (const qint64 tooMuch : {qint64{16} << 30, std::numeric_limits<qint64>::max()}) {
+            const RawReply refused =
+                RawHttp::exchange(drive_.url(), client_->announceRequest(tooMuch, QStringLiteral("x")));
+            QCOMPARE(refused.status, 403);
+            QVERIFY(refused.body.contains("quotaExceeded"));
+            QCOMPARE(refused.header("Location"), QByteArray());
+        }
     }
 
     void unknownLocationsAreNotFound() {
@@ -173,6 +183,19 @@ private Q_SLOTS:
         QVERIFY2(drive_.start(), drive_.log());
         QCOMPARE(jsonOf(client_->askHeld(target, bytes.size()).body), jsonOf(done.body));
         QCOMPARE(client_->filesNamed(QStringLiteral("killed")).size(), 1);
+    }
+
+    // A store that fails takes nothing away: asked again once it works, the upload is complete.
+    void failedStoreKeepsTheUpload() {
+        const QByteArray bytes = content(100'000);
+        const QByteArray target = client_->announce(bytes.size(), QStringLiteral("kept"));
+        const QString blobs = drive_.dataFolder() + QStringLiteral("/blobs");
+        const QString away = drive_.dataFolder() + QStringLiteral("/away");
+        QVERIFY(QDir().rename(blobs, away) && QFile(blobs).open(QIODevice::WriteOnly));
+        QCOMPARE(client_->put(target, bytes, 0, bytes.size()).status, 500);
+        QVERIFY(QFile::remove(blobs) && QDir().rename(away, blobs));
+        QCOMPARE(md5Of(client_->askHeld(target, bytes.size())), md5(bytes));
+        QCOMPARE(client_->filesNamed(QStringLiteral("kept")).size(), 1);
     }
 
     // Both connections carry the same upload; the file comes out right, and once.

@@ -232,7 +232,9 @@ void TestGTMOAuth2SignIn::closedWindowEndsTheSignInOnce() {
     signIn_->windowWasClosed();
     signIn_->windowWasClosed();
     QVERIFY(!network_->isWatched());
+    signIn_->titleChanged(u"Success code=late"_s);
     settle();
+    QVERIFY(server_.requests.empty());
     QVERIFY(finishedWith(errorDomain::oauth2, -1000));
 }
 

@@ -67,6 +67,8 @@ void UploadEndpoint::announce(const httplib::Request& request, httplib::Response
         return sendError(response, apiError::invalid(QStringLiteral("method"),
                                                      QStringLiteral("The body must call a method with a content.")));
     }
+    if (const auto room = methods_.checkRoom(call[QLatin1String("params")].toObject(), length); !room)
+        return sendError(response, room.error());
     const QByteArray type = header(request, "X-Upload-Content-Type");
     const auto uploadId = sessions_.create({{}, call, QString::fromLatin1(type), length, caller->user});
     if (!uploadId)
@@ -170,9 +172,10 @@ void UploadEndpoint::finish(const QByteArray& uploadId, UploadSession& session, 
     const QJsonObject error = (*outcome)[QLatin1String("error")].toObject();
     if (error.isEmpty())
         return sendJson(response, 200, envelope(session.facts(), *outcome));
-    // The announced call can't be done, and would fail again.
-    sessions_.remove(uploadId);
     const int code = error[QLatin1String("code")].toInt();
+    const bool mayPass = code >= 500; // the store failed, not the call: asked again, it may succeed
+    if (!mayPass)
+        sessions_.remove(uploadId);
     sendJson(response, code >= 400 && code < 600 ? code : 400, envelope(session.facts(), *outcome));
 }
 

@@ -28,6 +28,10 @@ PageTemplates::PageTemplates() {
     const QDir folder(pageFolder);
     for (const QString& file : folder.entryList({QStringLiteral("*.html")}))
         pages_.insert(file.chopped(5), QString::fromUtf8(contentOf(folder.filePath(file))));
+    const auto parts = pages_;
+    for (QString& page : pages_)
+        for (auto part = parts.begin(); part != parts.end(); ++part)
+            page.replace(QStringLiteral("{{>%1}}\n").arg(part.key()), part.value());
     styleSheet_ = contentOf(folder.filePath(QStringLiteral("style.css")));
 }
 

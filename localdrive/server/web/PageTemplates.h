@@ -17,7 +17,7 @@ public:
     PageTemplates();
 
     // The page "NAME.html" with each {{key}} replaced by its value, escaped for HTML. Keys of the form {{{key}}} take
-    // their value as it is: HTML that was made by fill() itself.
+    // their value as it is: HTML that was made by fill() itself. A line {{>part}} stands for the file "part.html".
     QString fill(const QString& name, const Values& values) const;
     QByteArray styleSheet() const { return styleSheet_; }
 
