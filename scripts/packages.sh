@@ -3,7 +3,7 @@
 packages_build="g++ cmake ninja-build pkg-config ccache mold
   qt6-base-dev libqt6sql6-sqlite libcurl4-openssl-dev libsimdjson-dev libcpp-httplib-dev libssl-dev"
 packages_test="$packages_build clang libclang-rt-dev openssl curl ca-certificates"
-packages_bench="$packages_build libbenchmark-dev openssl curl time python3"
+packages_bench="$packages_build libbenchmark-dev openssl curl python3 valgrind"
 packages_format="clang-format"
 
 # need_packages LIST: installs what is missing, as root or with sudo; says what to type when it can do neither.
