@@ -1,8 +1,10 @@
-// quenby: the command line.
+// quenby: the desktop program, or one command of the command line.
 
+#include "app/agent/DesktopProgram.h"
 #include "app/cli/Console.h"
 #include "app/cli/Options.h"
 #include "app/cli/Program.h"
+#include "platform/linux/LinuxPlatform.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -29,12 +31,14 @@ int runProgram(int argc, char** argv, const Options& options) {
         console.page(options.version ? QStringLiteral("quenby " QUENBY_VERSION "\n") : usageText(options.verb), false);
         return console.isOutputLost() ? exitCode::failed : exitCode::done;
     }
+    if (options.verb == Verb::desktop)
+        return runDesktopProgram(argc, argv, options, console);
     // What the layers below log of their own accord would only repeat the errors that are told.
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false"));
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("quenby"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUENBY_VERSION));
-    return Program(console, options).run();
+    return Program(console, options, [] { return makeLinuxAccountStorage(QStringLiteral("quenby")); }).run();
 }
 
 } // namespace
@@ -44,10 +48,6 @@ int main(int argc, char** argv) {
     const auto options = parseOptions(QList<QByteArray>(argv + 1, argv + argc));
     if (options)
         return runProgram(argc, argv, *options);
-    Console console({});
-    if (argc < 2)
-        console.page(usageText(Verb::none), true);
-    else
-        console.error(options.error());
+    Console({}).error(options.error());
     return exitCode::wrongUse;
 }

@@ -52,6 +52,7 @@ void startAndFinishQueuedFetchers(benchmark::State& state) {
         for (int i = 0; i < count; ++i) {
             const auto fetcher =
                 service->fetcherWithRequest(URLRequest(QUrl(QStringLiteral("https://drive.example/"))));
+            fetcher->setServicePriority(i % 7);
             fetcher->beginFetchWithCompletionHandler(&loop, [&](const QByteArray&, const MaybeError& error) {
                 if (error)
                     state.SkipWithError(qPrintable(error->description()));

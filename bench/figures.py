@@ -140,8 +140,10 @@ def memory(binaries, folder):
 
 
 def google(program):
-    """The median real time of each benchmark of one program, in nanoseconds."""
-    out = subprocess.run([program, "--benchmark_format=json", "--benchmark_repetitions=3",
+    """The median real time of each benchmark of one program, in nanoseconds. Short repetitions take turns, so that what
+    the machine does meanwhile falls on all of them alike."""
+    out = subprocess.run([program, "--benchmark_format=json", "--benchmark_repetitions=15",
+                          "--benchmark_enable_random_interleaving=true", "--benchmark_min_time=0.05",
                           "--benchmark_report_aggregates_only=true"], check=True, capture_output=True, text=True)
     factor = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
     report = json.loads(out.stdout[out.stdout.index("{"):])
@@ -179,8 +181,24 @@ def json_replies(binaries, _):
             Figure.at_least("json.sorted_dates_vs_qjson", peer / times["sortedModificationDates"], "ratio", 1.5)]
 
 
+def agent(binaries, folder):
+    """The desktop program in a virtual desktop with a tray and a keyring; bench/agent.sh says what is measured."""
+    session = ["scripts/desktop/session.sh", "--panel", "xfce4", "--keyring", "unlocked", "--home", folder, "--"]
+    out = subprocess.run([*session, "bench/agent.sh", binaries], check=True, stdout=subprocess.PIPE, text=True)
+    values = {name: float(value) for name, value in (line.split() for line in out.stdout.splitlines())}
+    units = {"launch_ms": "ms", "memory_mib": "MiB", "cpu_ticks": "ticks", "wakeups": "", "bus_messages": "",
+             "repaints": ""}
+    goals = {"launch_ms": 400, "idle_wakeups": 25, "idle_memory_mib": 45, "idle_bus_messages": 0, "idle_repaints": 0}
+    figures = []
+    for name in sorted(values, key=lambda name: (name.startswith("after"), name)):
+        unit = next(unit for ending, unit in units.items() if name.endswith(ending))
+        figures.append(Figure.at_most(f"agent.{name}", values[name], unit, goals[name]) if name in goals
+                       else Figure(f"agent.{name}", values[name], unit, "", ""))
+    return figures
+
+
 GROUPS = {"upload": transfers("upload"), "download": transfers("download"), "memory": memory, "json": json_replies,
-          "fetchers": fetchers}
+          "fetchers": fetchers, "agent": agent}
 
 
 def main():

@@ -11,9 +11,11 @@
 
 #include "core/Mailbox.h"
 
+#include <atomic>
+#include <concepts>
 #include <functional>
 #include <memory>
-#include <mutex>
+#include <optional>
 #include <tuple>
 #include <utility>
 
@@ -21,27 +23,78 @@ namespace quenby {
 
 namespace detail {
 
-// Shared by a gate, its tickets and a delivery on its way.
-class GateState : public std::enable_shared_from_this<GateState> {
+// Shared by a gate, its tickets and a delivery on its way. There is no lock: whoever brings the stage to done owns the
+// function from then on.
+class GateState : public Mailbox::Resident {
 public:
-    static std::shared_ptr<GateState> create(QObject* context, std::shared_ptr<void> function);
-
     bool cancel();
     bool isPending() const;
+
+protected:
+    using Mailbox::Resident::Resident;
+
     // Claims the one delivery; false when it was claimed or cancelled before.
     bool claim();
-    // On the context's thread: the function to call, or nothing when it was cancelled on the way.
-    std::shared_ptr<void> take();
-    void post(std::function<void()> delivery);
+    // On the context's thread: whether the function is to be called, which was not cancelled on the way.
+    bool take();
 
 private:
-    enum class Stage { pending, claimed, done };
+    enum class Stage : quint8 { pending, claimed, done };
 
-    mutable std::mutex mutex_;
-    Stage stage_ = Stage::pending;
-    std::shared_ptr<void> function_;
-    std::shared_ptr<Mailbox> mailbox_;
+    bool advance(Stage from, Stage to);
+    virtual void dropFunction() = 0; // as the last thing: a capture's destructor may do anything
+    void boxDidClose() override { cancel(); }
+
+    std::atomic<Stage> stage_ = Stage::pending;
 };
+
+// What a gate knows of its function: the arguments.
+template <typename... Args>
+class GateFor : public GateState {
+public:
+    template <typename... Given>
+    void deliver(Given&&... given) {
+        if (!claim())
+            return;
+        box().post([self = shared_from_this(), this, arguments = Arguments(std::forward<Given>(given)...)]() mutable {
+            if (take())
+                call(std::move(arguments));
+        });
+    }
+
+protected:
+    using Arguments = std::tuple<std::decay_t<Args>...>;
+    using GateState::GateState;
+
+private:
+    virtual void call(Arguments&& arguments) = 0;
+};
+
+// Holds the function as it is: one block of memory for each completion.
+template <typename Function, typename... Args>
+class BoundFunction final : public GateFor<Args...> {
+public:
+    BoundFunction(QObject* context, Function function)
+        : GateFor<Args...>(Mailbox::forContext(context))
+        , function_(std::move(function)) {}
+
+private:
+    void call(typename GateFor<Args...>::Arguments&& arguments) override {
+        std::apply(*std::exchange(function_, std::nullopt), std::move(arguments));
+    }
+    void dropFunction() override { [[maybe_unused]] const auto dropped = std::exchange(function_, std::nullopt); }
+
+    std::optional<Function> function_;
+};
+
+template <typename Function>
+bool isEmpty(const Function&) {
+    return false;
+}
+template <typename Signature>
+bool isEmpty(const std::function<Signature>& function) {
+    return !function;
+}
 
 } // namespace detail
 
@@ -67,10 +120,13 @@ public:
     using Function = std::function<void(Args...)>;
 
     CompletionGate() = default;
-    CompletionGate(QObject* context, Function function) {
-        if (!context || !function)
+    // The gate stays empty without a context or with an empty std::function.
+    template <std::invocable<std::decay_t<Args>...> Callable>
+    CompletionGate(QObject* context, Callable function) {
+        if (!context || detail::isEmpty(function))
             return;
-        state_ = detail::GateState::create(context, std::make_shared<Function>(std::move(function)));
+        state_ = std::make_shared<detail::BoundFunction<Callable, Args...>>(context, std::move(function));
+        state_->moveIn();
     }
 
     // Whether there is a function to call at all.
@@ -79,19 +135,14 @@ public:
     // The first call wins; later ones do nothing.
     template <typename... Given>
     void deliver(Given&&... given) const {
-        if (!state_ || !state_->claim())
-            return;
-        state_->post(
-            [state = state_, arguments = std::tuple<std::decay_t<Args>...>(std::forward<Given>(given)...)]() mutable {
-                if (const auto function = std::static_pointer_cast<Function>(state->take()))
-                    std::apply(*function, std::move(arguments));
-            });
+        if (state_)
+            state_->deliver(std::forward<Given>(given)...);
     }
 
     CompletionTicket ticket() const { return CompletionTicket(state_); }
 
 private:
-    std::shared_ptr<detail::GateState> state_;
+    std::shared_ptr<detail::GateFor<Args...>> state_;
 };
 
 } // namespace quenby

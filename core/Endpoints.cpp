@@ -4,7 +4,7 @@ namespace quenby {
 namespace {
 
 // What both services have in common, below their hosts.
-Endpoints at(const QUrl& api, const QUrl& accounts, const QString& scopeBase) {
+Endpoints at(const QUrl& api, const QUrl& accounts, const QUrl& web, const QString& scopeBase) {
     const auto under = [](QUrl base, const char* path) {
         base.setPath(QString::fromLatin1(path));
         return base;
@@ -14,6 +14,8 @@ Endpoints at(const QUrl& api, const QUrl& accounts, const QString& scopeBase) {
     endpoints.rpcUploadURL = under(api, "/upload/rpc");
     endpoints.userInfoURL = under(api, "/oauth2/v3/userinfo");
     endpoints.downloadBaseURL = under(api, "/drive/v2/files");
+    endpoints.webURL = under(web, "/");
+    endpoints.sharingPageURL = under(web, "/sharing/share");
     endpoints.authorizationURL = under(accounts, "/o/oauth2/auth");
     endpoints.tokenURL = under(accounts, "/o/oauth2/token");
     endpoints.revocationURL = under(accounts, "/o/oauth2/revoke");
@@ -28,14 +30,17 @@ Endpoints at(const QUrl& api, const QUrl& accounts, const QString& scopeBase) {
 
 Endpoints Endpoints::provider() {
     const QString apiHost = QStringLiteral("https://www.googleapis.com");
-    Endpoints endpoints = at(QUrl(apiHost), QUrl(QStringLiteral("https://accounts.google.com")), apiHost);
+    Endpoints endpoints = at(QUrl(apiHost), QUrl(QStringLiteral("https://accounts.google.com")),
+                             QUrl(QStringLiteral("https://drive.google.com")), apiHost);
+    endpoints.keychainItemName = QStringLiteral("Drive: Google Drive");
     endpoints.providerDomain = QStringLiteral("google.com");
     return endpoints;
 }
 
 Endpoints Endpoints::localDrive(const QUrl& base) {
     // The scopes are names, not addresses: the local Drive knows them by the provider's spelling.
-    Endpoints endpoints = at(base, base, QStringLiteral("https://www.googleapis.com"));
+    Endpoints endpoints = at(base, base, base, QStringLiteral("https://www.googleapis.com"));
+    endpoints.keychainItemName = QStringLiteral("Drive: Local Drive");
     endpoints.providerDomain = base.host();
     endpoints.isLocal = true;
     return endpoints;

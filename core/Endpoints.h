@@ -13,7 +13,10 @@ struct Endpoints {
     QUrl tokenURL;
     QUrl revocationURL;
     QUrl userInfoURL;
-    QUrl downloadBaseURL; // files' contents are served below it
+    QUrl downloadBaseURL;     // files' contents are served below it
+    QUrl webURL;              // the Drive's web application
+    QUrl sharingPageURL;      // its page on which one file is shared, without query
+    QString keychainItemName; // under which the sign-in is kept
     QString emailScope;
     QString profileScope;
     QString driveScope;         // full access to the Drive

@@ -1,82 +1,91 @@
 #include "http/FetcherQueue.h"
 
-namespace quenby {
+#include <iterator>
 
-QString FetcherQueue::hostOf(const QUrl& url) {
+namespace quenby {
+namespace {
+
+QString hostOf(const QUrl& url) {
     const QString host = url.host();
     return host.isEmpty() && url.isLocalFile() ? QStringLiteral("localhost") : host;
 }
 
+} // namespace
+
 bool FetcherQueue::admit(const Fetcher& fetcher, const QUrl& url, int priority, unsigned limit) {
-    const auto [known, isNew] = entries_.try_emplace(fetcher.get());
-    Entry& entry = known->second;
-    if (!isNew)
-        return !entry.turn;
-    entry = {fetcher, url, hostOf(url), std::nullopt};
-    Host& host = hosts_[entry.host];
-    if (limit == 0 || host.running < limit) {
-        ++host.running;
-        return true;
-    }
-    entry.turn = Turn(priority, ++lastNumber_);
-    host.waiting.emplace(*entry.turn, fetcher.get());
-    ++waitingCount_;
-    return false;
+    if (places_.contains(fetcher.get()))
+        return !isWaiting(*fetcher);
+    const auto host = hosts_.try_emplace(hostOf(url)).first;
+    const bool mayRun = limit == 0 || host->second.running.size() < limit;
+    Line& line = mayRun ? host->second.running : host->second.waiting[priority];
+    line.push_back({fetcher, url, host, mayRun ? std::nullopt : std::optional(priority)});
+    places_.insert(fetcher.get(), std::prev(line.end()));
+    waitingCount_ += mayRun ? 0 : 1;
+    return mayRun;
 }
 
 FetcherQueue::Removal FetcherQueue::remove(const GTMHTTPFetcher& fetcher, unsigned limit) {
     Removal removal;
-    const auto node = entries_.extract(&fetcher);
-    if (node.empty())
+    const auto place = places_.constFind(&fetcher);
+    if (place == places_.constEnd())
         return removal;
-    const Entry& entry = node.mapped();
-    removal.removed = entry.fetcher;
-    const auto host = hosts_.find(entry.host);
-    if (entry.turn) {
-        host->waiting.erase(*entry.turn);
-        --waitingCount_;
+    const Line::iterator entry = *place;
+    places_.erase(place);
+    removal.removed = std::move(entry->fetcher);
+    const auto known = entry->host;
+    Host& host = known->second;
+    if (!entry->priority) {
+        host.running.erase(entry);
     } else {
-        --host->running;
+        const auto line = host.waiting.find(*entry->priority);
+        line->second.erase(entry);
+        waiterDidLeave(host, line);
     }
-    while (!host->waiting.empty() && (limit == 0 || host->running < limit)) {
-        Entry& next = entries_.at(host->waiting.begin()->second);
-        host->waiting.erase(host->waiting.begin());
-        next.turn.reset();
-        --waitingCount_;
-        ++host->running;
+    while (!host.waiting.empty() && (limit == 0 || host.running.size() < limit)) {
+        const auto line = host.waiting.begin();
+        Entry& next = line->second.front();
+        next.priority.reset();
         removal.admitted.push_back(next.fetcher);
+        host.running.splice(host.running.end(), line->second, line->second.begin());
+        waiterDidLeave(host, line);
     }
-    if (host->running == 0 && host->waiting.empty())
-        hosts_.erase(host);
+    if (host.running.empty())
+        hosts_.erase(known);
     return removal;
+}
+
+void FetcherQueue::waiterDidLeave(Host& host, std::map<int, Line>::iterator line) {
+    --waitingCount_;
+    if (line->second.empty())
+        host.waiting.erase(line);
 }
 
 std::vector<FetcherQueue::Fetcher> FetcherQueue::takeAll() {
     std::vector<Fetcher> taken = all();
-    entries_.clear();
+    places_.clear();
     hosts_.clear();
     waitingCount_ = 0;
     return taken;
 }
 
 bool FetcherQueue::isWaiting(const GTMHTTPFetcher& fetcher) const {
-    const auto found = entries_.find(&fetcher);
-    return found != entries_.end() && found->second.turn;
+    const auto place = places_.constFind(&fetcher);
+    return place != places_.constEnd() && (*place)->priority;
 }
 
 std::vector<FetcherQueue::Fetcher> FetcherQueue::all() const {
     std::vector<Fetcher> found;
-    found.reserve(entries_.size());
-    for (const auto& [key, entry] : entries_)
-        found.push_back(entry.fetcher);
+    found.reserve(size());
+    for (const Line::iterator& entry : places_)
+        found.push_back(entry->fetcher);
     return found;
 }
 
 std::vector<FetcherQueue::Fetcher> FetcherQueue::withURL(const QUrl& url) const {
     std::vector<Fetcher> found;
-    for (const auto& [key, entry] : entries_) {
-        if (entry.url == url)
-            found.push_back(entry.fetcher);
+    for (const Line::iterator& entry : places_) {
+        if (entry->url == url)
+            found.push_back(entry->fetcher);
     }
     return found;
 }

@@ -8,11 +8,10 @@
 #include <QString>
 #include <QUrl>
 
+#include <list>
 #include <map>
 #include <memory>
 #include <optional>
-#include <unordered_map>
-#include <utility>
 #include <vector>
 
 namespace quenby {
@@ -37,31 +36,33 @@ public:
     // All of them, running and waiting; the queue is empty afterwards.
     std::vector<Fetcher> takeAll();
 
-    size_t size() const { return entries_.size(); }
+    size_t size() const { return static_cast<size_t>(places_.size()); }
     size_t waitingCount() const { return waitingCount_; }
     bool isWaiting(const GTMHTTPFetcher& fetcher) const;
     std::vector<Fetcher> all() const;
     std::vector<Fetcher> withURL(const QUrl& url) const;
 
 private:
-    using Turn = std::pair<int, quint64>; // priority, then a number that grows
+    struct Entry;
+    struct Host;
+    using Line = std::list<Entry>; // the oldest first
+    using Hosts = std::map<QString, Host>;
 
     struct Entry {
         Fetcher fetcher;
         QUrl url;
-        QString host;
-        std::optional<Turn> turn; // while it waits
+        Hosts::iterator host;
+        std::optional<int> priority; // while it waits
     };
     struct Host {
-        size_t running = 0;
-        std::map<Turn, GTMHTTPFetcher*> waiting;
+        Line running;
+        std::map<int, Line> waiting; // by priority; no line is empty
     };
 
-    static QString hostOf(const QUrl& url);
+    void waiterDidLeave(Host& host, std::map<int, Line>::iterator line);
 
-    std::unordered_map<const GTMHTTPFetcher*, Entry> entries_;
-    QHash<QString, Host> hosts_;
-    quint64 lastNumber_ = 0;
+    Hosts hosts_;
+    QHash<const GTMHTTPFetcher*, Line::iterator> places_;
     size_t waitingCount_ = 0;
 };
 

@@ -1,21 +1,29 @@
 #include "http/GTMHTTPFetcher.h"
 
-#include "http/DownloadFile.h"
+#include "http/FetchAttempt.h"
 #include "http/GTMCookieStorage.h"
 #include "http/GTMHTTPFetchHistory.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QEvent>
 #include <QThread>
 #include <QTimer>
 
 namespace quenby {
+namespace {
+
+// Of fetchers without a service; they share it until they change something.
+const QSharedDataPointer<FetchSettings>& ownSettings() {
+    static const QSharedDataPointer<FetchSettings> settings(new FetchSettings);
+    return settings;
+}
+
+} // namespace
 
 GTMHTTPFetcher::GTMHTTPFetcher(URLRequest request)
     : request_(std::move(request))
-    , mailbox_(Mailbox::forContext(this))
-    , cookieStorage_(staticCookieStorage())
-    , timeSource_(makeSystemTimeSource()) {}
+    , settings_(ownSettings()) {}
 
 GTMHTTPFetcher::~GTMHTTPFetcher() { logDeferredRecord(); }
 
@@ -35,14 +43,34 @@ void GTMHTTPFetcher::destroyOnOwnThread(GTMHTTPFetcher* fetcher) {
     if (fetcher->thread() == QThread::currentThread())
         delete fetcher;
     else
-        fetcher->mailbox_->post([fetcher] { delete fetcher; });
+        fetcher->post([fetcher] { delete fetcher; }); // the only thing posted: all else would hold the fetcher
+}
+
+void GTMHTTPFetcher::post(std::function<void()> function) {
+    {
+        const std::lock_guard lock(mutex_);
+        posted_.append(std::move(function));
+    }
+    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+}
+
+bool GTMHTTPFetcher::event(QEvent* event) {
+    if (event->type() != QEvent::User)
+        return QObject::event(event);
+    std::function<void()> function;
+    {
+        const std::lock_guard lock(mutex_);
+        function = posted_.takeFirst();
+    }
+    function(); // this fetcher may be gone now
+    return true;
 }
 
 void GTMHTTPFetcher::stopFetching() {
     CompletionTicket ticket;
     quint64 generation = 0;
     {
-        const std::lock_guard lock(callbackMutex_);
+        const std::lock_guard lock(mutex_);
         ticket = gate_.ticket();
         generation = generation_;
     }
@@ -52,7 +80,7 @@ void GTMHTTPFetcher::stopFetching() {
         stopFetch(ReleaseCallbacks::yes);
         return;
     }
-    mailbox_->post([self = shared_from_this(), generation] {
+    post([self = shared_from_this(), generation] {
         if (self->generation_ == generation)
             self->stopFetch(ReleaseCallbacks::yes);
     });
@@ -69,6 +97,7 @@ bool GTMHTTPFetcher::waitForCompletionWithTimeout(std::chrono::milliseconds time
     while (isFetching() || callbackTicket().isPending()) {
         if (deadline.hasExpired())
             return false;
+        QCoreApplication::sendPostedEvents(); // a loop inside another, on GLib, leaves what is posted to the outer one
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     return true;
@@ -88,30 +117,32 @@ void GTMHTTPFetcher::setPostStream(std::shared_ptr<QIODevice> stream, qint64 len
 }
 
 QString GTMHTTPFetcher::temporaryDownloadPath() const {
-    return downloadFile_ ? downloadFile_->temporaryPath() : QString();
+    const auto& file = attempt_->downloadFile;
+    return file ? file->temporaryPath() : QString();
 }
 
-void GTMHTTPFetcher::setFetchHistory(std::shared_ptr<GTMHTTPFetchHistory> history) {
-    fetchHistory_ = std::move(history);
-    if (cookieStorageMethod_ == CookieStorageMethod::fetchHistory)
-        setCookieStorageMethod(cookieStorageMethod_);
+void GTMHTTPFetcher::shareSettings(const QSharedDataPointer<FetchSettings>& settings) {
+    settings_ = settings;
+    request_.shouldHandleCookies = settings->cookieStorageMethod == CookieStorageMethod::system;
 }
 
 void GTMHTTPFetcher::setCookieStorageMethod(CookieStorageMethod method) {
-    cookieStorageMethod_ = method;
+    settings_->cookieStorageMethod = method;
     request_.shouldHandleCookies = method == CookieStorageMethod::system;
-    switch (method) {
+}
+
+std::shared_ptr<GTMCookieStorage> GTMHTTPFetcher::cookieStorage() const {
+    const auto& history = settings().fetchHistory;
+    switch (settings().cookieStorageMethod) {
     case CookieStorageMethod::fetcherStatic:
-        cookieStorage_ = staticCookieStorage();
-        return;
+        return staticCookieStorage();
     case CookieStorageMethod::fetchHistory:
-        cookieStorage_ = fetchHistory_ ? fetchHistory_->cookieStorage() : nullptr;
-        return;
+        return history ? history->cookieStorage() : nullptr;
     case CookieStorageMethod::system:
     case CookieStorageMethod::none:
         break;
     }
-    cookieStorage_ = nullptr;
+    return nullptr;
 }
 
 std::shared_ptr<GTMCookieStorage> GTMHTTPFetcher::staticCookieStorage() {
@@ -119,23 +150,24 @@ std::shared_ptr<GTMCookieStorage> GTMHTTPFetcher::staticCookieStorage() {
     return storage;
 }
 
-int GTMHTTPFetcher::statusCode() const { return response_ ? response_->statusCode : 0; }
+int GTMHTTPFetcher::statusCode() const { return response() ? response()->statusCode : 0; }
 
-HeaderFields GTMHTTPFetcher::responseHeaders() const { return response_ ? response_->headers : HeaderFields(); }
+HeaderFields GTMHTTPFetcher::responseHeaders() const { return response() ? response()->headers : HeaderFields(); }
 
 void GTMHTTPFetcher::setProperty(const QString& key, const QVariant& value) {
+    QVariantMap& properties = luggage_.write().properties;
     if (value.isValid())
-        properties_.insert(key, value);
+        properties.insert(key, value);
     else
-        properties_.remove(key);
+        properties.remove(key);
 }
 
 void GTMHTTPFetcher::reportSentData(qint64 bytes, qint64 totalBytes, qint64 totalBytesExpected) {
     if (!wantsSentData())
         return;
     // The functions are copied: one of them may stop the fetch, which releases them.
-    runCallback([self = shared_from_this(), selector = sentDataSelector_, block = sentDataBlock_, bytes, totalBytes,
-                 totalBytesExpected] {
+    runCallback([self = shared_from_this(), selector = hooks_->sentDataSelector, block = hooks_->sentDataBlock, bytes,
+                 totalBytes, totalBytesExpected] {
         if (selector)
             selector(*self, bytes, totalBytes, totalBytesExpected);
         if (block)
@@ -144,7 +176,7 @@ void GTMHTTPFetcher::reportSentData(qint64 bytes, qint64 totalBytes, qint64 tota
 }
 
 CompletionTicket GTMHTTPFetcher::callbackTicket() const {
-    const std::lock_guard lock(callbackMutex_);
+    const std::lock_guard lock(mutex_);
     return gate_.ticket();
 }
 

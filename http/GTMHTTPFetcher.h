@@ -9,6 +9,9 @@
 // Ownership: a fetcher is shared; while it runs (waiting in the service's queue included) it keeps itself alive, so a
 // caller who does not want to stop it need not hold it. Stop what still runs before its thread ends.
 //
+// Thousands may wait in a queue: a fetcher is small until it runs, and what only a running fetch needs, or few fetchers
+// ever have, is made when it is first written.
+//
 // Errors: reach the caller once through the finish callback. Domains: errorDomain::fetcher, errorDomain::httpStatus
 // (final status 300 or above, body under errorKey::data), errorDomain::url (below HTTP), errorDomain::posix (the
 // downloaded file could not be moved into place).
@@ -17,14 +20,14 @@
 #include "core/CompletionGate.h"
 #include "core/Error.h"
 #include "core/Mailbox.h"
-#include "core/TimeSource.h"
 #include "http/Authorizer.h"
 #include "http/FetchLogger.h"
+#include "http/FetchSettings.h"
+#include "http/Lazy.h"
 #include "http/RetryPolicy.h"
 #include "http/URLConnection.h"
 
 #include <QObject>
-#include <QStringList>
 #include <QVariantMap>
 
 #include <functional>
@@ -33,10 +36,8 @@
 
 namespace quenby {
 
-class DownloadFile;
-class GTMCookieStorage;
-class GTMHTTPFetchHistory;
 class GTMHTTPFetcherService;
+struct FetchAttempt;
 
 // Posted through GTMHTTPFetcher::notification.
 inline const QString kGTMHTTPFetcherStartedNotification = QStringLiteral("kGTMHTTPFetcherStartedNotification");
@@ -45,9 +46,6 @@ inline const QString kGTMHTTPFetcherRetryDelayStartedNotification =
     QStringLiteral("kGTMHTTPFetcherRetryDelayStartedNotification");
 inline const QString kGTMHTTPFetcherRetryDelayStoppedNotification =
     QStringLiteral("kGTMHTTPFetcherRetryDelayStoppedNotification");
-
-// Which cookies a fetcher sends and keeps. Any other number means none.
-enum class CookieStorageMethod : int { fetcherStatic = 0, fetchHistory = 1, system = 2, none = -1 };
 
 class GTMHTTPFetcher : public QObject,
                        public std::enable_shared_from_this<GTMHTTPFetcher>,
@@ -97,15 +95,15 @@ public:
     URLRequest& mutableRequest() { return request_; }
     void setPostData(const QByteArray& data);
     void setPostStream(std::shared_ptr<QIODevice> stream, qint64 length = -1);
-    void setCredential(const Credential& credential) { credential_ = credential; }
-    void setProxyCredential(const Credential& credential) { proxyCredential_ = credential; }
+    void setCredential(const Credential& credential) { settings_->credential = credential; }
+    void setProxyCredential(const Credential& credential) { settings_->proxyCredential = credential; }
     // The fetcher lets go of its authorizer when it ends.
     void setAuthorizer(std::shared_ptr<Authorizer> authorizer) { authorizer_ = std::move(authorizer); }
     std::shared_ptr<Authorizer> authorizer() const { return authorizer_; }
-    void setAllowedInsecureSchemes(const QStringList& schemes) { allowedInsecureSchemes_ = schemes; }
-    const QStringList& allowedInsecureSchemes() const { return allowedInsecureSchemes_; }
-    void setAllowLocalhostRequest(bool allow) { allowLocalhostRequest_ = allow; }
-    bool allowLocalhostRequest() const { return allowLocalhostRequest_; }
+    void setAllowedInsecureSchemes(const QStringList& schemes) { settings_->allowedInsecureSchemes = schemes; }
+    const QStringList& allowedInsecureSchemes() const { return settings_->allowedInsecureSchemes; }
+    void setAllowLocalhostRequest(bool allow) { settings_->allowLocalhostRequest = allow; }
+    bool allowLocalhostRequest() const { return settings_->allowLocalhostRequest; }
     // The body goes into a temporary file beside the destination and is moved there when it is whole; the file that
     // was there before is replaced only then.
     void setDownloadPath(const QString& path) { downloadPath_ = path; }
@@ -114,29 +112,31 @@ public:
     void setService(const std::shared_ptr<GTMHTTPFetcherService>& service) { service_ = service; }
     void setServicePriority(int priority) { servicePriority_ = priority; } // smaller goes first
     int servicePriority() const { return servicePriority_; }
-    void setFetchHistory(std::shared_ptr<GTMHTTPFetchHistory> history);
+    void setFetchHistory(std::shared_ptr<GTMHTTPFetchHistory> history) { settings_->fetchHistory = std::move(history); }
     void setCookieStorageMethod(CookieStorageMethod method);
-    CookieStorageMethod cookieStorageMethod() const { return cookieStorageMethod_; }
+    CookieStorageMethod cookieStorageMethod() const { return settings_->cookieStorageMethod; }
     // The cookies of every fetcher of the process that uses CookieStorageMethod::fetcherStatic.
     static std::shared_ptr<GTMCookieStorage> staticCookieStorage();
     // Callbacks run on the queue's thread instead of their context's. Must outlive the fetch.
-    void setDelegateQueue(QObject* queue) { delegateQueue_ = queue; }
-    QObject* delegateQueue() const { return delegateQueue_; }
+    void setDelegateQueue(QObject* queue) { settings_->delegateQueue = queue; }
+    QObject* delegateQueue() const { return settings_->delegateQueue; }
     // What makes the connections; without one, CurlConnection::factory().
-    void setConnectionClass(URLConnectionFactory factory) { connectionClass_ = std::move(factory); }
-    void setTimeSource(std::shared_ptr<TimeSource> timeSource) { timeSource_ = std::move(timeSource); }
-    void setLogger(std::shared_ptr<FetchLogger> logger) { logger_ = std::move(logger); }
+    void setConnectionClass(URLConnectionFactory factory) { settings_->connectionClass = std::move(factory); }
+    void setTimeSource(std::shared_ptr<TimeSource> timeSource) { settings_->timeSource = std::move(timeSource); }
+    void setLogger(std::shared_ptr<FetchLogger> logger) { settings_->logger = std::move(logger); }
     // While it is set the logger is not told of the latest attempt; it is when the flag is cleared, another attempt has
     // ended, or the fetcher goes.
     void setShouldDeferResponseBodyLogging(bool defer);
     bool shouldDeferResponseBodyLogging() const { return shouldDeferResponseBodyLogging_; }
 
     // Called while the fetch runs, for one attempt after the other.
-    void setSentDataBlock(SentDataBlock block) { sentDataBlock_ = std::move(block); }
-    const SentDataBlock& sentDataBlock() const { return sentDataBlock_; }
-    void setSentDataSelector(SentDataSelector selector) { sentDataSelector_ = std::move(selector); }
-    void setReceivedDataBlock(ReceivedDataBlock block) { receivedDataBlock_ = std::move(block); }
-    void setReceivedDataSelector(ReceivedDataSelector selector) { receivedDataSelector_ = std::move(selector); }
+    void setSentDataBlock(SentDataBlock block) { hooks_.write().sentDataBlock = std::move(block); }
+    const SentDataBlock& sentDataBlock() const { return hooks_->sentDataBlock; }
+    void setSentDataSelector(SentDataSelector selector) { hooks_.write().sentDataSelector = std::move(selector); }
+    void setReceivedDataBlock(ReceivedDataBlock block) { hooks_.write().receivedDataBlock = std::move(block); }
+    void setReceivedDataSelector(ReceivedDataSelector selector) {
+        hooks_.write().receivedDataSelector = std::move(selector);
+    }
 
     // --- Retry ----------------------------------------------------------------------------------------------------
 
@@ -149,31 +149,31 @@ public:
     RetryPolicy& mutableRetryPolicy() { return retry_; }
     double nextRetryInterval() const { return retry_.nextRetryInterval(); }
     unsigned retryCount() const { return retryCount_; }
-    void setRetryBlock(RetryBlock block) { retryBlock_ = std::move(block); }
-    const RetryBlock& retryBlock() const { return retryBlock_; }
-    void setRetrySelector(RetrySelector selector) { retrySelector_ = std::move(selector); }
-    const RetrySelector& retrySelector() const { return retrySelector_; }
+    void setRetryBlock(RetryBlock block) { hooks_.write().retryBlock = std::move(block); }
+    const RetryBlock& retryBlock() const { return hooks_->retryBlock; }
+    void setRetrySelector(RetrySelector selector) { hooks_.write().retrySelector = std::move(selector); }
+    const RetrySelector& retrySelector() const { return hooks_->retrySelector; }
     static bool isRetryError(const Error& error) { return RetryPolicy::isRetryError(error); }
 
     // --- What came back -------------------------------------------------------------------------------------------
 
     virtual int statusCode() const; // 0 without a response
     virtual HeaderFields responseHeaders() const;
-    const std::optional<HTTPResponse>& response() const { return response_; }
-    const QByteArray& downloadedData() const { return downloadedData_; }
-    qint64 downloadedLength() const { return downloadedLength_; }
+    const std::optional<HTTPResponse>& response() const { return reply_->response; }
+    const QByteArray& downloadedData() const { return reply_->data; }
+    qint64 downloadedLength() const { return reply_->length; }
     const QDateTime& initialRequestDate() const { return initialRequestDate_; } // of the first attempt, UTC
 
     // --- What travels with it -------------------------------------------------------------------------------------
 
     void setProperty(const QString& key, const QVariant& value); // an invalid value removes the key
-    QVariant propertyForKey(const QString& key) const { return properties_.value(key); }
-    const QVariantMap& properties() const { return properties_; }
-    void addPropertiesFromDictionary(const QVariantMap& properties) { properties_.insert(properties); }
-    void setUserData(const QVariant& userData) { userData_ = userData; }
-    const QVariant& userData() const { return userData_; }
-    void setComment(const QString& comment) { comment_ = comment; }
-    const QString& comment() const { return comment_; }
+    QVariant propertyForKey(const QString& key) const { return luggage_->properties.value(key); }
+    const QVariantMap& properties() const { return luggage_->properties; }
+    void addPropertiesFromDictionary(const QVariantMap& properties) { luggage_.write().properties.insert(properties); }
+    void setUserData(const QVariant& userData) { luggage_.write().userData = userData; }
+    const QVariant& userData() const { return luggage_->userData; }
+    void setComment(const QString& comment) { luggage_.write().comment = comment; }
+    const QString& comment() const { return luggage_->comment; }
     // The request's address is a secret (an upload location): logs and error texts show its host alone.
     void setIsURLSecret(bool secret) { isURLSecret_ = secret; }
     bool isURLSecret() const { return isURLSecret_; }
@@ -213,13 +213,15 @@ protected:
         reportSentData(bytes, totalBytes, totalBytesExpected);
     }
     void reportSentData(qint64 bytes, qint64 totalBytes, qint64 totalBytesExpected);
-    bool wantsSentData() const { return sentDataBlock_ || sentDataSelector_; }
+    bool wantsSentData() const { return hooks_->sentDataBlock || hooks_->sentDataSelector; }
     // What the retry selector and the retry block make of a proposal, asked on this thread.
     bool askRetryHooks(bool suggestedWillRetry, const Error& error);
-    void setDownloadedData(const QByteArray& data) { downloadedData_ = data; }
-    const std::shared_ptr<TimeSource>& timeSource() const { return timeSource_; }
-    const std::shared_ptr<FetchLogger>& logger() const { return logger_; }
-    const URLConnectionFactory& connectionClass() const { return connectionClass_; }
+    void setDownloadedData(const QByteArray& data) { reply_.write().data = data; }
+    const std::shared_ptr<TimeSource>& timeSource() const { return settings_->timeSource; }
+    const std::shared_ptr<FetchLogger>& logger() const { return settings_->logger; }
+    const URLConnectionFactory& connectionClass() const { return settings_->connectionClass; }
+
+    bool event(QEvent* event) override;
 
     std::optional<URLRequest> connectionWillSendRequest(const URLRequest& redirected,
                                                         const HTTPResponse& redirectResponse) override;
@@ -235,14 +237,37 @@ private:
 
     using Gate = CompletionGate<std::shared_ptr<GTMHTTPFetcher>, QByteArray, MaybeError>;
     // deciding: the attempt has failed and the delegate queue is being asked whether to retry.
-    enum class State { idle, queued, authorizing, connected, deciding, retryDelay };
+    enum class State : quint8 { idle, queued, authorizing, connected, deciding, retryDelay };
     enum class ReleaseCallbacks { no, yes };
 
+    struct Reply {
+        std::optional<HTTPResponse> response;
+        QByteArray data;
+        qint64 length = 0;
+    };
+    struct Hooks {
+        SentDataBlock sentDataBlock;
+        SentDataSelector sentDataSelector;
+        ReceivedDataBlock receivedDataBlock;
+        ReceivedDataSelector receivedDataSelector;
+        RetryBlock retryBlock;
+        RetrySelector retrySelector;
+    };
+    struct Luggage {
+        QVariantMap properties;
+        QVariant userData;
+        QString comment;
+    };
+
     static void destroyOnOwnThread(GTMHTTPFetcher* fetcher);
+    void post(std::function<void()> function); // runs on the fetcher's thread, through the event loop; any thread
+    void shareSettings(const QSharedDataPointer<FetchSettings>& settings);
+    const FetchSettings& settings() const { return *settings_; } // reading through settings_ may copy
+    std::shared_ptr<GTMCookieStorage> cookieStorage() const;
 
     // Beginning (GTMHTTPFetcherBegin.cpp)
-    bool begin(QObject* context, Gate::Function callback);
-    Gate makeGate(QObject* context, Gate::Function callback);
+    QObject* callbackContext(QObject* context) const;
+    bool begin(QObject* context, Gate gate);
     void beginQueuedFetchSoon(); // the service has made room; any thread
     bool beginFetchMayDelay(bool mayDelay, bool mayAuthorize);
     bool sendRequest(bool mayAuthorize);
@@ -282,69 +307,38 @@ private:
     void runCallback(std::function<void()> callback);
 
     URLRequest request_;
-    URLRequest wireRequest_; // of the running attempt: the request with cookies and conditions
-    std::optional<HTTPResponse> response_;
-    std::unique_ptr<URLConnection> connection_;
+    QSharedDataPointer<FetchSettings> settings_;
+    std::shared_ptr<Authorizer> authorizer_;
+    QString downloadPath_;
+    std::optional<qint64> postStreamStart_;
+    RetryPolicy retry_;
+    int servicePriority_ = 0;
+    unsigned retryCount_ = 0;
+
     State state_ = State::idle;
     bool isStopNotificationNeeded_ = false;
-    std::shared_ptr<GTMHTTPFetcher> keptAlive_; // itself, from begin to end
+    bool hasAttemptedAuthRefresh_ = false;
+    bool shouldDeferResponseBodyLogging_ = false;
+    bool isURLSecret_ = false;
 
-    const std::shared_ptr<Mailbox> mailbox_; // for what other threads have to say
+    std::weak_ptr<GTMHTTPFetcherService> service_;
+    std::shared_ptr<GTMHTTPFetcherService> throttle_; // holds a place, or waits for one, in this service's queue
+    std::shared_ptr<GTMHTTPFetcher> keptAlive_;       // itself, from begin to end
 
-    mutable std::mutex callbackMutex_; // guards the two below; stopFetching() reads them on any thread
+    mutable std::mutex mutex_; // guards the three below, which other threads use
+    QList<std::function<void()>> posted_;
     Gate gate_;
     quint64 generation_ = 0;                 // how often the fetch was begun
     std::shared_ptr<Mailbox> delegateWatch_; // with a delegate queue: the callback still dies with its delegate
     std::shared_ptr<Mailbox> queueMailbox_;  // of the delegate queue
 
-    std::optional<Credential> credential_;
-    std::optional<Credential> proxyCredential_;
-    MaybeError connectionError_; // found in a connection's callback, in place of what the connection will say
-    std::shared_ptr<Authorizer> authorizer_;
-    CompletionTicket authorization_;
-    bool hasAttemptedAuthRefresh_ = false;
-    QStringList allowedInsecureSchemes_;
-    bool allowLocalhostRequest_ = false;
-
-    QString downloadPath_;
-    std::unique_ptr<DownloadFile> downloadFile_;
-    QByteArray downloadedData_;
-    qint64 downloadedLength_ = 0;
-    std::optional<qint64> postStreamStart_;
-
-    std::weak_ptr<GTMHTTPFetcherService> service_;
-    std::shared_ptr<GTMHTTPFetcherService> throttle_; // holds a place, or waits for one, in this service's queue
-    int servicePriority_ = 0;
-    std::shared_ptr<GTMHTTPFetchHistory> fetchHistory_;
-    std::shared_ptr<GTMCookieStorage> cookieStorage_;
-    CookieStorageMethod cookieStorageMethod_ = CookieStorageMethod::fetcherStatic;
-
-    QObject* delegateQueue_ = nullptr;
-    URLConnectionFactory connectionClass_;
-    std::shared_ptr<TimeSource> timeSource_;
-    std::shared_ptr<FetchLogger> logger_;
-    bool shouldDeferResponseBodyLogging_ = false;
-    std::optional<FetchRecord> deferredRecord_;
-    SentDataBlock sentDataBlock_;
-    SentDataSelector sentDataSelector_;
-    ReceivedDataBlock receivedDataBlock_;
-    ReceivedDataSelector receivedDataSelector_;
-
-    RetryPolicy retry_;
-    unsigned retryCount_ = 0;
-    std::unique_ptr<Timer> retryTimer_;
-    RetryBlock retryBlock_;
-    RetrySelector retrySelector_;
+    Lazy<FetchAttempt> attempt_;
+    Lazy<Reply> reply_;
+    Lazy<Hooks> hooks_;
+    Lazy<Luggage> luggage_;
+    std::unique_ptr<FetchRecord> deferredRecord_;
     QDateTime initialRequestDate_;
     std::chrono::milliseconds initialRequestTime_{0}; // the same moment on the clock that only goes forward
-    QDateTime attemptDate_;
-    std::chrono::milliseconds attemptTime_{0};
-    QUrl originalURL_;
-
-    QVariantMap properties_;
-    QVariant userData_;
-    QString comment_;
-    bool isURLSecret_ = false;
 };
 
 } // namespace quenby

@@ -2,7 +2,7 @@
 #include "http/GTMHTTPFetcher.h"
 
 #include "http/CurlConnection.h"
-#include "http/DownloadFile.h"
+#include "http/FetchAttempt.h"
 #include "http/GTMCookieStorage.h"
 #include "http/GTMHTTPFetchHistory.h"
 #include "http/GTMHTTPFetcherService.h"
@@ -29,31 +29,41 @@ bool isLocalhost(const QString& host) {
 bool GTMHTTPFetcher::beginFetchWithDelegate(QObject* delegate, FinishSelector didFinish) {
     if (!delegate || !didFinish)
         return begin(nullptr, {});
-    return begin(delegate, [didFinish = std::move(didFinish)](const std::shared_ptr<GTMHTTPFetcher>& fetcher,
-                                                              const QByteArray& data, const MaybeError& error) {
-        didFinish(*fetcher, data, error);
-    });
+    return begin(delegate, Gate(callbackContext(delegate),
+                                [didFinish = std::move(didFinish)](const std::shared_ptr<GTMHTTPFetcher>& fetcher,
+                                                                   const QByteArray& data, const MaybeError& error) {
+                                    didFinish(*fetcher, data, error);
+                                }));
 }
 
 bool GTMHTTPFetcher::beginFetchWithCompletionHandler(QObject* context, CompletionHandler handler) {
     if (!context || !handler)
         return begin(nullptr, {});
-    return begin(context, [handler = std::move(handler)](const std::shared_ptr<GTMHTTPFetcher>&, const QByteArray& data,
-                                                         const MaybeError& error) { handler(data, error); });
+    return begin(context,
+                 Gate(callbackContext(context),
+                      [handler = std::move(handler)](const std::shared_ptr<GTMHTTPFetcher>&, const QByteArray& data,
+                                                     const MaybeError& error) { handler(data, error); }));
 }
 
-bool GTMHTTPFetcher::begin(QObject* context, Gate::Function callback) {
+// A begin that fails because the fetch runs already is no business of the delegate queue, which is that fetch's.
+QObject* GTMHTTPFetcher::callbackContext(QObject* context) const {
+    return delegateQueue() && !isFetching() ? delegateQueue() : context;
+}
+
+bool GTMHTTPFetcher::begin(QObject* context, Gate gate) {
     if (isFetching()) {
-        // The second begin fails; the fetch that runs is none of its business.
-        Gate(context, std::move(callback))
-            .deliver(shared_from_this(), QByteArray(),
+        gate.deliver(shared_from_this(), QByteArray(),
                      couldNotBegin(QStringLiteral("The fetch is running already. Wait for its end or stop it first.")));
         return false;
     }
-    queueMailbox_ = delegateQueue_ ? Mailbox::forContext(delegateQueue_) : nullptr;
-    Gate gate = makeGate(context, std::move(callback));
+    queueMailbox_ = delegateQueue() ? Mailbox::forContext(delegateQueue()) : nullptr;
+    delegateWatch_ = queueMailbox_ && context
+                         ? Mailbox::forContext(context, [ticket = gate.ticket()] { ticket.cancel(); })
+                         : nullptr;
+    if (!gate) // there is always one, so that one ticket tells for every callback whether it may still run
+        gate = Gate(this, [](const auto&...) {});
     {
-        const std::lock_guard lock(callbackMutex_);
+        const std::lock_guard lock(mutex_);
         std::swap(gate_, gate);
         ++generation_;
     }
@@ -61,22 +71,10 @@ bool GTMHTTPFetcher::begin(QObject* context, Gate::Function callback) {
     return beginFetch();
 }
 
-// There is always a gate, so that one ticket tells for every callback whether it may still run.
-GTMHTTPFetcher::Gate GTMHTTPFetcher::makeGate(QObject* context, Gate::Function callback) {
-    delegateWatch_ = nullptr;
-    if (!context)
-        return Gate(this, [](const auto&...) {});
-    if (!delegateQueue_)
-        return Gate(context, std::move(callback));
-    Gate gate(delegateQueue_, std::move(callback));
-    delegateWatch_ = Mailbox::forContext(context, [ticket = gate.ticket()] { ticket.cancel(); });
-    return gate;
-}
-
 bool GTMHTTPFetcher::beginRequest() { return beginFetchMayDelay(true, true); }
 
 void GTMHTTPFetcher::beginQueuedFetchSoon() {
-    mailbox_->post([self = shared_from_this()] {
+    post([self = shared_from_this()] {
         // It may have been stopped meanwhile, or even begun anew and queued again.
         if (self->state_ == State::queued && self->throttle_ && !self->throttle_->isDelayingFetcher(*self))
             self->beginFetchMayDelay(false, true);
@@ -89,10 +87,8 @@ bool GTMHTTPFetcher::beginFetchMayDelay(bool mayDelay, bool mayAuthorize) {
         return failToBegin(couldNotBegin(QStringLiteral("The request has no valid address.")));
     if (const MaybeError error = schemeError())
         return failToBegin(*error);
-    downloadedData_ = QByteArray();
-    downloadedLength_ = 0;
-    response_.reset();
-    connectionError_.reset();
+    attempt_.reset();
+    reply_.reset();
 
     if (const auto service = service_.lock(); mayDelay && service) {
         state_ = State::queued;
@@ -128,8 +124,8 @@ MaybeError GTMHTTPFetcher::schemeError() const {
     if (isScheme(url, QStringLiteral("https")))
         return std::nullopt;
     const bool isLocal = isLocalhost(url.host());
-    const bool isAllowed = isLocal ? allowLocalhostRequest_
-                                   : std::any_of(allowedInsecureSchemes_.begin(), allowedInsecureSchemes_.end(),
+    const bool isAllowed = isLocal ? allowLocalhostRequest()
+                                   : std::any_of(allowedInsecureSchemes().begin(), allowedInsecureSchemes().end(),
                                                  [&url](const QString& allowed) { return isScheme(url, allowed); });
     if (isAllowed)
         return std::nullopt;
@@ -160,11 +156,11 @@ bool GTMHTTPFetcher::rewindPostStream() {
 bool GTMHTTPFetcher::beginAuthorizing() {
     state_ = State::authorizing;
     const quint64 generation = generation_;
-    authorization_ = authorizer_->authorizeRequest(
+    attempt_.write().authorization = authorizer_->authorizeRequest(
         request_, this, [this, generation](const URLRequest& authorized, const MaybeError& error) {
             if (!isCurrent(generation) || state_ != State::authorizing)
                 return;
-            authorization_ = {};
+            attempt_.reset();
             if (error) {
                 failToBegin(*error);
                 return;
@@ -177,41 +173,42 @@ bool GTMHTTPFetcher::beginAuthorizing() {
 
 // What one attempt sends is a copy: cookies and conditions are worked out anew for each.
 void GTMHTTPFetcher::prepareWireRequest() {
-    wireRequest_ = request_;
-    if (fetchHistory_)
-        fetchHistory_->updateRequest(wireRequest_,
-                                     wireRequest_.isReadOnly() && wireRequest_.effectiveMethod() == "GET");
-    addCookies(wireRequest_);
-    if (logger_ && wireRequest_.bodyStream)
-        wireRequest_.bodyStream = logger_->willSendStream(wireRequest_.bodyStream);
-    originalURL_ = wireRequest_.url;
+    URLRequest& wire = attempt_.write().wireRequest;
+    wire = request_;
+    if (const auto& history = settings().fetchHistory)
+        history->updateRequest(wire, wire.isReadOnly() && wire.effectiveMethod() == "GET");
+    addCookies(wire);
+    if (logger() && wire.bodyStream)
+        wire.bodyStream = logger()->willSendStream(wire.bodyStream);
+    attempt_.write().originalURL = wire.url;
 }
 
 MaybeError GTMHTTPFetcher::prepareDownloadFile() {
-    downloadFile_ = nullptr;
     if (downloadPath_.isEmpty())
         return std::nullopt;
     auto file = DownloadFile::create(downloadPath_);
     if (!file)
         return file.error();
-    downloadFile_ = std::move(*file);
+    attempt_.write().downloadFile = std::move(*file);
     return std::nullopt;
 }
 
 bool GTMHTTPFetcher::startConnection() {
-    connection_ =
-        connectionClass_ ? connectionClass_(wireRequest_, *this) : CurlConnection::create(wireRequest_, *this);
-    if (!connection_)
+    FetchAttempt& attempt = attempt_.write();
+    const auto& create = connectionClass();
+    attempt.connection =
+        create ? create(attempt.wireRequest, *this) : CurlConnection::create(attempt.wireRequest, *this);
+    if (!attempt.connection)
         return false;
-    attemptTime_ = timeSource_->elapsed();
-    attemptDate_ = timeSource_->now();
+    attempt.time = timeSource()->elapsed();
+    attempt.date = timeSource()->now();
     if (initialRequestDate_.isNull()) {
-        initialRequestDate_ = attemptDate_;
-        initialRequestTime_ = attemptTime_;
+        initialRequestDate_ = attempt.date;
+        initialRequestTime_ = attempt.time;
     }
     state_ = State::connected;
     isStopNotificationNeeded_ = true;
-    connection_->start();
+    attempt.connection->start();
     qCDebug(httpLog, "%s", qUtf8Printable(requestDescription()));
     Q_EMIT notification(kGTMHTTPFetcherStartedNotification);
     return true;

@@ -1,7 +1,7 @@
 // GTMHTTPFetcher: the end of an attempt, the decision to retry, the delay before the next attempt, and stopping.
 #include "http/GTMHTTPFetcher.h"
 
-#include "http/DownloadFile.h"
+#include "http/FetchAttempt.h"
 #include "http/GTMHTTPFetcherService.h"
 #include "http/HTTPLog.h"
 
@@ -10,26 +10,26 @@ namespace quenby {
 bool GTMHTTPFetcher::isCurrent(quint64 generation) const { return keptAlive_ && generation_ == generation; }
 
 void GTMHTTPFetcher::attemptDidFail(const Error& error) {
-    connection_ = nullptr;
+    attempt_.write().connection = nullptr;
     const bool hasRefreshed = refreshAuthorization();
     if (!mayRetry(hasRefreshed)) {
         attemptDidEnd(error, false);
         return;
     }
     const bool suggestion = hasRefreshed || isRetryError(error);
-    if (!queueMailbox_ || (!retrySelector_ && !retryBlock_)) {
+    if (!queueMailbox_ || (!retrySelector() && !retryBlock())) {
         attemptDidEnd(error, askRetryHooks(suggestion, error));
         return;
     }
     // The hooks answer on the delegate queue's thread; until then the fetch is between two attempts.
     state_ = State::deciding;
     queueMailbox_->post([self = shared_from_this(), ticket = callbackTicket(), generation = generation_,
-                         selector = retrySelector_, block = retryBlock_, suggestion, error] {
+                         selector = retrySelector(), block = retryBlock(), suggestion, error] {
         if (!ticket.isPending())
             return;
         bool retry = selector ? selector(*self, suggestion, error) : suggestion;
         retry = block ? block(retry, error) : retry;
-        self->mailbox_->post([self, generation, retry, error] {
+        self->post([self, generation, retry, error] {
             if (self->isCurrent(generation) && self->state_ == State::deciding)
                 self->attemptDidEnd(error, retry);
         });
@@ -39,8 +39,8 @@ void GTMHTTPFetcher::attemptDidFail(const Error& error) {
 // A refused access token is replaced once in a fetcher's life.
 bool GTMHTTPFetcher::refreshAuthorization() {
     constexpr int unauthorized = 401;
-    if (!authorizer_ || !response_ || response_->statusCode != unauthorized || hasAttemptedAuthRefresh_ ||
-        !authorizer_->primeForRefresh(wireRequest_))
+    if (!authorizer_ || !response() || response()->statusCode != unauthorized || hasAttemptedAuthRefresh_ ||
+        !authorizer_->primeForRefresh(attempt_->wireRequest))
         return false;
     hasAttemptedAuthRefresh_ = true;
     request_.headers.remove("Authorization");
@@ -50,12 +50,12 @@ bool GTMHTTPFetcher::refreshAuthorization() {
 bool GTMHTTPFetcher::mayRetry(bool hasRefreshedAuthorization) const {
     if (request_.bodyStream && request_.bodyStream->isSequential())
         return false; // its bytes are gone
-    return hasRefreshedAuthorization || retry_.allowsRetry(timeSource_->elapsed() - initialRequestTime_);
+    return hasRefreshedAuthorization || retry_.allowsRetry(timeSource()->elapsed() - initialRequestTime_);
 }
 
 bool GTMHTTPFetcher::askRetryHooks(bool suggestedWillRetry, const Error& error) {
-    const auto selector = retrySelector_; // copies: a hook may stop the fetch, which releases both
-    const auto block = retryBlock_;
+    const auto selector = retrySelector(); // copies: a hook may stop the fetch, which releases both
+    const auto block = retryBlock();
     const bool willRetry = selector ? selector(*this, suggestedWillRetry, error) : suggestedWillRetry;
     return block ? block(willRetry, error) : willRetry;
 }
@@ -74,14 +74,16 @@ void GTMHTTPFetcher::attemptDidEnd(const MaybeError& error, bool willRetry) {
         return;
     }
     stopFetch(ReleaseCallbacks::no);
-    requestDidEnd(downloadedData_, error);
+    const QByteArray data = downloadedData(); // its own: whoever hears of the end may begin the next fetch
+    requestDidEnd(data, error);
 }
 
 void GTMHTTPFetcher::beginRetryTimer() {
-    connection_ = nullptr;
+    FetchAttempt& attempt = attempt_.write();
+    attempt.connection = nullptr;
     state_ = State::retryDelay;
-    const auto retryAfter = retryAfterSeconds(responseHeaders(), timeSource_->now());
-    retryTimer_ = timeSource_->startTimer(retry_.takeDelay(retryAfter), [this] { retryTimerFired(); });
+    const auto retryAfter = retryAfterSeconds(responseHeaders(), timeSource()->now());
+    attempt.retryTimer = timeSource()->startTimer(retry_.takeDelay(retryAfter), [this] { retryTimerFired(); });
     Q_EMIT notification(kGTMHTTPFetcherRetryDelayStartedNotification);
 }
 
@@ -98,9 +100,9 @@ void GTMHTTPFetcher::retryTimerFired() {
 }
 
 void GTMHTTPFetcher::destroyRetryTimer() {
-    if (!retryTimer_)
+    if (!attempt_->retryTimer)
         return;
-    retryTimer_ = nullptr;
+    attempt_.write().retryTimer = nullptr;
     Q_EMIT notification(kGTMHTTPFetcherRetryDelayStoppedNotification);
 }
 
@@ -117,28 +119,22 @@ void GTMHTTPFetcher::stopFetch(ReleaseCallbacks release) {
     if (release == ReleaseCallbacks::yes)
         stopSubFetches();
     destroyRetryTimer();
-    if (connection_) {
-        connection_->cancel();
-        connection_ = nullptr;
+    if (attempt_->connection) {
+        attempt_->connection->cancel();
+        attempt_.write().connection = nullptr;
     }
     state_ = State::idle;
     postStopNotification();
     if (generation_ != generation)
         return; // a listener has begun the next fetch, to which all the rest belongs now
-    authorization_.cancel();
-    authorization_ = {};
+    attempt_->authorization.cancel();
+    attempt_.reset();
     if (release == ReleaseCallbacks::yes) {
-        sentDataSelector_ = nullptr;
-        sentDataBlock_ = nullptr;
-        receivedDataSelector_ = nullptr;
-        receivedDataBlock_ = nullptr;
-        retrySelector_ = nullptr;
-        retryBlock_ = nullptr;
+        hooks_.reset();
         authorizer_ = nullptr;
         keptAlive_ = nullptr;
         givePlaceBack();
     }
-    downloadFile_ = nullptr;
 }
 
 void GTMHTTPFetcher::givePlaceBack() {
@@ -155,29 +151,29 @@ void GTMHTTPFetcher::postStopNotification() {
 
 void GTMHTTPFetcher::logAttempt(const MaybeError& error, bool willRetry) {
     logDeferredRecord();
-    if (!logger_)
+    if (!logger())
         return;
-    FetchRecord record;
-    record.comment = comment_;
-    record.started = attemptDate_;
-    record.duration = timeSource_->elapsed() - attemptTime_;
-    record.originalURL = originalURL_;
-    record.request = wireRequest_;
+    deferredRecord_ = std::make_unique<FetchRecord>();
+    FetchRecord& record = *deferredRecord_;
+    record.comment = comment();
+    record.started = attempt_->date;
+    record.duration = timeSource()->elapsed() - attempt_->time;
+    record.originalURL = attempt_->originalURL;
+    record.request = attempt_->wireRequest;
     record.isURLSecret = isURLSecret_;
     record.willRetry = willRetry;
-    record.response = response_;
-    record.responseBody = downloadedData_;
-    record.responseLength = downloadedLength_;
+    record.response = response();
+    record.responseBody = downloadedData();
+    record.responseLength = downloadedLength();
     record.error = error;
-    deferredRecord_ = record;
     if (!shouldDeferResponseBodyLogging_)
         logDeferredRecord();
 }
 
 void GTMHTTPFetcher::logDeferredRecord() {
-    const auto record = std::exchange(deferredRecord_, std::nullopt);
-    if (record && logger_)
-        logger_->attemptDidEnd(*record);
+    const auto record = std::exchange(deferredRecord_, nullptr);
+    if (record && logger())
+        logger()->attemptDidEnd(*record);
 }
 
 void GTMHTTPFetcher::setShouldDeferResponseBodyLogging(bool defer) {

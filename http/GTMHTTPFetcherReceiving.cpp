@@ -2,7 +2,7 @@
 #include "http/GTMHTTPFetcher.h"
 
 #include "core/Redaction.h"
-#include "http/DownloadFile.h"
+#include "http/FetchAttempt.h"
 #include "http/GTMCookieStorage.h"
 #include "http/GTMHTTPFetchHistory.h"
 #include "http/HTTPLog.h"
@@ -56,14 +56,14 @@ std::optional<URLRequest> GTMHTTPFetcher::connectionWillSendRequest(const URLReq
     storeCookies(redirectResponse);
     request_ = next;
     addCookies(next);
-    wireRequest_ = next;
+    attempt_.write().wireRequest = next;
     qCDebug(httpLog, "redirected to %s", qUtf8Printable(requestDescription()));
     return next;
 }
 
 std::optional<Credential> GTMHTTPFetcher::connectionDidReceiveChallenge(const AuthenticationChallenge& challenge) {
     constexpr int maxFailures = 3;
-    const auto& credential = challenge.isProxy ? proxyCredential_ : credential_;
+    const auto& credential = challenge.isProxy ? settings().proxyCredential : settings().credential;
     if (challenge.previousFailureCount < maxFailures && credential && !credential->isEmpty())
         return credential;
     const QString who = challenge.isProxy ? QStringLiteral("The proxy ") : QStringLiteral("The server ");
@@ -72,8 +72,9 @@ std::optional<Credential> GTMHTTPFetcher::connectionDidReceiveChallenge(const Au
                                 ? QStringLiteral(" refused the user name and password. Check them.")
                                 : QStringLiteral(" asks for a user name and a password, and none are set."));
     // What the connection says about being given up does not matter any more.
-    connectionError_ = Error(FetcherErrorCode::authenticationChallengeFailed,
-                             {{errorKey::challenge, QVariant::fromValue(challenge)}, {errorKey::reason, reason}});
+    attempt_.write().connectionError =
+        Error(FetcherErrorCode::authenticationChallengeFailed,
+              {{errorKey::challenge, QVariant::fromValue(challenge)}, {errorKey::reason, reason}});
     return std::nullopt;
 }
 
@@ -82,35 +83,36 @@ void GTMHTTPFetcher::connectionDidSendBodyData(qint64 bytes, qint64 totalBytes, 
 }
 
 void GTMHTTPFetcher::connectionDidReceiveResponse(const HTTPResponse& response) {
-    response_ = response;
-    downloadedData_ = QByteArray();
-    downloadedLength_ = 0;
+    reply_.write() = {response, QByteArray(), 0};
     storeCookies(response);
-    if (downloadFile_) {
-        connectionError_ = downloadFile_->truncate();
+    if (attempt_->downloadFile) {
+        FetchAttempt& attempt = attempt_.write();
+        attempt.connectionError = attempt.downloadFile->truncate();
     } else {
         const qint64 announced = response.headers.value("Content-Length").toLongLong();
-        downloadedData_.reserve(std::clamp(announced, qint64(0), maxReserve));
+        reply_.write().data.reserve(std::clamp(announced, qint64(0), maxReserve));
     }
 }
 
 // The body of an error answer is kept in memory even when the answer was to go into a file: it tells what went wrong.
-bool GTMHTTPFetcher::writesToFile() const { return downloadFile_ && statusCode() <= lastSuccess; }
+bool GTMHTTPFetcher::writesToFile() const { return attempt_->downloadFile && statusCode() <= lastSuccess; }
 
 bool GTMHTTPFetcher::connectionDidReceiveData(QByteArrayView data) {
-    if (connectionError_)
+    FetchAttempt& attempt = attempt_.write();
+    if (attempt.connectionError)
         return false;
+    Reply& reply = reply_.write();
     if (writesToFile())
-        connectionError_ = downloadFile_->write(data);
+        attempt.connectionError = attempt.downloadFile->write(data);
     else
-        downloadedData_.append(data);
-    if (connectionError_)
+        reply.data.append(data);
+    if (attempt.connectionError)
         return false;
-    downloadedLength_ += data.size();
-    if (receivedDataSelector_ || receivedDataBlock_) {
+    reply.length += data.size();
+    if (hooks_->receivedDataSelector || hooks_->receivedDataBlock) {
         // Copied: one of them may stop the fetch, which releases them.
-        runCallback([self = shared_from_this(), selector = receivedDataSelector_, block = receivedDataBlock_,
-                     received = downloadedData_] {
+        runCallback([self = shared_from_this(), selector = hooks_->receivedDataSelector,
+                     block = hooks_->receivedDataBlock, received = reply.data] {
             if (selector)
                 selector(*self, received);
             if (block)
@@ -122,15 +124,16 @@ bool GTMHTTPFetcher::connectionDidReceiveData(QByteArrayView data) {
 
 void GTMHTTPFetcher::connectionDidFinishLoading() {
     const auto self = shared_from_this();
-    MaybeError error = connectionError_;
+    FetchAttempt& attempt = attempt_.write();
+    MaybeError error = attempt.connectionError;
     if (!error)
         error = updateFetchHistory();
     if (!error && statusCode() > lastSuccess)
         error = statusError();
-    if (!error && downloadFile_) {
-        error = downloadFile_->moveIntoPlace();
+    if (!error && attempt.downloadFile) {
+        error = attempt.downloadFile->moveIntoPlace();
         if (!error)
-            downloadFile_ = nullptr;
+            attempt.downloadFile = nullptr;
     }
     if (error)
         attemptDidFail(*error);
@@ -139,40 +142,44 @@ void GTMHTTPFetcher::connectionDidFinishLoading() {
 }
 
 void GTMHTTPFetcher::connectionDidFailWithError(const Error& error) {
-    if (!connection_)
+    if (!attempt_->connection)
         return;
     const auto self = shared_from_this();
-    downloadedData_ = QByteArray(); // a failed connection delivers no part of a body
-    response_.reset();
-    attemptDidFail(connectionError_.value_or(error));
+    Reply& reply = reply_.write();
+    reply.data = QByteArray(); // a failed connection delivers no part of a body
+    reply.response.reset();
+    attemptDidFail(attempt_->connectionError.value_or(error));
 }
 
 // Remembers the answer, or answers a 304 with what is remembered.
 MaybeError GTMHTTPFetcher::updateFetchHistory() {
-    if (!fetchHistory_ || !response_)
+    const auto& history = settings().fetchHistory;
+    const URLRequest& asked = attempt_->wireRequest;
+    if (!history || !response())
         return std::nullopt;
     if (statusCode() == notModified) {
-        if (fetchHistory_->shouldCacheETaggedData()) {
-            const QByteArray cached = fetchHistory_->cachedDataForRequest(wireRequest_);
+        if (history->shouldCacheETaggedData()) {
+            const QByteArray cached = history->cachedDataForRequest(asked);
             if (!cached.isNull())
                 return useCachedData(cached);
         }
         return std::nullopt;
     }
-    if (downloadFile_)
-        fetchHistory_->removeCachedDataForRequest(wireRequest_);
+    if (attempt_->downloadFile)
+        history->removeCachedDataForRequest(asked);
     else
-        fetchHistory_->updateFetchHistoryWithRequest(wireRequest_, *response_, downloadedData_);
+        history->updateFetchHistoryWithRequest(asked, *response(), downloadedData());
     return std::nullopt;
 }
 
 MaybeError GTMHTTPFetcher::useCachedData(const QByteArray& data) {
     qCDebug(httpLog, "not modified, the remembered data is used");
-    response_->statusCode = 200;
-    downloadedLength_ = data.size();
-    if (downloadFile_)
-        return downloadFile_->write(data);
-    downloadedData_ = data;
+    Reply& reply = reply_.write();
+    reply.response->statusCode = 200;
+    reply.length = data.size();
+    if (attempt_->downloadFile)
+        return attempt_->downloadFile->write(data);
+    reply.data = data;
     return std::nullopt;
 }
 
@@ -180,8 +187,8 @@ Error GTMHTTPFetcher::statusError() const {
     const QString request = requestDescription();
     const QString reason = QStringLiteral("The server answered %1 to %2").arg(statusText(statusCode()), request);
     QVariantMap details{{errorKey::reason, reason}, {errorKey::request, request}};
-    if (!downloadedData_.isEmpty())
-        details.insert(errorKey::data, downloadedData_);
+    if (!downloadedData().isEmpty())
+        details.insert(errorKey::data, downloadedData());
     return Error(errorDomain::httpStatus, statusCode(), details);
 }
 
@@ -195,17 +202,19 @@ QString GTMHTTPFetcher::requestDescription() const {
 }
 
 void GTMHTTPFetcher::storeCookies(const HTTPResponse& response) {
-    if (!cookieStorage_)
+    const auto storage = cookieStorage();
+    if (!storage)
         return;
-    const auto cookies = parseSetCookieFields(response.headers, response.url, timeSource_->now());
+    const auto cookies = parseSetCookieFields(response.headers, response.url, timeSource()->now());
     if (!cookies.isEmpty())
-        cookieStorage_->setCookies(cookies);
+        storage->setCookies(cookies);
 }
 
 void GTMHTTPFetcher::addCookies(URLRequest& request) const {
-    if (!cookieStorage_)
+    const auto storage = cookieStorage();
+    if (!storage)
         return;
-    const QByteArray stored = cookieStorage_->cookieHeaderForURL(request.url);
+    const QByteArray stored = storage->cookieHeaderForURL(request.url);
     if (stored.isEmpty())
         return;
     const QByteArray own = request.headers.value("Cookie");

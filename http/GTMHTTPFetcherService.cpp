@@ -16,7 +16,11 @@ std::shared_ptr<GTMHTTPFetcherService> GTMHTTPFetcherService::create(std::shared
 
 GTMHTTPFetcherService::GTMHTTPFetcherService(std::shared_ptr<TimeSource> timeSource)
     : timeSource_(std::move(timeSource))
-    , fetchHistory_(std::make_shared<GTMHTTPFetchHistory>(timeSource_)) {}
+    , fetchHistory_(std::make_shared<GTMHTTPFetchHistory>(timeSource_)) {
+    settings_.shared->timeSource = timeSource_;
+    settings_.shared->fetchHistory = fetchHistory_;
+    settings_.shared->cookieStorageMethod = CookieStorageMethod::fetchHistory;
+}
 
 std::shared_ptr<GTMHTTPFetcher> GTMHTTPFetcherService::fetcherWithRequest(const URLRequest& request) {
     auto fetcher = GTMHTTPFetcher::fetcherWithRequest(request);
@@ -26,19 +30,8 @@ std::shared_ptr<GTMHTTPFetcher> GTMHTTPFetcherService::fetcherWithRequest(const 
 
 void GTMHTTPFetcherService::applySettings(GTMHTTPFetcher& fetcher) {
     const Settings given = settings();
-    fetcher.setTimeSource(timeSource_);
-    fetcher.setFetchHistory(fetchHistory_);
-    fetcher.setDelegateQueue(given.delegateQueue);
-    fetcher.setCookieStorageMethod(given.cookieStorageMethod);
-    if (given.credential)
-        fetcher.setCredential(*given.credential);
-    if (given.proxyCredential)
-        fetcher.setProxyCredential(*given.proxyCredential);
-    fetcher.setAllowedInsecureSchemes(given.allowedInsecureSchemes);
-    fetcher.setAllowLocalhostRequest(given.allowLocalhostRequest);
+    fetcher.shareSettings(given.shared);
     fetcher.setAuthorizer(given.authorizer);
-    fetcher.setConnectionClass(given.connectionClass);
-    fetcher.setLogger(given.logger);
     fetcher.setService(shared_from_this());
     URLRequest& request = fetcher.mutableRequest();
     if (!given.userAgent.isEmpty() && !request.headers.contains("User-Agent"))
@@ -60,6 +53,14 @@ void GTMHTTPFetcherService::set(Value Settings::*setting, Value value) {
     std::swap(settings_.*setting, value); // the old value goes after the lock does
 }
 
+template <typename Value>
+void GTMHTTPFetcherService::set(Value FetchSettings::*setting, Value value) {
+    QSharedDataPointer<FetchSettings> replaced; // goes after the lock does
+    const std::lock_guard lock(mutex_);
+    replaced = settings_.shared;
+    settings_.shared.data()->*setting = std::move(value); // in a copy: fetchers keep what they were given
+}
+
 void GTMHTTPFetcherService::setMaxRunningFetchersPerHost(unsigned count) {
     set(&Settings::maxRunningFetchersPerHost, count);
 }
@@ -72,24 +73,24 @@ void GTMHTTPFetcherService::setUserAgent(const QByteArray& userAgent) { set(&Set
 QByteArray GTMHTTPFetcherService::userAgent() const { return settings().userAgent; }
 void GTMHTTPFetcherService::setTimeout(std::chrono::milliseconds timeout) { set(&Settings::timeout, timeout); }
 void GTMHTTPFetcherService::setAllowedInsecureSchemes(const QStringList& schemes) {
-    set(&Settings::allowedInsecureSchemes, schemes);
+    set(&FetchSettings::allowedInsecureSchemes, schemes);
 }
-void GTMHTTPFetcherService::setAllowLocalhostRequest(bool allow) { set(&Settings::allowLocalhostRequest, allow); }
+void GTMHTTPFetcherService::setAllowLocalhostRequest(bool allow) { set(&FetchSettings::allowLocalhostRequest, allow); }
 void GTMHTTPFetcherService::setCookieStorageMethod(CookieStorageMethod method) {
-    set(&Settings::cookieStorageMethod, method);
+    set(&FetchSettings::cookieStorageMethod, method);
 }
 void GTMHTTPFetcherService::setCredential(const Credential& credential) {
-    set(&Settings::credential, std::optional(credential));
+    set(&FetchSettings::credential, std::optional(credential));
 }
 void GTMHTTPFetcherService::setProxyCredential(const Credential& credential) {
-    set(&Settings::proxyCredential, std::optional(credential));
+    set(&FetchSettings::proxyCredential, std::optional(credential));
 }
-void GTMHTTPFetcherService::setDelegateQueue(QObject* queue) { set(&Settings::delegateQueue, queue); }
+void GTMHTTPFetcherService::setDelegateQueue(QObject* queue) { set(&FetchSettings::delegateQueue, queue); }
 void GTMHTTPFetcherService::setConnectionClass(URLConnectionFactory factory) {
-    set(&Settings::connectionClass, std::move(factory));
+    set(&FetchSettings::connectionClass, std::move(factory));
 }
 void GTMHTTPFetcherService::setLogger(std::shared_ptr<FetchLogger> logger) {
-    set(&Settings::logger, std::move(logger));
+    set(&FetchSettings::logger, std::move(logger));
 }
 
 void GTMHTTPFetcherService::setShouldRememberETags(bool remember) { fetchHistory_->setShouldRememberETags(remember); }
@@ -150,6 +151,7 @@ bool GTMHTTPFetcherService::waitForCompletionOfAllFetchersWithTimeout(std::chron
     while (numberOfFetchers() > 0 || std::any_of(seen.begin(), seen.end(), hasToCallBack)) {
         if (deadline.hasExpired())
             return false;
+        QCoreApplication::sendPostedEvents(); // a loop inside another, on GLib, leaves what is posted to the outer one
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     return true;

@@ -76,20 +76,15 @@ private:
         std::shared_ptr<Authorizer> authorizer;
         QByteArray userAgent;
         std::chrono::milliseconds timeout{0};
-        QStringList allowedInsecureSchemes;
-        bool allowLocalhostRequest = false;
-        CookieStorageMethod cookieStorageMethod = CookieStorageMethod::fetchHistory;
-        std::optional<Credential> credential;
-        std::optional<Credential> proxyCredential;
-        QObject* delegateQueue = nullptr;
-        URLConnectionFactory connectionClass;
-        std::shared_ptr<FetchLogger> logger;
+        QSharedDataPointer<FetchSettings> shared{new FetchSettings};
     };
 
     explicit GTMHTTPFetcherService(std::shared_ptr<TimeSource> timeSource);
     Settings settings() const;
     template <typename Value>
     void set(Value Settings::*setting, Value value);
+    template <typename Value>
+    void set(Value FetchSettings::*setting, Value value);
 
     const std::shared_ptr<TimeSource> timeSource_;
     const std::shared_ptr<GTMHTTPFetchHistory> fetchHistory_;

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# The main road, walked once: demo.sh BIN. Everything lies under build/demo/, nothing in the user's own folders.
+# The main road, walked once on the command line and once in each kind of desktop: demo.sh BIN. Everything lies under
+# build/demo/, nothing in the user's own folders.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 bin=$1
@@ -37,6 +38,19 @@ changes=$("$bin/quenby" changes --local)
 printf '%s\n' "$changes"
 grep -q 'Hello.txt' <<<"$changes" || { echo "The change list does not show the file." >&2; exit 1; }
 
+end_local_drive
+
+# desktop_walk WALK PANEL WHAT
+desktop_walk() {
+    step "The desktop program, $3"
+    scripts/desktop/session.sh --panel "$2" --keyring unlocked --notifications dunst --home "$home/$1" -- \
+        scripts/desktop/walk.sh "$1" "$bin" "$home"
+}
+desktop_walk xfce4 xfce4 "its status item in a tray (StatusNotifierItem)"
+desktop_walk tint2 tint2 "its status item in a tray (XEmbed)"
+desktop_walk strip none "its status item on a strip, where there is no tray"
+
 step "Done"
-echo "Signed in, uploaded Hello.txt, and saw it arrive in the change list."
+echo "Signed in, uploaded files, and saw them arrive, on the command line and in three desktops."
+echo "The pictures: build/demo/agent-*.png"
 echo "Try it yourself:  ./run upload FILE... --local     ./run changes --local     ./run --help"

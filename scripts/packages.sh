@@ -1,9 +1,16 @@
 # The Debian packages of each kind of work, and how they come onto a machine. Sourced, not run.
 
+# libsecret: the keychain's library loads it when the program runs.
 packages_build="g++ cmake ninja-build pkg-config ccache mold
-  qt6-base-dev libqt6sql6-sqlite libcurl4-openssl-dev libsimdjson-dev libcpp-httplib-dev libssl-dev"
-packages_test="$packages_build clang libclang-rt-dev openssl curl ca-certificates"
-packages_bench="$packages_build libbenchmark-dev openssl curl python3 valgrind"
+  qt6-base-dev libqt6sql6-sqlite qt6-webengine-dev qtkeychain-qt6-dev libsecret-1-0 libxcb1-dev
+  libcurl4-openssl-dev libsimdjson-dev libcpp-httplib-dev libssl-dev"
+# What scripts/desktop/ starts, and what drives and photographs it.
+packages_desktop="xvfb xkb-data libgl1-mesa-dri openbox xfce4-panel xfconf tint2 dunst xfce4-notifyd
+  dbus libglib2.0-bin gnome-keyring gcr libsecret-tools
+  fonts-dejavu-core adwaita-icon-theme hicolor-icon-theme librsvg2-common
+  xdotool x11-utils x11-xserver-utils imagemagick"
+packages_test="$packages_build $packages_desktop clang libclang-rt-dev openssl curl ca-certificates"
+packages_bench="$packages_build $packages_desktop libbenchmark-dev openssl curl python3 valgrind"
 packages_format="clang-format"
 
 # need_packages LIST: installs what is missing, as root or with sudo; says what to type when it can do neither.

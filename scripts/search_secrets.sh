@@ -10,7 +10,7 @@ if [ "$count" -eq 0 ]; then
     exit 0
 fi
 # The search itself is tried first: it must find a secret in a text that holds one.
-if ! sed 's/^/before /; s/$/ after/' "$secrets" | grep -qFf "$secrets"; then
+if [ "$(sed 's/^/before /; s/$/ after/' "$secrets" | grep -cFf "$secrets")" -ne "$count" ]; then
     echo "Secrets: the search finds nothing at all; it is broken." >&2
     exit 1
 fi

@@ -3,13 +3,31 @@
 #include "app/cli/DisplayText.h"
 #include "driveapi/GTLDriveAbout.h"
 
+#include <QtNumeric>
+
+#include <algorithm>
+#include <limits>
+
 namespace quenby {
+namespace {
+
+// In single precision, and a number that people can read whatever the server says.
+int percentOf(qint64 used, qint64 total) {
+    constexpr float most = 999'999;
+    if (total <= 0)
+        return 0;
+    return static_cast<int>(std::clamp(static_cast<float>(used) * 100 / static_cast<float>(total), 0.0F, most));
+}
+
+} // namespace
 
 qint64 bytesUsed(const GTLDriveAbout& about) {
     qint64 used = 0;
     if (const auto services = about.quotaBytesByService()) {
-        for (const auto& service : *services)
-            used += service->bytesUsed();
+        for (const auto& service : *services) {
+            if (qAddOverflow(used, service->bytesUsed(), &used))
+                return std::numeric_limits<qint64>::max();
+        }
     }
     return used;
 }
@@ -20,11 +38,11 @@ AccountSummary accountSummary(const GTLDriveAbout& about) {
         summary.displayName = user->displayName();
         summary.emailAddress = user->emailAddress();
     }
-    const qint64 total = about.quotaBytesTotal();
-    summary.getBytesTotal = byteCountText(total);
-    const float percent =
-        total > 0 ? static_cast<float>(bytesUsed(about)) * 100 / static_cast<float>(total) : 0; // in single precision
-    summary.getBytesUsed = QString::number(static_cast<qint64>(percent)) + QLatin1Char('%');
+    // Without a limit, the total means nothing.
+    const bool isLimited = about.quotaType() != QLatin1String("UNLIMITED");
+    const qint64 total = isLimited ? std::max<qint64>(about.quotaBytesTotal(), 0) : 0;
+    summary.getBytesTotal = isLimited ? byteCountText(total) : QStringLiteral("unlimited storage");
+    summary.getBytesUsed = QString::number(percentOf(bytesUsed(about), total)) + QLatin1Char('%');
     return summary;
 }
 

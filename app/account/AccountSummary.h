@@ -7,8 +7,8 @@ namespace quenby {
 
 class GTLDriveAbout;
 
-// The total as a byte count ("15 GB"), and the share of it that all services use together as a whole number of percent
-// ("37%"; "0%" of a total of 0).
+// The total as a byte count ("15 GB", or "unlimited storage"), and the share of it that all services use together as a
+// whole number of percent ("37%"; "0%" of a total of 0, and of no limit).
 AccountSummary accountSummary(const GTLDriveAbout& about);
 
 // Bytes used by all services together.

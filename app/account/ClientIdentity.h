@@ -4,10 +4,19 @@
 
 #include <QString>
 
-namespace quenby::clientIdentity {
+namespace quenby {
 
-inline const QString clientID =
-    QStringLiteral("123456789012-abcdefghijklmnopqrstuvwxyz012345.apps.googleusercontent.com");
-inline const QString clientSecret = QStringLiteral("Xq7vK2mPz9LwR4tB-HsYn3Jc");
+class Defaults;
 
-} // namespace quenby::clientIdentity
+struct ClientIdentity {
+    QString clientID;
+    QString clientSecret;
+
+    // The one that comes with the program.
+    static ClientIdentity ofTheProgram();
+    // $QUENBY_CLIENT_ID with $QUENBY_CLIENT_SECRET, else the settings `clientID` with `clientSecret`, else the
+    // program's own. An identifier without its secret stands for a client that has none.
+    static ClientIdentity chosen(const Defaults& defaults);
+};
+
+} // namespace quenby

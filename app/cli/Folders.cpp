@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 
 #include <sys/stat.h>
 
@@ -30,6 +31,20 @@ QByteArray baseFolder(const char* variable, const char* belowHome) {
 QByteArray stateFolder() { return baseFolder("XDG_STATE_HOME", "/.local/state") + "/quenby"; }
 
 QByteArray defaultLocalDriveFolder() { return baseFolder("XDG_DATA_HOME", "/.local/share") + "/quenby/local-drive"; }
+
+// In bytes throughout: the working folder's path need not be text.
+QByteArray absolutePath(const QByteArray& path) {
+    if (path.startsWith('/'))
+        return path;
+    std::error_code removed;
+    const auto folder = std::filesystem::current_path(removed);
+    return QByteArray::fromStdString(folder.native()) + '/' + path;
+}
+
+bool isThere(const QByteArray& path) {
+    struct stat status {};
+    return lstat(path.constData(), &status) == 0;
+}
 
 QByteArray folderOf(const QByteArray& path) {
     const QByteArray trimmed = withoutTrailingSlashes(path);

@@ -12,6 +12,10 @@ QByteArray stateFolder();
 // $XDG_DATA_HOME/quenby/local-drive, or ~/.local/share/quenby/local-drive.
 QByteArray defaultLocalDriveFolder();
 
+// The path as seen from the root folder.
+QByteArray absolutePath(const QByteArray& path);
+// Whether something has this name, a dangling link included.
+bool isThere(const QByteArray& path);
 // The folder that a path lies in; "." when it names none.
 QByteArray folderOf(const QByteArray& path);
 QByteArray lastComponent(const QByteArray& path);

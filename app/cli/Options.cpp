@@ -1,14 +1,18 @@
 #include "app/cli/Options.h"
 
+#include "app/cli/Folders.h"
+
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace quenby {
 namespace {
 
 constexpr unsigned bit(Verb verb) { return static_cast<unsigned>(verb); }
-constexpr unsigned everyVerb =
+constexpr unsigned everyCommand =
     bit(Verb::signin) | bit(Verb::about) | bit(Verb::upload) | bit(Verb::changes) | bit(Verb::download);
+constexpr unsigned everyVerb = everyCommand | bit(Verb::desktop);
 
 struct VerbRule {
     Verb verb;
@@ -92,13 +96,22 @@ constexpr std::array optionRules{
     OptionRule{"--output", "-o", "FILE", bit(Verb::download),
                [](Options& options, const QByteArray& value) { return setPath(options.output, value); },
                "where to save it; replaces the file that is there (default: the file's title)"},
-    OptionRule{"--json", nullptr, nullptr, everyVerb,
+    OptionRule{"--hidden", nullptr, nullptr, bit(Verb::desktop),
+               [](Options& options, const QByteArray&) { return options.hidden = true; },
+               "start without showing the window"},
+    OptionRule{"--status-item", nullptr, "PLACE", bit(Verb::desktop),
+               [](Options& options, const QByteArray& value) {
+                   options.statusItemPlace = value;
+                   return value == "tray" || value == "strip";
+               },
+               "where the status item stands: tray or strip (default: a tray where there is one)"},
+    OptionRule{"--json", nullptr, nullptr, everyCommand,
                [](Options& options, const QByteArray&) { return options.json = true; },
                "print results and errors as one JSON object a line"},
     OptionRule{"--http-log", nullptr, "DIR", everyVerb,
                [](Options& options, const QByteArray& value) { return setPath(options.httpLog, value); },
                "write every request and answer below this folder, without secrets"},
-    OptionRule{"--quiet", nullptr, nullptr, everyVerb,
+    OptionRule{"--quiet", nullptr, nullptr, everyCommand,
                [](Options& options, const QByteArray&) { return options.quiet = true; }, "no progress and no remarks"},
     OptionRule{"--help", "-h", nullptr, everyVerb,
                [](Options& options, const QByteArray&) { return options.help = true; }, "show this text"},
@@ -115,7 +128,25 @@ QString quoted(const QByteArray& argument) { return QLatin1Char('"') + QString::
 QString verbName(Verb verb) {
     const auto rule = std::find_if(verbRules.begin(), verbRules.end(),
                                    [verb](const VerbRule& candidate) { return candidate.verb == verb; });
-    return rule == verbRules.end() ? QString() : QString::fromLatin1(rule->name);
+    return rule == verbRules.end() ? QStringLiteral("the desktop program") : QString::fromLatin1(rule->name);
+}
+
+constexpr QByteArrayView fileScheme = "file:";
+
+bool namesFile(const QByteArray& operand) {
+    return operand.contains('/') || operand.startsWith(fileScheme) || isThere(operand);
+}
+
+// What a file manager hands over (RFC 8089), or a path as it was typed.
+Result<QByteArray> localPath(const QByteArray& operand) {
+    if (!operand.startsWith(fileScheme))
+        return absolutePath(operand);
+    QByteArray path = operand.mid(fileScheme.size());
+    if (path.startsWith("//"))
+        path = path.mid(path.startsWith("//localhost/") ? qstrlen("//localhost") : qstrlen("//"));
+    if (!path.startsWith('/'))
+        return wrongUse(quoted(operand) + QStringLiteral(" is not on this computer"));
+    return QByteArray::fromPercentEncoding(path);
 }
 
 // Walks the arguments once: options anywhere, the first other argument is the verb, the rest belongs to it.
@@ -147,15 +178,15 @@ public:
 
 private:
     Result<void> takeOperand(const QByteArray& operand) {
-        if (options_.verb != Verb::none) {
-            operands_.append(operand);
-            return {};
-        }
+        const bool isFirst = !std::exchange(hasOperand_, true);
         const auto rule = std::find_if(verbRules.begin(), verbRules.end(),
                                        [&operand](const VerbRule& candidate) { return operand == candidate.name; });
-        if (rule == verbRules.end())
-            return wrongUse(quoted(operand) + QStringLiteral(" is no command; try \"quenby --help\""));
-        options_.verb = rule->verb;
+        if (isFirst && rule != verbRules.end())
+            options_.verb = rule->verb;
+        else if (isFirst && !namesFile(operand))
+            return wrongUse(quoted(operand) + QStringLiteral(" is no command and no file; try \"quenby --help\""));
+        else
+            operands_.append(operand);
         return {};
     }
 
@@ -181,8 +212,6 @@ private:
     }
 
     Result<void> checkVerb() {
-        if (options_.verb == Verb::none)
-            return wrongUse(QStringLiteral("no command was given; try \"quenby --help\""));
         for (const OptionRule* rule : std::as_const(used_)) {
             if (!(rule->verbs & bit(options_.verb)))
                 return wrongUse(quoted(rule->name) + QStringLiteral(" does not go with ") + verbName(options_.verb));
@@ -192,6 +221,14 @@ private:
 
     Result<void> takeOperands() {
         switch (options_.verb) {
+        case Verb::desktop:
+            for (const QByteArray& operand : std::as_const(operands_)) {
+                const auto path = localPath(operand);
+                if (!path)
+                    return path.error();
+                options_.files.append(*path);
+            }
+            return {};
         case Verb::upload:
             options_.files = operands_;
             if (operands_.isEmpty())
@@ -214,6 +251,7 @@ private:
     qsizetype next_ = 0;
     Options options_;
     QList<QByteArray> operands_;
+    bool hasOperand_ = false;
     QList<const OptionRule*> used_;
 };
 
@@ -241,8 +279,9 @@ std::optional<std::chrono::milliseconds> secondsFromText(const QByteArray& text)
 }
 
 QString usageText(Verb verb) {
-    const bool ofAll = verb == Verb::none;
-    QString text = QStringLiteral("Usage: quenby COMMAND [OPTION]...\n\nCommands:\n");
+    const bool ofAll = verb == Verb::desktop;
+    QString text = QStringLiteral("Usage: quenby [OPTION]... [FILE]...  the desktop program; uploads the files\n"
+                                  "       quenby COMMAND [OPTION]...\n\nCommands:\n");
     for (const VerbRule& rule : verbRules) {
         const QString call = QString::fromLatin1(rule.name) + QLatin1Char(' ') + QLatin1String(rule.synopsis);
         if (ofAll)

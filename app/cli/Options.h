@@ -23,10 +23,11 @@ inline constexpr int wrongUse = 2;
 inline constexpr int signalBase = 128; // a program ended by signal N answers 128 + N
 } // namespace exitCode
 
-enum class Verb : unsigned { none = 0, signin = 1, about = 2, upload = 4, changes = 8, download = 16 };
+// Without a verb, the desktop program is meant.
+enum class Verb : unsigned { desktop = 1, signin = 2, about = 4, upload = 8, changes = 16, download = 32 };
 
 struct Options {
-    Verb verb = Verb::none;
+    Verb verb = Verb::desktop;
     bool help = false;
     bool version = false;
 
@@ -48,18 +49,23 @@ struct Options {
     QString fileId;
     QByteArray output;
 
+    bool hidden = false;        // the desktop program starts without showing its window
+    QByteArray statusItemPlace; // "tray" or "strip"; empty: as the settings say
+
     // The pause between two looks at the changes: as asked for, else $QUENBY_POLL_SECONDS, else 30 seconds.
     std::chrono::milliseconds pollInterval() const;
 };
 
-// The arguments without the program's name. Fails for an unknown verb or option, a missing or wrong value, and a
-// missing or superfluous argument; --help and --version excuse whatever is missing.
+// The arguments without the program's name. A first operand that is no verb, but names a file (it holds a slash, is a
+// file: address, or is there), is meant for the desktop program, whose files are absolute paths. Fails for an unknown
+// verb or option, a missing or wrong value, and a missing or superfluous argument; --help and --version excuse whatever
+// is missing.
 Result<Options> parseOptions(const QList<QByteArray>& arguments);
 
 // A number of seconds such as "30" or "0.5", above 0 and at most a day.
 std::optional<std::chrono::milliseconds> secondsFromText(const QByteArray& text);
 
-// The text of --help: of one verb, or of the whole program.
+// The text of --help: of one verb, or, for the desktop program, of everything.
 QString usageText(Verb verb);
 
 } // namespace quenby

@@ -10,30 +10,38 @@
 
 namespace quenby {
 
-Program::Program(Console& console, Options options)
+Program::Program(Console& console, Options options, std::function<AccountStorage()> storage)
     : console_(console)
     , options_(std::move(options))
-    , session_(console_, {options_.local, options_.localData, options_.httpLog}, makeSystemTimeSource())
-    , signals_([](int number) { QCoreApplication::exit(exitCode::signalBase + number); }) {}
+    , session_(console_, {options_.local, options_.localData, options_.httpLog},
+               {Endpoints::provider(), std::move(storage)}, makeSystemTimeSource())
+    , signals_({{SIGINT, true}, {SIGTERM, true}}, [this](int number) { end(exitCode::signalBase + number); }) {}
 
 Program::~Program() = default;
 
 int Program::run() {
+    if (options_.verb == Verb::signin && !options_.local) {
+        console_.error(Error(commandLineErrorDomain, exitCode::failed,
+                             {{errorKey::reason, QStringLiteral("signing in needs the desktop program's window; start "
+                                                                "Quenby and sign in there")}}));
+        return exitCode::failed;
+    }
     session_.open(&session_, [this](const MaybeError& error) {
         if (error) {
             console_.error(*error);
-            QCoreApplication::exit(exitCode::failed);
-            return;
+            return end(exitCode::failed);
         }
         command_ = makeCommand();
-        QObject::connect(
-            command_.get(), &Command::finished, &session_, [](int code) { QCoreApplication::exit(code); },
-            Qt::QueuedConnection);
+        QObject::connect(command_.get(), &Command::finished, &session_, [this](int code) { end(code); });
         command_->start();
     });
     const int code = QCoreApplication::exec();
     command_.reset();
     return code;
+}
+
+void Program::end(int code) {
+    session_.close(&session_, [code] { QCoreApplication::exit(code); });
 }
 
 std::unique_ptr<Command> Program::makeCommand() {
@@ -49,7 +57,7 @@ std::unique_ptr<Command> Program::makeCommand() {
         return std::make_unique<DownloadCommand>(session_, console_,
                                                  DownloadRun::Settings{options_.fileId, options_.output});
     case Verb::signin:
-    case Verb::none: // has no call to run
+    case Verb::desktop: // is another program
         break;
     }
     return std::make_unique<SignInCommand>(session_, console_);

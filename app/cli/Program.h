@@ -5,15 +5,17 @@
 #include "app/cli/Console.h"
 #include "app/cli/Options.h"
 #include "app/cli/Session.h"
-#include "app/cli/SignalWatch.h"
+#include "platform/linux/session/ProcessSignals.h"
 
+#include <functional>
 #include <memory>
 
 namespace quenby {
 
 class Program {
 public:
-    Program(Console& console, Options options);
+    // The storage is only asked for without --local.
+    Program(Console& console, Options options, std::function<AccountStorage()> storage);
     ~Program();
 
     // Runs the application's event loop until the command has finished or a signal has ended it.
@@ -21,12 +23,13 @@ public:
 
 private:
     std::unique_ptr<Command> makeCommand();
+    void end(int code);
 
     Console& console_;
     const Options options_;
     Session session_;
     std::unique_ptr<Command> command_;
-    SignalWatch signals_;
+    ProcessSignals signals_;
 };
 
 } // namespace quenby

@@ -1,43 +1,21 @@
 #include "app/cli/Session.h"
 
-#include "app/account/ClientIdentity.h"
+#include "app/account/DriveConnection.h"
 #include "app/account/LocalSignInPage.h"
 #include "app/cli/Console.h"
 #include "app/cli/Folders.h"
+#include "app/cli/KeptSignIn.h"
 #include "http/FetchLog.h"
-#include "http/GTMHTTPFetcherService.h"
-#include "oauth2/GTMOAuth2SignIn.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QUrlQuery>
 
-#include <cerrno>
-#include <filesystem>
-
 namespace quenby {
 namespace {
 
-// The fetchers' own retries stay short; whoever has more patience takes up the matter again.
-constexpr double maxRetryInterval = 30; // seconds
-
-// Its own place, so that there is one line to change when there is a keyring.
-Error providerNotYetPossible() {
-    return Error(
-        errorDomain::posix, ENOTSUP,
-        {{errorKey::reason,
-          QStringLiteral("signing in to the provider's service comes with the desktop program and its keyring; "
-                         "until then use --local, the Drive on this computer")}});
-}
-
-// In bytes throughout: the working folder's path need not be text.
-QByteArray absolutePath(const QByteArray& path) {
-    if (path.startsWith('/'))
-        return path;
-    std::error_code removed;
-    const auto folder = std::filesystem::current_path(removed);
-    return QByteArray::fromStdString(folder.native()) + '/' + path;
-}
+// A keyring that is open answers well before.
+constexpr std::chrono::seconds keyringPatience(1);
 
 QByteArray dataFolder(const Session::Settings& settings) {
     return settings.localData.isEmpty() ? defaultLocalDriveFolder() : absolutePath(settings.localData);
@@ -50,9 +28,10 @@ QByteArray tokenPath(const Session::Settings& settings) {
 
 } // namespace
 
-Session::Session(Console& console, const Settings& settings, std::shared_ptr<TimeSource> timeSource)
+Session::Session(Console& console, const Settings& settings, Provider provider, std::shared_ptr<TimeSource> timeSource)
     : console_(console)
     , settings_(settings)
+    , provider_(std::move(provider))
     , timeSource_(std::move(timeSource))
     , tokenFile_(tokenPath(settings))
     , launcher_(dataFolder(settings), QCoreApplication::applicationDirPath() + QStringLiteral("/quenby-localdrive"),
@@ -65,48 +44,61 @@ Session::~Session() = default;
 void Session::open(QObject* context, Opened opened) {
     opened_ = {context, std::move(opened)};
     if (!settings_.local)
-        return opened_.deliver(MaybeError(providerNotYetPossible()));
+        return openKept();
     launcher_.ensureRunning(this, [this](const Result<QUrl>& base) {
         if (!base)
             return opened_.deliver(MaybeError(base.error()));
-        endpoints_ = Endpoints::localDrive(*base);
-        compose();
+        compose(Endpoints::localDrive(*base), ClientIdentity::ofTheProgram());
         restoreSignIn();
     });
 }
 
-void Session::revive() { launcher_.revive(); }
+void Session::openKept() {
+    kept_ = std::make_unique<KeptSignIn>(provider_.storage(), provider_.endpoints, timeSource_);
+    connect(kept_.get(), &KeptSignIn::troubled, this, [this](const QString& sentence) { console_.remark(sentence); });
+    compose(provider_.endpoints, kept_->identity());
+    keyringPatience_ = timeSource_->startTimer(
+        keyringPatience, [this] { console_.remark(QStringLiteral("waiting for the keyring; is it locked?")); });
+    kept_->restore(authentication_, this, [this](const MaybeError& error) {
+        keyringPatience_.reset();
+        if (error)
+            return opened_.deliver(error);
+        keptToken_ = authentication_->refreshToken();
+        checkSignIn();
+    });
+}
 
-void Session::compose() {
+void Session::close(QObject* context, std::function<void()> closed) {
+    if (kept_)
+        kept_->whenKept(context, std::move(closed));
+    else
+        CompletionGate<>(context, std::move(closed)).deliver();
+}
+
+void Session::revive() {
+    if (settings_.local)
+        launcher_.revive();
+}
+
+void Session::compose(Endpoints endpoints, ClientIdentity identity) {
+    std::shared_ptr<FetchLogger> fetchLog;
     if (!settings_.httpLog.isEmpty())
-        fetchLog_ = std::make_shared<FetchLog>(QFile::decodeName(settings_.httpLog), QStringLiteral("quenby"),
-                                               FetchLog::loggingDateStamp(timeSource_->now().toLocalTime()));
-    accountFetcherService_ = makeFetcherService();
-    driveService_ = std::make_shared<GTLServiceDrive>(endpoints_, makeFetcherService());
-    driveService_->ticketSettings().shouldFetchNextPages = true;
-    driveService_->ticketSettings().retryEnabled = true;
-    driveService_->ticketSettings().maxRetryInterval = maxRetryInterval;
+        fetchLog = std::make_shared<FetchLog>(QFile::decodeName(settings_.httpLog), QStringLiteral("quenby"),
+                                              FetchLog::loggingDateStamp(timeSource_->now().toLocalTime()));
+    connection_ =
+        std::make_unique<DriveConnection>(std::move(endpoints), std::move(identity), timeSource_, std::move(fetchLog));
     startWithoutSignIn();
 }
 
 void Session::startWithoutSignIn() {
-    authentication_ = GTMOAuth2SignIn::standardGoogleAuthenticationForScope(
-        endpoints_.driveScope, clientIdentity::clientID, clientIdentity::clientSecret, endpoints_, timeSource_);
-    authentication_->setShouldAuthorizeAllRequests(endpoints_.isLocal);
-    authentication_->setFetcherService(accountFetcherService_);
+    authentication_ = connection_->makeAuthentication();
     connect(authentication_.get(), &GTMOAuth2Authentication::notification, this, [this](const QString& name) {
-        // A sign-in under way is kept when it is complete.
-        if (name == kGTMOAuth2RefreshTokenChanged && !signInPage_ && authentication_->refreshToken() != keptToken_)
+        // A sign-in under way is kept when it is complete; one that is just being read need not be.
+        if (name == kGTMOAuth2RefreshTokenChanged && !signInPage_ && !keyringPatience_ &&
+            authentication_->refreshToken() != keptToken_)
             keepSignIn();
     });
-    driveService_->setAuthorizer(authentication_);
-}
-
-std::shared_ptr<GTMHTTPFetcherService> Session::makeFetcherService() const {
-    const auto service = GTMHTTPFetcherService::create(timeSource_);
-    service->setAllowLocalhostRequest(endpoints_.isLocal);
-    service->setLogger(fetchLog_);
-    return service;
+    driveService()->setAuthorizer(authentication_);
 }
 
 void Session::restoreSignIn() {
@@ -123,11 +115,15 @@ void Session::restoreSignIn() {
 // A kept access token may be long expired: asking for an authorization renews it, or tells that the sign-in is over.
 void Session::checkSignIn() {
     authentication_->authorizeRequest(
-        URLRequest(endpoints_.rpcURL), this, [this](const URLRequest&, const MaybeError& error) {
+        URLRequest(endpoints().rpcURL), this, [this](const URLRequest&, const MaybeError& error) {
             if (!error)
                 return opened_.deliver(MaybeError());
             if (authentication_->lastRefreshFailure() != RefreshFailure::refused)
                 return opened_.deliver(error);
+            if (kept_)
+                return opened_.deliver(MaybeError(error->withDetail(
+                    errorKey::reason, QStringLiteral("the Drive no longer accepts the sign-in; start Quenby and sign "
+                                                     "in again"))));
             console_.remark(QStringLiteral("the local Drive no longer accepts the sign-in; signing in anew"));
             signIn();
         });
@@ -135,7 +131,8 @@ void Session::checkSignIn() {
 
 void Session::signIn() {
     startWithoutSignIn();
-    signInPage_ = std::make_unique<LocalSignInPage>(authentication_, accountFetcherService_, endpoints_, timeSource_);
+    signInPage_ = std::make_unique<LocalSignInPage>(authentication_, connection_->accountFetcherService(), endpoints(),
+                                                    timeSource_);
     signInPage_->signIn(this, [this](const MaybeError& error) {
         signInPage_.reset();
         if (!error)
@@ -145,10 +142,12 @@ void Session::signIn() {
 }
 
 void Session::keepSignIn() {
+    keptToken_ = authentication_->refreshToken();
+    if (kept_)
+        return kept_->keep(*authentication_);
     // Without the file everything still works, only the next command signs in again.
     if (const auto kept = tokenFile_.save(authentication_->persistenceResponseString()); !kept)
         console_.remark(kept.error().description());
-    keptToken_ = authentication_->refreshToken();
 }
 
 } // namespace quenby

@@ -2,6 +2,7 @@
 // carries both. Threads: the main thread. Outlives every command.
 #pragma once
 
+#include "app/account/DriveConnection.h"
 #include "app/cli/LocalDriveLauncher.h"
 #include "app/cli/TokenFile.h"
 #include "core/Endpoints.h"
@@ -16,9 +17,9 @@
 namespace quenby {
 
 class Console;
-class FetchLogger;
-class GTMHTTPFetcherService;
+class KeptSignIn;
 class LocalSignInPage;
+struct AccountStorage;
 
 class Session : public QObject {
     Q_OBJECT
@@ -29,18 +30,26 @@ public:
         QByteArray localData; // its data folder, empty for the usual one; its sign-in is then kept there too
         QByteArray httpLog;   // folder for the fetch log; empty: none
     };
+    // The Drive that is meant without `local`, and where the desktop program keeps the sign-in to it.
+    struct Provider {
+        Endpoints endpoints;
+        std::function<AccountStorage()> storage;
+    };
     using Opened = std::function<void(const MaybeError& error)>;
 
-    Session(Console& console, const Settings& settings, std::shared_ptr<TimeSource> timeSource);
+    Session(Console& console, const Settings& settings, Provider provider, std::shared_ptr<TimeSource> timeSource);
     ~Session() override;
 
-    // Finds or starts the Drive and signs in where no sign-in is kept or the kept one is refused.
+    // Finds or starts the local Drive, and signs in there where no sign-in is kept or the kept one is refused. Only a
+    // person at a window can sign in to the provider's: without a good sign-in in the keyring, this fails.
     void open(QObject* context, Opened opened);
+    // To be waited for before the program ends: what is to be kept is kept then.
+    void close(QObject* context, std::function<void()> closed);
 
     // Only once open.
-    const std::shared_ptr<GTLServiceDrive>& driveService() const { return driveService_; }
+    const std::shared_ptr<GTLServiceDrive>& driveService() const { return connection_->driveService(); }
     const std::shared_ptr<GTMOAuth2Authentication>& authentication() const { return authentication_; }
-    const Endpoints& endpoints() const { return endpoints_; }
+    const Endpoints& endpoints() const { return connection_->endpoints(); }
     const std::shared_ptr<TimeSource>& timeSource() const { return timeSource_; }
 
     // After trouble: the local Drive is started again if it has died.
@@ -51,9 +60,9 @@ Q_SIGNALS:
     void revived();
 
 private:
-    void compose();
+    void openKept();
+    void compose(Endpoints endpoints, ClientIdentity identity);
     void startWithoutSignIn();
-    std::shared_ptr<GTMHTTPFetcherService> makeFetcherService() const;
     void restoreSignIn();
     void checkSignIn();
     void signIn();
@@ -61,18 +70,18 @@ private:
 
     Console& console_;
     const Settings settings_;
+    const Provider provider_;
     const std::shared_ptr<TimeSource> timeSource_;
     const TokenFile tokenFile_;
     LocalDriveLauncher launcher_;
     CompletionGate<MaybeError> opened_;
 
-    Endpoints endpoints_;
-    std::shared_ptr<FetchLogger> fetchLog_;
-    std::shared_ptr<GTMHTTPFetcherService> accountFetcherService_; // for tokens and sign-in pages
+    std::unique_ptr<KeptSignIn> kept_;       // of the provider's Drive
+    std::unique_ptr<Timer> keyringPatience_; // while it is being read
+    std::unique_ptr<DriveConnection> connection_;
     std::shared_ptr<GTMOAuth2Authentication> authentication_;
-    std::shared_ptr<GTLServiceDrive> driveService_;
     std::unique_ptr<LocalSignInPage> signInPage_; // while a sign-in is under way
-    QString keptToken_;                           // the refresh token in the file; a secret
+    QString keptToken_;                           // the refresh token in the file or keyring; a secret
 };
 
 } // namespace quenby

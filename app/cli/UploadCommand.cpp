@@ -4,7 +4,7 @@
 #include "app/cli/DisplayText.h"
 #include "app/cli/Folders.h"
 #include "app/cli/Session.h"
-#include "app/upload/DestinationFolder.h"
+#include "app/uploads/transfer/DestinationFolder.h"
 
 namespace quenby {
 namespace {

@@ -3,7 +3,7 @@
 
 #include "app/cli/Command.h"
 #include "app/cli/ProgressReporter.h"
-#include "app/upload/UploadRun.h"
+#include "app/uploads/transfer/UploadRun.h"
 
 #include <QList>
 

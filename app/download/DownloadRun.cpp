@@ -2,7 +2,7 @@
 
 #include "app/cli/Folders.h"
 #include "app/download/SafeFileName.h"
-#include "app/upload/SourceFile.h"
+#include "app/uploads/transfer/SourceFile.h"
 #include "driveapi/GTLDriveFile.h"
 #include "driveapi/GTLQueryDrive.h"
 #include "driveapi/GTLServiceDrive.h"

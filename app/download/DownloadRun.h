@@ -3,7 +3,7 @@
 // partial file.
 #pragma once
 
-#include "app/upload/FileDigest.h"
+#include "app/uploads/transfer/FileDigest.h"
 #include "core/CompletionGate.h"
 #include "core/Endpoints.h"
 #include "core/Result.h"

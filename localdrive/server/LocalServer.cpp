@@ -7,6 +7,7 @@
 #include "localdrive/server/RpcEndpoint.h"
 #include "localdrive/server/http/TlsContext.h"
 #include "localdrive/server/oauth/SignInEndpoint.h"
+#include "localdrive/server/share/ShareEndpoint.h"
 #include "localdrive/server/upload/UploadEndpoint.h"
 #include "localdrive/server/web/FileEndpoint.h"
 #include "localdrive/server/web/PageEndpoint.h"
@@ -87,6 +88,7 @@ struct LocalServer::Parts {
     std::unique_ptr<TokenEndpoint> tokenEndpoint;
     std::unique_ptr<FileEndpoint> fileEndpoint;
     std::unique_ptr<PageEndpoint> pageEndpoint;
+    std::unique_ptr<ShareEndpoint> shareEndpoint;
     std::unique_ptr<ControlEndpoint> controlEndpoint;
 
     Result<void> openDrive(const ServerOptions& options);
@@ -147,6 +149,7 @@ void LocalServer::Parts::addEndpoints(const ServerOptions& options, std::functio
     tokenEndpoint = std::make_unique<TokenEndpoint>(*tokens, options.clients, clock, url, *statistics);
     fileEndpoint = std::make_unique<FileEndpoint>(*store, *methods, *authenticator);
     pageEndpoint = std::make_unique<PageEndpoint>(*methods, *tokens, *authenticator, pages, guard, owner);
+    shareEndpoint = std::make_unique<ShareEndpoint>(*methods, *tokens, *authenticator, pages, *statistics);
 
     rpcEndpoint->addRoutes(*http);
     uploadEndpoint->addRoutes(*http);
@@ -154,6 +157,7 @@ void LocalServer::Parts::addEndpoints(const ServerOptions& options, std::functio
     tokenEndpoint->addRoutes(*http);
     fileEndpoint->addRoutes(*http);
     pageEndpoint->addRoutes(*http);
+    shareEndpoint->addRoutes(*http);
     if (options.hasControl()) {
         controlEndpoint = std::make_unique<ControlEndpoint>(
             options.controlToken,

@@ -59,8 +59,9 @@ private Q_SLOTS:
         row("fly", 2, "is no command");
         row("about --local --fast", 2, "is no option");
         row("download --local", 2, "exactly one");
-        row("about", 1, "use --local");
-        row("upload missing.txt", 1, "use --local");
+        row("about", 1, "start Quenby and sign in there");
+        row("upload missing.txt", 1, "start Quenby and sign in there");
+        row("signin", 1, "needs the desktop program's window");
         row("upload missing.txt --local", 1, "missing.txt: no such file");
         row("download nosuchid --local", 1, "nosuchid: ");
     }

@@ -24,8 +24,10 @@ private Q_SLOTS:
         const auto row = [](const char* line, const char* complaint) {
             QTest::newRow(line) << QByteArray(line) << QString::fromLatin1(complaint);
         };
-        row("", "no command");
-        row("--local", "no command");
+        row("--json", "does not go with the desktop program");
+        row("--status-item top", "makes no sense");
+        row("about --hidden", "does not go with about");
+        row("file://elsewhere.example/a.txt", "not on this computer");
         row("fly", "\"fly\" is no command");
         row("about --fast", "\"--fast\" is no option");
         row("about -x", "\"-x\" is no option");
@@ -81,6 +83,18 @@ private Q_SLOTS:
         QCOMPARE(Options().pollInterval(), std::chrono::milliseconds(30000));
     }
 
+    void filesWithoutCommandAreForTheDesktopProgram() {
+        const auto given =
+            parseOptions({"--local", "/a/b.txt", "file:///c%20d/caf%E9", "file://localhost/e", "upload"});
+        QVERIFY(given && given->local);
+        QCOMPARE(given->verb, Verb::desktop);
+        QCOMPARE(given->files.first(3), (QList<QByteArray>{"/a/b.txt", "/c d/caf\xE9", "/e"}));
+        QVERIFY(given->files.at(3).startsWith('/') && given->files.at(3).endsWith("/upload"));
+        const auto none = parseOptions({"--hidden", "--status-item", "strip"});
+        QVERIFY(none && none->verb == Verb::desktop && none->hidden);
+        QCOMPARE(none->statusItemPlace, QByteArray("strip"));
+    }
+
     void namesStayBytes() {
         const auto options = parseOptions({"upload", "caf\xE9.txt", "-"});
         QVERIFY(options);
@@ -94,7 +108,7 @@ private Q_SLOTS:
     }
 
     void helpTellsWhatGoesWithTheVerb() {
-        QVERIFY(usageText(Verb::none).contains(QStringLiteral("download ID")));
+        QVERIFY(usageText(Verb::desktop).contains(QStringLiteral("download ID")));
         QVERIFY(usageText(Verb::upload).contains(QStringLiteral("--chunk-size BYTES")));
         QVERIFY(!usageText(Verb::upload).contains(QStringLiteral("--watch")));
         QVERIFY(usageText(Verb::download).contains(QStringLiteral("-o, --output FILE")));

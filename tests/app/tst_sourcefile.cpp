@@ -1,7 +1,7 @@
 // Local files before they are sent: what is refused with which words, changes while sending, folders, MD5 sums.
 
-#include "app/upload/FileDigest.h"
-#include "app/upload/SourceFile.h"
+#include "app/uploads/transfer/FileDigest.h"
+#include "app/uploads/transfer/SourceFile.h"
 
 #include <QCryptographicHash>
 #include <QTemporaryDir>

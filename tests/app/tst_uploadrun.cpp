@@ -1,7 +1,7 @@
 // One upload and its destination folder against a Drive that answers as it is told, in time that stands still.
 
-#include "app/upload/DestinationFolder.h"
-#include "app/upload/UploadRun.h"
+#include "app/uploads/transfer/DestinationFolder.h"
+#include "app/uploads/transfer/UploadRun.h"
 #include "driveapi/GTLDriveFile.h"
 #include "driveapi/GTLDriveReference.h"
 #include "driveapi/GTLQueryDrive.h"

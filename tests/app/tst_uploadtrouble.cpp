@@ -1,8 +1,8 @@
 // Which failures an upload survives, and for how long it goes on.
 
 #include "app/account/SignInForm.h"
-#include "app/upload/Patience.h"
-#include "app/upload/UploadTrouble.h"
+#include "app/uploads/transfer/Patience.h"
+#include "app/uploads/transfer/UploadTrouble.h"
 #include "driveapi/GTLService.h"
 #include "tests/support/ManualTimeSource.h"
 

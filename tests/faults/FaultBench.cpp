@@ -65,7 +65,7 @@ void FaultBench::compose() {
     const Endpoints endpoints = Endpoints::localDrive(drive_.url());
     // Tokens live by the real clock: in a hurried one they would expire in the middle of every row.
     authentication_ = GTMOAuth2SignIn::standardGoogleAuthenticationForScope(
-        endpoints.driveScope, QStringLiteral("test"), clientIdentity::clientSecret, endpoints);
+        endpoints.driveScope, QStringLiteral("test"), ClientIdentity::ofTheProgram().clientSecret, endpoints);
     authentication_->setShouldAuthorizeAllRequests(true);
     authentication_->setKeysForResponseDictionary(drive_.grant().toVariantMap());
 

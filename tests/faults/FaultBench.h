@@ -1,7 +1,7 @@
 // The whole client, put together as the program does it, against a real local Drive that is told to misbehave.
 #pragma once
 
-#include "app/upload/UploadRun.h"
+#include "app/uploads/transfer/UploadRun.h"
 #include "core/Endpoints.h"
 #include "driveapi/GTLQueryDrive.h"
 #include "driveapi/GTLServiceDrive.h"

@@ -78,6 +78,16 @@ private Q_SLOTS:
         QCOMPARE(fetcher->delegateQueue(), &queue);
         QCOMPARE(fetcher->cookieStorageMethod(), CookieStorageMethod::fetchHistory);
 
+        // Shared until one of them is changed: from then on it is that one's alone.
+        const auto sibling = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(QStringLiteral("a")))));
+        fetcher->setAllowedInsecureSchemes({QStringLiteral("file")});
+        bench.service->setAllowLocalhostRequest(false);
+        QCOMPARE(sibling->allowedInsecureSchemes(), QStringList{QStringLiteral("http")});
+        QVERIFY(sibling->allowLocalhostRequest());
+        const auto later = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(QStringLiteral("a")))));
+        QCOMPARE(later->allowedInsecureSchemes(), QStringList{QStringLiteral("http")});
+        QVERIFY(!later->allowLocalhostRequest());
+
         URLRequest own(QUrl(onHost(QStringLiteral("b"))));
         own.headers.set("User-Agent", "Own/1");
         own.timeout = 3s;
@@ -125,6 +135,29 @@ private Q_SLOTS:
                                              QStringLiteral("/second"), QStringLiteral("/late")}));
         QCOMPARE(bench.calls, 4);
         QCOMPARE(bench.service->numberOfFetchers(), 0U);
+    }
+
+    // Whoever leaves the queue, from between two others or as the only one of a priority, leaves them in their order.
+    void waitingFetchersMayLeave() {
+        Bench bench;
+        bench.service->setMaxRunningFetchersPerHost(1);
+        bench.begin(onHost(QStringLiteral("running")));
+        bench.begin(onHost(QStringLiteral("b")), 1);
+        const auto between = bench.begin(onHost(QStringLiteral("gone")), 1);
+        bench.begin(onHost(QStringLiteral("c")), 1);
+        const auto only = bench.begin(onHost(QStringLiteral("gone")), -1);
+        bench.begin(onHost(QStringLiteral("a")), 0);
+        between->stopFetching();
+        only->stopFetching();
+        QVERIFY(bench.service->issuedFetchersWithRequestURL(QUrl(onHost(QStringLiteral("gone")))).empty());
+        for (size_t waiting = 3; waiting > 0; --waiting) {
+            QCOMPARE(bench.service->numberOfDelayedFetchers(), waiting);
+            bench.network.last().answer(200);
+            settle();
+        }
+        QCOMPARE(bench.asked(), (QStringList{QStringLiteral("/running"), QStringLiteral("/a"), QStringLiteral("/b"),
+                                             QStringLiteral("/c")}));
+        QCOMPARE(bench.service->numberOfFetchers(), 1U);
     }
 
     // Waiting to retry keeps a fetcher's place; beginning again takes the queue's end.
@@ -182,6 +215,24 @@ private Q_SLOTS:
         answers.start(0);
         QVERIFY(bench.service->waitForCompletionOfAllFetchersWithTimeout(20s));
         QCOMPARE(bench.calls, 3);
+    }
+
+    // Two callbacks for one object are on their way; the first waits for the second from inside.
+    void aCallbackMayWaitForAnother() {
+        Bench bench;
+        const auto second = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(QStringLiteral("b")))));
+        bool hasWaited = false;
+        const auto first = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(QStringLiteral("a")))));
+        first->beginFetchWithCompletionHandler(&bench.context, [&](const QByteArray&, const MaybeError&) {
+            QCOMPARE(bench.calls, 0);
+            hasWaited = second->waitForCompletionWithTimeout(20s);
+        });
+        second->beginFetchWithCompletionHandler(&bench.context,
+                                                [&bench](const QByteArray&, const MaybeError&) { ++bench.calls; });
+        bench.network.exchanges[0]->answer(200);
+        bench.network.exchanges[1]->answer(200);
+        QTRY_VERIFY(hasWaited);
+        QCOMPARE(bench.calls, 1);
     }
 
     // The last caller may let the service go; what waits in its queue still gets its turn.

@@ -16,14 +16,25 @@ QString originOf(const QString& redirectUri) {
                                                  : QString();
 }
 
+// What people call the program. A Drive on one's own computer knows one by name.
+QString clientName(const QString& clientId) {
+    return clientId.startsWith(QLatin1String("123456789012-abcdefghijklmnopqrstuvwxyz012345"))
+               ? QStringLiteral("Quenby")
+               : clientId;
+}
+
 QString scopeSentences(const QString& scope) {
     QStringList sentences;
-    if (scope.contains(QLatin1String("/auth/drive")))
-        sentences.append(QStringLiteral("See, change and add to the files in your Drive"));
-    if (scope.contains(QLatin1String("email")))
-        sentences.append(QStringLiteral("Know your e-mail address"));
-    if (scope.contains(QLatin1String("profile")))
-        sentences.append(QStringLiteral("Know your name"));
+    if (scope.contains(QLatin1String("/auth/drive"))) {
+        sentences.append(QStringLiteral("See, change, add and delete the files in your Drive"));
+        sentences.append(QStringLiteral("Change who may see them"));
+        sentences.append(QStringLiteral("See your name, your e-mail address and how much room is left"));
+    } else {
+        if (scope.contains(QLatin1String("email")))
+            sentences.append(QStringLiteral("See your e-mail address"));
+        if (scope.contains(QLatin1String("profile")))
+            sentences.append(QStringLiteral("See your name"));
+    }
     return QStringLiteral("<li>") + sentences.join(QStringLiteral("</li><li>")) + QStringLiteral("</li>");
 }
 
@@ -51,7 +62,7 @@ void SignInEndpoint::showPage(const httplib::Request& request, httplib::Response
     const QByteArray field = asked.toField();
     const QString page =
         pages_.fill(QStringLiteral("consent"),
-                    {{QStringLiteral("client"), asked.clientId},
+                    {{QStringLiteral("client"), clientName(asked.clientId)},
                      {QStringLiteral("email"), owner_.emailAddress},
                      {QStringLiteral("scopes"), scopeSentences(asked.scope)},
                      {QStringLiteral("request"), QString::fromLatin1(field)},
@@ -91,12 +102,15 @@ void SignInEndpoint::answer(const AuthorizationRequest& asked, const QString& na
     }
     const bool isGood = name == QLatin1String("code");
     const QString word = isGood ? QStringLiteral("Success") : QStringLiteral("Denied");
-    const QString text = isGood ? QStringLiteral("You are signed in. You can close this page.")
-                                : QStringLiteral("Nothing was allowed. You can close this page.");
+    const QString good = QStringLiteral("good");
+    const QString heading = isGood ? QStringLiteral("You are signed in") : QStringLiteral("You are not signed in");
+    const QString text = isGood ? QStringLiteral("You can close this window.")
+                                : QStringLiteral("Nothing was allowed. You can close this window.");
     const QString title = word + QLatin1Char(' ') + name + QLatin1Char('=') + value;
     PageTemplates::send(response, 200,
                         pages_.fill(QStringLiteral("message"), {{QStringLiteral("title"), title},
-                                                                {QStringLiteral("heading"), word},
+                                                                {QStringLiteral("kind"), isGood ? good : QString()},
+                                                                {QStringLiteral("heading"), heading},
                                                                 {QStringLiteral("text"), text}}));
 }
 
@@ -106,7 +120,8 @@ void SignInEndpoint::refuse(const AuthorizationRequest::Failure& failure, httpli
         return answer({{}, failure.redirectUri, {}, failure.state, {}}, QStringLiteral("error"), name, response);
     PageTemplates::send(response, static_cast<int>(failure.error.code()),
                         pages_.fill(QStringLiteral("message"),
-                                    {{QStringLiteral("title"), QStringLiteral("Sign-in")},
+                                    {{QStringLiteral("title"), QStringLiteral("Sign-in – Local Drive")},
+                                     {QStringLiteral("kind"), QStringLiteral("trouble")},
                                      {QStringLiteral("heading"), QStringLiteral("This sign-in can't go on")},
                                      {QStringLiteral("text"), failure.error.detail(errorKey::reason).toString()}}));
 }

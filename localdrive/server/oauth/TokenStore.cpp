@@ -169,12 +169,15 @@ std::optional<Grant> TokenStore::validGrant(const QByteArray& token, const QStri
     Session session(database_, Session::Kind::read);
     const Row row = session.row(QStringLiteral("SELECT client, email, name, scope FROM oauth_tokens AS tokens "
                                                "JOIN oauth_grants AS grants ON grants.id = grant_id "
-                                               "WHERE digest = ? AND kind = ? AND revoked = 0 AND tokens.expires > ?"),
+                                               "WHERE digest = ? AND kind = ? AND revoked = 0 "
+                                               "AND (tokens.expires IS NULL OR tokens.expires > ?)"),
                                 {digest(token), kind, now()});
     return row.isEmpty() ? std::nullopt : std::optional(grantFrom(row, 0));
 }
 
 std::optional<Grant> TokenStore::grantOfAccessToken(const QByteArray& token) { return validGrant(token, accessKind); }
+
+std::optional<Grant> TokenStore::grantOfRefreshToken(const QByteArray& token) { return validGrant(token, refreshKind); }
 
 Result<QByteArray> TokenStore::openWebSession(const Account& user) {
     Session session(database_, Session::Kind::write);

@@ -52,6 +52,7 @@ public:
 
     // Nothing when the token is unknown, expired or revoked.
     std::optional<Grant> grantOfAccessToken(const QByteArray& token);
+    std::optional<Grant> grantOfRefreshToken(const QByteArray& token);
 
     Result<QByteArray> openWebSession(const Account& user);
     std::optional<Account> userOfWebSession(const QByteArray& session);

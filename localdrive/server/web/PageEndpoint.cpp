@@ -74,7 +74,7 @@ void PageEndpoint::addRoutes(HttpServer& server) {
     server.Get("/logout", leaving);
     server.Get("/Logout", leaving);
     server.Get("/pages/style.css", [this](const Request&, Response& response) {
-        response.set_header("Cache-Control", "public, max-age=3600");
+        response.set_header("Cache-Control", "no-cache");
         send(response, 200, pages_.styleSheet(), "text/css; charset=utf-8");
     });
 }

@@ -21,6 +21,18 @@ QByteArray contentOf(const QString& path) {
     return file.readAll();
 }
 
+void sendUnder(const QString& policy, httplib::Response& response, int status, const QString& page) {
+    const QString whole =
+        QStringLiteral("default-src 'none'; style-src 'self'; img-src 'self'; frame-ancestors 'none'; "
+                       "base-uri 'none'; ") +
+        policy;
+    response.set_header("Content-Security-Policy", whole.toStdString());
+    response.set_header("X-Content-Type-Options", "nosniff");
+    response.set_header("Referrer-Policy", "no-referrer");
+    response.set_header("Cache-Control", "no-store");
+    localdrive::send(response, status, page.toUtf8(), "text/html; charset=utf-8");
+}
+
 } // namespace
 
 PageTemplates::PageTemplates() {
@@ -33,6 +45,7 @@ PageTemplates::PageTemplates() {
         for (auto part = parts.begin(); part != parts.end(); ++part)
             page.replace(QStringLiteral("{{>%1}}\n").arg(part.key()), part.value());
     styleSheet_ = contentOf(folder.filePath(QStringLiteral("style.css")));
+    shareScript_ = contentOf(folder.filePath(QStringLiteral("share.js")));
 }
 
 QString PageTemplates::fill(const QString& name, const Values& values) const {
@@ -51,14 +64,11 @@ QString PageTemplates::fill(const QString& name, const Values& values) const {
 }
 
 void PageTemplates::send(httplib::Response& response, int status, const QString& page, const QString& formTarget) {
-    const QString policy = QStringLiteral("default-src 'none'; style-src 'self'; img-src 'self'; "
-                                          "form-action 'self' %1; frame-ancestors 'none'; base-uri 'none'")
-                               .arg(formTarget);
-    response.set_header("Content-Security-Policy", policy.toStdString());
-    response.set_header("X-Content-Type-Options", "nosniff");
-    response.set_header("Referrer-Policy", "no-referrer");
-    response.set_header("Cache-Control", "no-store");
-    localdrive::send(response, status, page.toUtf8(), "text/html; charset=utf-8");
+    sendUnder(QStringLiteral("form-action 'self' ") + formTarget, response, status, page);
+}
+
+void PageTemplates::sendWithScript(httplib::Response& response, int status, const QString& page) {
+    sendUnder(QStringLiteral("form-action 'none'; script-src 'self'; connect-src 'self'"), response, status, page);
 }
 
 } // namespace quenby::localdrive

@@ -1,0 +1,50 @@
+#include "app/account/DriveConnection.h"
+
+#include "driveapi/GTLServiceDrive.h"
+#include "http/GTMHTTPFetcherService.h"
+#include "oauth2/GTMOAuth2Authentication.h"
+#include "oauth2/GTMOAuth2SignIn.h"
+
+namespace quenby {
+namespace {
+
+// The fetchers' own retries stay short; whoever has more patience takes up the matter again.
+constexpr double maxRetryInterval = 30; // seconds
+
+} // namespace
+
+DriveConnection::DriveConnection(Endpoints endpoints, ClientIdentity identity, std::shared_ptr<TimeSource> timeSource,
+                                 std::shared_ptr<FetchLogger> logger)
+    : endpoints_(std::move(endpoints))
+    , identity_(std::move(identity))
+    , timeSource_(std::move(timeSource))
+    , accountFetcherService_(makeFetcherService(logger))
+    , driveService_(std::make_shared<GTLServiceDrive>(endpoints_, makeFetcherService(logger))) {
+    driveService_->ticketSettings().shouldFetchNextPages = true;
+    driveService_->ticketSettings().retryEnabled = true;
+    driveService_->ticketSettings().maxRetryInterval = maxRetryInterval;
+}
+
+DriveConnection::~DriveConnection() = default;
+
+std::shared_ptr<GTMHTTPFetcherService>
+DriveConnection::makeFetcherService(const std::shared_ptr<FetchLogger>& logger) const {
+    const auto service = GTMHTTPFetcherService::create(timeSource_);
+    service->setAllowLocalhostRequest(endpoints_.isLocal);
+    service->setLogger(logger);
+    return service;
+}
+
+std::shared_ptr<GTMOAuth2Authentication> DriveConnection::makeAuthentication() const {
+    const auto authentication = GTMOAuth2SignIn::standardGoogleAuthenticationForScope(
+        endpoints_.driveScope, identity_.clientID, identity_.clientSecret, endpoints_, timeSource_);
+    prepare(*authentication);
+    return authentication;
+}
+
+void DriveConnection::prepare(GTMOAuth2Authentication& authentication) const {
+    authentication.setShouldAuthorizeAllRequests(endpoints_.isLocal);
+    authentication.setFetcherService(accountFetcherService_);
+}
+
+} // namespace quenby

@@ -1,0 +1,48 @@
+// What it takes to talk to one Drive: its service, the fetchers below it, and authorizers that fit.
+// Threads: the main thread.
+#pragma once
+
+#include "app/account/ClientIdentity.h"
+#include "core/Endpoints.h"
+#include "core/TimeSource.h"
+
+#include <memory>
+
+namespace quenby {
+
+class FetchLogger;
+class GTLServiceDrive;
+class GTMHTTPFetcherService;
+class GTMOAuth2Authentication;
+
+class DriveConnection {
+public:
+    // The logger may be null.
+    DriveConnection(Endpoints endpoints, ClientIdentity identity, std::shared_ptr<TimeSource> timeSource,
+                    std::shared_ptr<FetchLogger> logger);
+    ~DriveConnection();
+
+    const Endpoints& endpoints() const { return endpoints_; }
+    const ClientIdentity& identity() const { return identity_; }
+    const std::shared_ptr<TimeSource>& timeSource() const { return timeSource_; }
+    // Follows collections through all pages, and retries.
+    const std::shared_ptr<GTLServiceDrive>& driveService() const { return driveService_; }
+    // For tokens and sign-in pages: they don't stand in line with the Drive's own requests.
+    const std::shared_ptr<GTMHTTPFetcherService>& accountFetcherService() const { return accountFetcherService_; }
+
+    // Without any token yet.
+    std::shared_ptr<GTMOAuth2Authentication> makeAuthentication() const;
+    // Gives an authorizer that was made elsewhere what this Drive asks of it.
+    void prepare(GTMOAuth2Authentication& authentication) const;
+
+private:
+    std::shared_ptr<GTMHTTPFetcherService> makeFetcherService(const std::shared_ptr<FetchLogger>& logger) const;
+
+    const Endpoints endpoints_;
+    const ClientIdentity identity_;
+    const std::shared_ptr<TimeSource> timeSource_;
+    const std::shared_ptr<GTMHTTPFetcherService> accountFetcherService_;
+    const std::shared_ptr<GTLServiceDrive> driveService_;
+};
+
+} // namespace quenby

@@ -1,0 +1,325 @@
+#include "app/agent/AppDelegate.h"
+
+#include "app/account/DriveConnection.h"
+#include "app/agent/CacheFolderNames.h"
+#include "app/agent/DefaultsTable.h"
+#include "app/agent/HandoverLines.h"
+#include "workspace/window/AccountView.h"
+#include "workspace/window/WelcomeView.h"
+
+#include <QLoggingCategory>
+
+#include <utility>
+
+namespace quenby {
+namespace {
+
+Q_LOGGING_CATEGORY(appLog, "quenby.app")
+
+// A keyring that is open answers well before.
+constexpr std::chrono::seconds keyringPatience(1);
+
+} // namespace
+
+// --- Launch and end -------------------------------------------------------------------------------------------------
+
+void AppDelegate::applicationWillFinishLaunching() {
+    // The upload state and the lists begin empty with the objects that hold them.
+    platform_.singleInstance->setHandover([this] { return handOver(); });
+    connect(platform_.singleInstance.get(), &SingleInstance::endRequested, this, &AppDelegate::quitRequested);
+    connect(platform_.sessionEnd.get(), &SessionEnd::endRequested, this, &AppDelegate::quitRequested);
+}
+
+void AppDelegate::applicationDidFinishLaunching() {
+    platform_.singleInstance->acquire(this, [this](const Handover& handover) { becameSingleInstance(handover); });
+}
+
+void AppDelegate::becameSingleInstance(const Handover& handover) {
+    CheckDefaultsValue(*platform_.defaults);
+    platform_.cacheFolders->remove(cacheFolderName::images);
+    if (const auto images = platform_.cacheFolders->create(cacheFolderName::images); !images)
+        qCWarning(appLog, "%s", qPrintable(images.error().description()));
+
+    const PendingWork work = workFromHandover(handover);
+    openFromDocList_ = work.files + openFromDocList_;
+    heldUploads_ = work.uploads;
+
+    loginAccess();
+    platform_.statusItemHosts->start();
+    statusItem_.createAndSetIconOfStatusBarIsInstant(u"n");
+    isLaunched_ = true;
+}
+
+bool AppDelegate::applicationShouldHandleReopen() {
+    bringWorkspaceToFront();
+    return true;
+}
+
+void AppDelegate::application_openFiles(const QList<QByteArray>& paths) {
+    openFromDocList_ = paths;
+    if (session_.UserLogin())
+        uploadPendingFiles();
+}
+
+void AppDelegate::applicationWillTerminate() {
+    for (const QString& name : {cacheFolderName::screenshots, cacheFolderName::recordings, cacheFolderName::images})
+        platform_.cacheFolders->remove(name);
+}
+
+// What the next program is given is not finished here as well.
+Handover AppDelegate::handOver() {
+    holdUploads();
+    return handoverFromWork({openFromDocList_, heldUploads_});
+}
+
+// --- The account ----------------------------------------------------------------------------------------------------
+
+void AppDelegate::loginAccess() {
+    window_.welcomeView().showWaiting(tr("Waiting for the keyring…"));
+    // Whoever has to unlock it first, or waits for one that hangs, sees why nothing else happens.
+    keyringPatience_ = surroundings_.drive.timeSource()->startTimer(keyringPatience, [this] {
+        if (!surroundings_.startsHidden)
+            bringWorkspaceToFront();
+    });
+    session_.loginCheck(this, [this](const MaybeError& keyringTrouble) { loginChecked(keyringTrouble); });
+}
+
+void AppDelegate::loginChecked(const MaybeError& keyringTrouble) {
+    keyringPatience_.reset();
+    setDisplayDataIfAvail();
+    QList<Alert> alerts;
+    for (const QString& sentence : std::exchange(earlyTroubles_, {}))
+        alerts.append({tr("Settings"), sentence, {}, {}});
+    isLoginChecked_ = true;
+    if (session_.isSignedIn()) {
+        if (!surroundings_.startsHidden)
+            bringWorkspaceToFront();
+        for (const Alert& alert : std::as_const(alerts))
+            platform_.alerts->show(&window_, alert);
+        becameSignedIn();
+        return Drive_Open();
+    }
+    window_.showWelcome();
+    bringWorkspaceToFront();
+    if (keyringTrouble) {
+        qCWarning(appLog, "The sign-in is not to be had: %s", qPrintable(keyringTrouble->description()));
+        window_.welcomeView().showTrouble(keyringTrouble->detail(errorKey::reason).toString());
+    } else {
+        window_.welcomeView().showReady();
+    }
+    const auto goOn = [this, isAskedFor = !keyringTrouble] {
+        if (isAskedFor)
+            session_.makeLoginInGoogle(&window_);
+    };
+    if (launchAlert_.isPending())
+        return;
+    if (!openFromDocList_.isEmpty())
+        alerts.append({tr("No login, please try again"), tr("info"), {}, {}});
+    if (alerts.isEmpty())
+        return goOn();
+    // The dialog would cover them: it comes when the last one has been read.
+    const Alert last = alerts.takeLast();
+    for (const Alert& alert : std::as_const(alerts))
+        platform_.alerts->show(&window_, alert);
+    launchAlert_ = platform_.alerts->show(&window_, last, this, [goOn](int) { goOn(); });
+}
+
+void AppDelegate::becameSignedIn() {
+    keyringPatience_.reset();
+    isSignInRefused_ = false;
+    account_ = session_.signedInUsername() + QStringLiteral(" (") + surroundings_.drive.endpoints().keychainItemName +
+               QLatin1Char(')');
+    uploadPendingFiles();
+}
+
+void AppDelegate::Drive_Open() {
+    if (!session_.UserLogin())
+        return;
+    if (window_.isShowingWelcome())
+        window_.showAccount();
+    setDisplayDataIfAvail();
+    details_.GetDetailOfUserDrive();
+}
+
+void AppDelegate::accountFailed(const Error& error) {
+    qCWarning(appLog, "An error occurred: %s", qPrintable(error.description()));
+    accountTrouble_ = tr("The Drive does not answer; Quenby goes on trying.");
+    reopening_.failed();
+    surroundings_.reviveDrive();
+    setDisplayDataIfAvail();
+}
+
+void AppDelegate::signInEnded(const MaybeError& error) {
+    if (error)
+        window_.welcomeView().showTrouble(tr("The sign-in failed: ") + error->description());
+    else if (!session_.UserLogin())
+        window_.welcomeView().showReady();
+    refreshStatusItem();
+}
+
+void AppDelegate::signInRefused() {
+    isSignInRefused_ = true;
+    holdUploads();
+    leaveAccount();
+    window_.welcomeView().showTrouble(
+        tr("The Drive no longer accepts the sign-in. Sign in again to go on; waiting uploads will continue."));
+    bringWorkspaceToFront();
+    refreshStatusItem();
+}
+
+void AppDelegate::logoutUser() {
+    const qsizetype running = uploads_.remaining().size();
+    if (running == 0)
+        return logOut();
+    if (signOutQuestion_.isPending())
+        return;
+    bringWorkspaceToFront();
+    const QString files = running == 1 ? tr("One file is") : tr("%1 files are").arg(running);
+    signOutQuestion_ = platform_.alerts->show(
+        &window_,
+        {tr("Uploads are still running"),
+         files + tr(" not in the Drive yet. Signing out cancels that; the files stay on this computer."),
+         {},
+         {tr("Sign Out"), tr("Cancel")}},
+        this, [this](int button) {
+            if (button == 0 && session_.UserLogin())
+                logOut();
+        });
+}
+
+void AppDelegate::logOut() {
+    uploads_.cancelEverything();
+    session_.makeLogoutFromGoogle(this, [this] {
+        if (!session_.UserLogin()) // somebody may have been faster than the keyring
+            loginAccess();
+    });
+    leaveAccount();
+    window_.welcomeView().showReady();
+    refreshStatusItem();
+}
+
+// What is known of the account is forgotten; the sign-in itself is the session's.
+void AppDelegate::leaveAccount() {
+    shareWindows_.closeAll();
+    details_.clear();
+    reopening_.succeeded();
+    accountTrouble_.clear();
+    window_.showWelcome();
+    setDisplayDataIfAvail();
+}
+
+void AppDelegate::setDisplayDataIfAvail() {
+    AccountDisplay display;
+    display.quota = quotaLine(inputs_);
+    if (const auto& summary = details_.dicUserData()) {
+        display.userName = summary->displayName;
+        display.accountName = summary->emailAddress;
+        display.percentUsed = summary->getBytesUsed.chopped(1).toInt(); // without the sign
+    } else if (session_.isSignedIn()) {
+        display.userName = tr("Fetching...");
+        display.accountName = session_.signedInUsername();
+        if (!accountTrouble_.isEmpty())
+            display.quota = accountTrouble_;
+    } else {
+        display.userName = display.accountName = tr("No User Login");
+    }
+    window_.accountView().setAccount(display);
+    menus_.refresh();
+}
+
+// --- Files that wait ------------------------------------------------------------------------------------------------
+
+void AppDelegate::uploadPendingFiles() {
+    uploads_.resume(heldUploads_.take(account_));
+    if (!openFromDocList_.isEmpty())
+        uploads_.UploadFilesToServer(std::exchange(openFromDocList_, {}));
+    askAboutOtherAccounts();
+}
+
+void AppDelegate::holdUploads() {
+    heldUploads_.hold(account_, uploads_.remaining());
+    uploads_.cancelEverything();
+}
+
+void AppDelegate::askAboutOtherAccounts() {
+    const qsizetype count = heldUploads_.count();
+    if (count == 0 || otherAccountQuestion_.isPending())
+        return;
+    QStringList names = heldUploads_.accounts();
+    for (QString& name : names) {
+        if (name.isEmpty())
+            name = tr("an account that is not known");
+    }
+    const QString files = count == 1 ? tr("One file was") : tr("%1 files were").arg(count);
+    otherAccountQuestion_ = platform_.alerts->show(
+        &window_,
+        {tr("Uploads for another account"),
+         files + tr(" on the way to the Drive of %1. Now %2 is signed in. Upload to this Drive instead?")
+                     .arg(names.join(tr(" and ")), account_),
+         {},
+         {tr("Upload Here"), tr("Don't Upload")}},
+        this, [this, asked = account_](int button) { otherAccountAnswered(asked, button == 0); });
+}
+
+void AppDelegate::otherAccountAnswered(const QString& askedFor, bool isWanted) {
+    // Who is signed in may have changed in front of the question.
+    if (!session_.UserLogin())
+        return;
+    if (account_ != askedFor)
+        return askAboutOtherAccounts();
+    for (const QString& account : heldUploads_.accounts()) {
+        const QList<QByteArray> lines = heldUploads_.take(account);
+        if (isWanted)
+            uploads_.resume(lines);
+    }
+}
+
+// --- Commands -------------------------------------------------------------------------------------------------------
+
+void AppDelegate::carryOut(MenuCommand command) {
+    switch (command) {
+    case MenuCommand::showQuenby:
+        return bringWorkspaceToFront();
+    case MenuCommand::uploadFile:
+        bringWorkspaceToFront(); // the panel is a sheet of it
+        return uploads_.SelectAndUploadFile(&window_);
+    case MenuCommand::uploadAndShareFile:
+        bringWorkspaceToFront();
+        return uploads_.SelectAndUploadFileAndShare(&window_);
+    case MenuCommand::signIn:
+        bringWorkspaceToFront();
+        return session_.makeLoginInGoogle(&window_);
+    case MenuCommand::signOut:
+        return logoutUser();
+    case MenuCommand::quit:
+        Q_EMIT quitRequested();
+        return;
+    default: // is disabled as long as nobody carries it out
+        return;
+    }
+}
+
+void AppDelegate::shareThisFile(const QString& identifier, const QString& name) {
+    if (session_.UserLogin())
+        shareWindows_.setAccount(session_.webAccount());
+    shareWindows_.shareThisFile(session_.strSHARE() + identifier, name);
+}
+
+void AppDelegate::bringWorkspaceToFront() { window_.bringToFront(); }
+
+void AppDelegate::showAlert(const QString& text) { tell(text, tr("info")); }
+
+void AppDelegate::settingsTroubled(const QString& sentence) {
+    if (isLoginChecked_)
+        tell(tr("Settings"), sentence);
+    else
+        earlyTroubles_.append(sentence); // until there is a window to show them on
+}
+
+void AppDelegate::tell(const QString& message, const QString& information) {
+    platform_.alerts->show(&window_, {message, information, {}, {}});
+}
+
+void AppDelegate::refreshStatusItem() { statusItem_.createAndSetIconOfStatusBarIsInstant(u"y"); }
+
+} // namespace quenby

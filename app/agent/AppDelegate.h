@@ -1,0 +1,132 @@
+// The desktop program's composition: one object per concern, put together in one place, started and ended in a fixed
+// order. What each concern does is told in its own header; what is here is which of them hears of what.
+//
+// Threads: the main thread.
+#pragma once
+
+#include "app/agent/AccountInputs.h"
+#include "app/agent/HeldUploads.h"
+#include "app/agent/UploadListing.h"
+#include "app/session/AccountDetails.h"
+#include "app/session/AccountSession.h"
+#include "app/session/Reopening.h"
+#include "app/statusitem/StatusItem.h"
+#include "app/statusitem/StatusMenus.h"
+#include "app/uploads/UploadPipeline.h"
+#include "platform/PlatformServices.h"
+#include "workspace/share/ShareWindows.h"
+#include "workspace/window/UploadRows.h"
+#include "workspace/window/WorkspaceWindow.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+
+namespace quenby {
+
+class DriveConnection;
+
+class AppDelegate : public QObject {
+    Q_OBJECT
+
+public:
+    struct Surroundings {
+        PlatformServices& platform;
+        DriveConnection& drive;
+        std::shared_ptr<HostReachability> reachability;
+        // The local Drive may have died; does nothing for the provider's.
+        std::function<void()> reviveDrive;
+        bool startsHidden = false; // the window stays closed as long as nothing has to be asked
+    };
+
+    explicit AppDelegate(const Surroundings& surroundings);
+    ~AppDelegate() override;
+
+    // --- The program's life -----------------------------------------------------------------------------------------
+
+    void applicationWillFinishLaunching();
+    void applicationDidFinishLaunching();
+    // Closing the workspace window never ends the program.
+    bool applicationShouldTerminateAfterLastWindowClosed() const { return false; }
+    bool applicationShouldHandleReopen();
+    // Files that were handed to the program; they wait for a sign-in when there is none.
+    void application_openFiles(const QList<QByteArray>& paths);
+    void applicationWillTerminate();
+
+    // --- The account ------------------------------------------------------------------------------------------------
+
+    bool isSignedIn() const { return session_.isSignedIn(); }
+    void loginAccess();
+    void Drive_Open();
+    // Asks first when uploads would be lost.
+    void logoutUser();
+
+    void showAlert(const QString& text);
+    // Something about the settings that people should read.
+    void settingsTroubled(const QString& sentence);
+
+Q_SIGNALS:
+    // Start the program on the Drive of this computer instead.
+    void localDriveRequested();
+    void quitRequested();
+
+private:
+    void connectStatusItem();
+    void connectAccount();
+    void connectUploads();
+    void connectWindow();
+
+    void becameSingleInstance(const Handover& handover);
+    Handover handOver();
+
+    void loginChecked(const MaybeError& keyringTrouble);
+    void becameSignedIn();
+    void signInEnded(const MaybeError& error);
+    void signInRefused();
+    void accountFailed(const Error& error);
+    void logOut();
+    void leaveAccount();
+    void setDisplayDataIfAvail();
+
+    void uploadPendingFiles();
+    void holdUploads();
+    void askAboutOtherAccounts();
+    void otherAccountAnswered(const QString& askedFor, bool isWanted);
+
+    void carryOut(MenuCommand command);
+    void bringWorkspaceToFront();
+    void shareThisFile(const QString& identifier, const QString& name);
+    void tell(const QString& message, const QString& information);
+    void refreshStatusItem();
+
+    const Surroundings surroundings_;
+    PlatformServices& platform_;
+
+    WorkspaceWindow window_; // its sheets are gone before it is: they belong to those below
+    AccountSession session_;
+    AccountDetails details_;
+    Reopening reopening_;
+    UploadPipeline uploads_;
+    UploadRows uploadRows_;
+    UploadListing uploadListing_;
+    ShareWindows shareWindows_;
+    AccountInputs inputs_; // what the status item and the menus show
+    StatusMenus menus_;
+    StatusItem statusItem_;
+
+    QList<QByteArray> openFromDocList_; // wait for a sign-in
+    HeldUploads heldUploads_;
+    QString account_;        // whose the uploads are: who is signed in, or was last; see HeldUploads
+    QString accountTrouble_; // why there is nothing to tell of the account
+    bool isLaunched_ = false;
+    bool isLoginChecked_ = false;
+    QStringList earlyTroubles_;    // of the settings, before that
+    bool isSignInRefused_ = false; // the one in the keyring
+    std::unique_ptr<Timer> keyringPatience_;
+    CompletionTicket launchAlert_; // these three while they wait for an answer
+    CompletionTicket signOutQuestion_;
+    CompletionTicket otherAccountQuestion_;
+};
+
+} // namespace quenby

@@ -1,0 +1,123 @@
+// The composition's objects, and which of them hears of what. What is then done stands in AppDelegate.cpp.
+#include "app/account/DriveConnection.h"
+#include "app/agent/AppDelegate.h"
+#include "app/agent/LaunchTrace.h"
+#include "app/dropview/dragFileImageView.h"
+#include "app/statusitem/ApplicationIcon.h"
+#include "workspace/window/AccountView.h"
+#include "workspace/window/WelcomeView.h"
+
+namespace quenby {
+namespace {
+
+// Somebody who works offline for a while does not want to hear that an upload has failed.
+constexpr UploadLimits uploadLimits{.patience = std::chrono::hours(1)};
+
+} // namespace
+
+AppDelegate::AppDelegate(const Surroundings& surroundings)
+    : surroundings_(surroundings)
+    , platform_(surroundings.platform)
+    , window_(*platform_.defaults)
+    , session_({surroundings.drive, *platform_.keyring, *platform_.defaults, *platform_.webViews, *platform_.opener,
+                surroundings.reachability})
+    , details_(surroundings.drive.driveService(), surroundings.drive.timeSource())
+    , reopening_(surroundings.drive.endpoints().rpcURL.host(), surroundings.reachability,
+                 surroundings.drive.timeSource())
+    , uploads_(
+          {[this] { return session_.UserLogin() ? surroundings_.drive.driveService() : nullptr; },
+           surroundings.drive.timeSource(), *platform_.defaults, *platform_.notifications, *platform_.alerts,
+           *platform_.filePanels, *platform_.pasteboard, *platform_.opener},
+          [this] { return &window_; }, uploadLimits)
+    , uploadListing_(uploads_.queue(), uploadRows_)
+    , shareWindows_(*platform_.webViews, surroundings.drive.timeSource())
+    , inputs_(session_, details_, uploads_)
+    , menus_(inputs_, *platform_.defaults)
+    , statusItem_(*platform_.statusItemHosts, *platform_.defaults, inputs_, surroundings.drive.timeSource(),
+                  menus_.statusMenu(), applicationIcon()) {
+    connectAccount();
+    connectUploads();
+    connectStatusItem();
+    connectWindow();
+}
+
+// The place where the status item stands still looks at it.
+AppDelegate::~AppDelegate() {
+    platform_.statusItemHosts.reset();
+    window_.accountView().setUploads(nullptr);
+}
+
+void AppDelegate::connectAccount() {
+    connect(&session_, &AccountSession::signedIn, this, [this] {
+        Drive_Open();
+        becameSignedIn();
+    });
+    connect(&session_, &AccountSession::signInEnded, this, &AppDelegate::signInEnded);
+    connect(&session_, &AccountSession::signInRefused, this, &AppDelegate::signInRefused);
+    connect(&session_, &AccountSession::keepingFailed, this, [this](const Error& error) {
+        tell(tr("The sign-in could not be kept"),
+             tr("You are signed in until Quenby ends, and will be asked again at the next start. ") +
+                 error.detail(errorKey::reason).toString());
+    });
+    connect(&session_, &AccountSession::signOutTroubled, this, [this](const Error& error) {
+        tell(tr("The sign-in could not be removed from the keyring"),
+             tr("You are signed out, and it is not used any more. To remove it, unlock the keyring, sign in and sign "
+                "out again. ") +
+                 error.detail(errorKey::reason).toString());
+    });
+    connect(&details_, &AccountDetails::arrived, this, [] { traceLaunch("account"); });
+    connect(&details_, &AccountDetails::changed, this, [this] {
+        reopening_.succeeded();
+        accountTrouble_.clear();
+        setDisplayDataIfAvail();
+        refreshStatusItem();
+        uploads_.tryNow();
+    });
+    connect(&details_, &AccountDetails::failed, this, &AppDelegate::accountFailed);
+    connect(&reopening_, &Reopening::due, this, &AppDelegate::Drive_Open);
+}
+
+void AppDelegate::connectUploads() {
+    connect(&uploads_, &UploadPipeline::statusItemRefreshWanted, this, &AppDelegate::refreshStatusItem);
+    connect(&uploads_, &UploadPipeline::shareRequested, this, &AppDelegate::shareThisFile);
+    connect(&uploads_, &UploadPipeline::RootFolderIdChanged, &details_, &AccountDetails::setRootFolderId);
+}
+
+void AppDelegate::connectStatusItem() {
+    connect(&statusItem_, &StatusItem::displayed, this,
+            [](bool isFirst) { traceLaunch(isFirst ? "gauge" : "repaint"); });
+    connect(&statusItem_, &StatusItem::statusItemClicked, this, &AppDelegate::bringWorkspaceToFront);
+    connect(&statusItem_, &StatusItem::statusItemMiddleClicked, this, &AppDelegate::bringWorkspaceToFront);
+    connect(&statusItem_, &StatusItem::dragEntered, this, &AppDelegate::bringWorkspaceToFront);
+    connect(&statusItem_, &StatusItem::filesDropped, &uploads_, &UploadPipeline::UploadFilesToServer);
+    connect(&menus_, &StatusMenus::triggered, this, &AppDelegate::carryOut);
+}
+
+void AppDelegate::connectWindow() {
+    const auto dropView = new dragFileImageView;
+    connect(dropView, &dragFileImageView::raiseRequested, this, &AppDelegate::bringWorkspaceToFront);
+    connect(dropView, &dragFileImageView::filesDropped, &uploads_, &UploadPipeline::UploadFilesToServer);
+    window_.accountView().setDropView(dropView);
+    window_.accountView().setUploads(&uploadRows_);
+    window_.welcomeView().setOffersLocalDrive(!surroundings_.drive.endpoints().isLocal);
+    window_.setCommandsMenu(&menus_.statusMenu());
+
+    connect(&window_, &WorkspaceWindow::becameKey, &statusItem_, &StatusItem::redisplay);
+    connect(&window_.accountView(), &AccountView::uploadRequested, this, [this] { carryOut(MenuCommand::uploadFile); });
+    connect(&window_.welcomeView(), &WelcomeView::signInRequested, this,
+            [this] { session_.makeLoginInGoogle(&window_); });
+    connect(&window_.welcomeView(), &WelcomeView::tryAgainRequested, this, [this] {
+        if (isSignInRefused_) // the keyring has nothing better
+            session_.makeLoginInGoogle(&window_);
+        else
+            loginAccess();
+    });
+    connect(&window_.welcomeView(), &WelcomeView::localDriveRequested, this, &AppDelegate::localDriveRequested);
+    connect(platform_.keyring.get(), &Keyring::becameAvailable, this, [this] {
+        if (isLaunched_ && !session_.UserLogin() && window_.isShowingWelcome())
+            loginAccess();
+    });
+    connect(platform_.defaults.get(), &Defaults::troubled, this, &AppDelegate::settingsTroubled);
+}
+
+} // namespace quenby

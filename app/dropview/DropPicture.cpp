@@ -1,0 +1,66 @@
+#include "app/dropview/DropPicture.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QPainterPath>
+
+namespace quenby {
+namespace {
+
+constexpr qreal frameInset = 1.5;
+constexpr qreal frameRadius = 10;
+constexpr qreal margin = 12;
+constexpr qreal arrowSide = 40;
+constexpr qreal gap = 8;
+
+void paintFrame(QPainter& painter, const QRectF& rect, const QColor& colour) {
+    QPen pen(colour, 1.5);
+    pen.setDashPattern({4, 3});
+    painter.setPen(pen);
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(rect.adjusted(frameInset, frameInset, -frameInset, -frameInset), frameRadius, frameRadius);
+}
+
+// On a grid of 40 x 40.
+void paintArrow(QPainter& painter, const QPointF& origin, const QColor& colour) {
+    QPainterPath path;
+    path.moveTo(20, 27);
+    path.lineTo(20, 6);
+    path.moveTo(12, 14);
+    path.lineTo(20, 6);
+    path.lineTo(28, 14);
+    path.moveTo(6, 25);
+    path.lineTo(6, 31);
+    path.quadTo(6, 34, 9, 34);
+    path.lineTo(31, 34);
+    path.quadTo(34, 34, 34, 31);
+    path.lineTo(34, 25);
+    painter.setPen(QPen(colour, 2.5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPath(path.translated(origin));
+}
+
+} // namespace
+
+void paintDropPicture(QPainter& painter, const QRectF& rect, const DropPicture& picture) {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    paintFrame(painter, rect, picture.accent);
+
+    const QRectF inner = rect.adjusted(margin, margin, -margin, -margin);
+    const QFontMetricsF metrics(picture.font, painter.device());
+    const bool hasCaption = !picture.caption.isEmpty() && inner.height() >= arrowSide + gap + metrics.height();
+    const qreal height = arrowSide + (hasCaption ? gap + metrics.height() : 0);
+    const qreal top = inner.center().y() - height / 2;
+    if (inner.height() >= arrowSide)
+        paintArrow(painter, QPointF(inner.center().x() - arrowSide / 2, top), picture.ink);
+    if (hasCaption) {
+        painter.setFont(picture.font);
+        painter.setPen(picture.ink);
+        const QRectF line(inner.left(), top + arrowSide + gap, inner.width(), metrics.height());
+        painter.drawText(line, Qt::AlignCenter, metrics.elidedText(picture.caption, Qt::ElideRight, line.width()));
+    }
+    painter.restore();
+}
+
+} // namespace quenby

@@ -1,0 +1,181 @@
+#include "app/session/AccountSession.h"
+
+#include "app/account/DriveConnection.h"
+#include "app/session/SharingAddress.h"
+#include "driveapi/GTLServiceDrive.h"
+#include "http/GTMHTTPFetcherService.h"
+#include "oauth2/GTMOAuth2Authentication.h"
+#include "oauth2/OAuth2Error.h"
+#include "oauth2/window/GTMOAuth2WindowController.h"
+#include "platform/Keyring.h"
+#include "platform/Opener.h"
+#include "platform/WebView.h"
+
+#include <QLoggingCategory>
+
+namespace quenby {
+
+namespace {
+
+const QString keptWebAccount = QStringLiteral("account");
+
+Q_LOGGING_CATEGORY(sessionLog, "quenby.session")
+
+bool isClosedByUser(const MaybeError& error) {
+    return error && error->is(errorDomain::oauth2, static_cast<qint64>(oauth2::ErrorCode::windowClosed));
+}
+
+} // namespace
+
+AccountSession::AccountSession(const Surroundings& surroundings)
+    : surroundings_(surroundings)
+    , keychain_(surroundings.keyring, surroundings.defaults, surroundings.drive.endpoints(),
+                surroundings.drive.timeSource()) {
+    connect(&keychain_, &KeychainPersistence::saveFailed, this,
+            [this](const QString&, const Error& error) { Q_EMIT keepingFailed(error); });
+    connect(&surroundings.defaults, &Defaults::changed, this, [this](const QString& key) {
+        if (key == KeychainPersistence::prefsKeyForName(itemName()))
+            keepNewToken();
+    });
+}
+
+AccountSession::~AccountSession() { restoring_.cancel(); }
+
+QString AccountSession::signedInUsername() const {
+    const auto authorizer = surroundings_.drive.driveService()->authorizer();
+    return authorizer && authentication_ && authentication_->canAuthorize() ? authorizer->userEmail() : QString();
+}
+
+bool AccountSession::isSignedIn() const { return !signedInUsername().isNull(); }
+
+void AccountSession::loginCheck(QObject* context, Checked checked) {
+    UserLogin_ = false;
+    restoring_.cancel();
+    const CompletionGate<const MaybeError&> gate(context, std::move(checked));
+    const auto authentication = surroundings_.drive.makeAuthentication();
+    restoring_ = keychain_.authorizeFromKeychainForName(
+        itemName(), authentication, this, [this, authentication, gate](KeychainRead outcome, const MaybeError& error) {
+            // A sign-in of nobody is none.
+            if (outcome == KeychainRead::authorized && !authentication->userEmail().isNull())
+                use(authentication);
+            UserLogin_ = isSignedIn();
+            if (UserLogin_)
+                qCInfo(sessionLog, "Successfull login");
+            // A sign-in that cannot be read for good is as good as none: only a new one helps.
+            const bool isLost = outcome == KeychainRead::notOurs;
+            gate.deliver(isLost ? MaybeError() : error);
+        });
+}
+
+QString AccountSession::webAccount() const {
+    return surroundings_.keyring.unavailableBecause().isEmpty() ? keptWebAccount : QString();
+}
+
+void AccountSession::makeLoginInGoogle(QWidget* window) {
+    if (!isSignedIn())
+        runSigninThenHandler(window);
+}
+
+void AccountSession::runSigninThenHandler(QWidget* window, std::function<void()> handler) {
+    if (signInWindow_)
+        return;
+    const DriveConnection& drive = surroundings_.drive;
+    signInWindow_ = GTMOAuth2WindowController::controllerWithAuthentication(
+        drive.makeAuthentication(), drive.endpoints().authorizationURL, itemName(),
+        {surroundings_.webViews,
+         keychain_,
+         surroundings_.opener,
+         {drive.endpoints(), drive.timeSource(), surroundings_.reachability},
+         webAccount()});
+    signInWindow_->signInSheetModalForWindow(
+        window, this,
+        [this, handler = std::move(handler)](const std::shared_ptr<GTMOAuth2Authentication>& authentication,
+                                             const MaybeError& error) {
+            signInFinished(authentication, error, handler);
+        });
+}
+
+void AccountSession::signInFinished(const std::shared_ptr<GTMOAuth2Authentication>& authentication,
+                                    const MaybeError& error, const std::function<void()>& handler) {
+    signInWindow_.reset();
+    if (!error) {
+        use(authentication);
+        Q_EMIT signedIn();
+        if (handler)
+            handler();
+    }
+    Q_EMIT signInEnded(isClosedByUser(error) ? MaybeError() : error);
+}
+
+void AccountSession::makeLogoutFromGoogle(QObject* context, std::function<void()> done) {
+    const CompletionGate<> gate(context, std::move(done));
+    drop();
+    surroundings_.webViews.forget(keptWebAccount);
+    keychain_.removeAuthFromKeychainForName(itemName(), this, [this, gate](const MaybeError& error) {
+        if (error) {
+            qCWarning(sessionLog, "error");
+            Q_EMIT signOutTroubled(*error);
+        } else {
+            qCInfo(sessionLog, "sucess logout");
+        }
+        gate.deliver();
+    });
+}
+
+void AccountSession::use(const std::shared_ptr<GTMOAuth2Authentication>& authentication) {
+    drop();
+    authentication_ = authentication;
+    surroundings_.drive.driveService()->setAuthorizer(authentication);
+    UserLogin_ = true;
+    keptToken_ = authentication->refreshToken();
+    strSHARE_ = sharingAddress(surroundings_.drive.endpoints(), keptToken_);
+    connect(authentication.get(), &GTMOAuth2Authentication::notification, this, [this](const QString& name) {
+        if (name == kGTMOAuth2AccessTokenRefreshFailed)
+            noticeRefusal();
+        else if (name == kGTMOAuth2RefreshTokenChanged)
+            keepNewToken();
+    });
+}
+
+void AccountSession::drop() {
+    restoring_.cancel();
+    signInWindow_.reset();
+    UserLogin_ = false;
+    strSHARE_.clear();
+    keptToken_.clear();
+    if (authentication_) {
+        authentication_->disconnect(this);
+        // This may be called from inside of it: it stays until the event loop's next turn.
+        QMetaObject::invokeMethod(
+            this, [kept = std::exchange(authentication_, nullptr)] {}, Qt::QueuedConnection);
+    }
+    const DriveConnection& drive = surroundings_.drive;
+    drive.driveService()->setAuthorizer(nullptr);
+    for (const auto& service : {drive.driveService()->fetcherService(), drive.accountFetcherService()})
+        service->clearHistory();
+}
+
+void AccountSession::noticeRefusal() {
+    if (authentication_->lastRefreshFailure() != RefreshFailure::refused)
+        return;
+    drop();
+    Q_EMIT signInRefused();
+}
+
+// The server gave out a new refresh token, and may refuse the old one from now on.
+void AccountSession::keepNewToken() {
+    const QString token = authentication_ ? authentication_->refreshToken() : QString();
+    if (token.isEmpty() || token == keptToken_)
+        return;
+    strSHARE_ = sharingAddress(surroundings_.drive.endpoints(), token);
+    // Kept where the user wanted it kept before, and nowhere else. While an older one is being written, the mark is
+    // missing: this is called again when it is set.
+    if (!surroundings_.defaults.boolForKey(KeychainPersistence::prefsKeyForName(itemName())))
+        return;
+    keptToken_ = token;
+    keychain_.saveAuthToKeychainForName(itemName(), *authentication_);
+}
+
+const QString& AccountSession::itemName() const { return surroundings_.drive.endpoints().keychainItemName; }
+
+} // namespace quenby

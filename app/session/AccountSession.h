@@ -1,0 +1,100 @@
+// Who is signed in: restores the sign-in from the keyring, runs the sign-in dialog, signs out. There is one account, or
+// none.
+//
+// Threads: the main thread; nothing blocks. Everything referred to outlives the session.
+#pragma once
+
+#include "core/CompletionGate.h"
+#include "core/Error.h"
+#include "oauth2/window/KeychainPersistence.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+
+class QWidget;
+
+namespace quenby {
+
+class Defaults;
+class DriveConnection;
+class GTMOAuth2Authentication;
+class GTMOAuth2WindowController;
+class HostReachability;
+class Keyring;
+class Opener;
+class WebViews;
+
+class AccountSession : public QObject {
+    Q_OBJECT
+
+public:
+    struct Surroundings {
+        DriveConnection& drive;
+        Keyring& keyring;
+        Defaults& defaults;
+        WebViews& webViews;
+        Opener& opener;
+        std::shared_ptr<HostReachability> reachability;
+    };
+    // No error: the sign-in was restored, or there is none to restore. An error: there is one, but the keyring does not
+    // give it away; that is not "signed out".
+    using Checked = std::function<void(const MaybeError& keyringTrouble)>;
+
+    explicit AccountSession(const Surroundings& surroundings);
+    ~AccountSession() override;
+
+    // Gates every upload.
+    bool UserLogin() const { return UserLogin_; }
+    bool isSignedIn() const;
+    // The user's e-mail address; null while nobody is signed in.
+    QString signedInUsername() const;
+    // Under which the pages of the account keep their cookies. Empty where there is no keyring: there, nothing that
+    // opens the account is left on the disk, cookies included.
+    QString webAccount() const;
+    // The sharing page's address without the file's identifier; a secret. Empty while nobody is signed in.
+    const QString& strSHARE() const { return strSHARE_; }
+
+    // Restores the sign-in. A locked keyring is waited for. Of two calls, or when a sign-in comes in between, the
+    // earlier one is not answered.
+    void loginCheck(QObject* context, Checked checked);
+    // The dialog, unless somebody is signed in or the dialog is open already.
+    void makeLoginInGoogle(QWidget* window);
+    // The handler is called after a sign-in that succeeded.
+    void runSigninThenHandler(QWidget* window, std::function<void()> handler = {});
+    // Forgets the account here: the credentials in memory at once, then those in the keyring and the web pages'
+    // cookies. A keyring that does not let go is told by signOutTroubled().
+    void makeLogoutFromGoogle(QObject* context, std::function<void()> done);
+
+Q_SIGNALS:
+    // By the dialog.
+    void signedIn();
+    // The dialog has ended, either way; after signedIn(). No error: it worked, or the user closed it.
+    void signInEnded(const quenby::MaybeError& error);
+    // It worked, but could not be kept: the next start asks again.
+    void keepingFailed(const quenby::Error& error);
+    void signOutTroubled(const quenby::Error& error);
+    // The service no longer accepts the sign-in; only a new one helps. UserLogin is off from here on.
+    void signInRefused();
+
+private:
+    void use(const std::shared_ptr<GTMOAuth2Authentication>& authentication);
+    void drop();
+    void noticeRefusal();
+    void keepNewToken();
+    const QString& itemName() const;
+    void signInFinished(const std::shared_ptr<GTMOAuth2Authentication>& authentication, const MaybeError& error,
+                        const std::function<void()>& handler);
+
+    const Surroundings surroundings_;
+    KeychainPersistence keychain_;
+    bool UserLogin_ = false;
+    std::shared_ptr<GTMOAuth2Authentication> authentication_;
+    QString strSHARE_;
+    QString keptToken_;                                       // the refresh token as the keyring has it; a secret
+    std::unique_ptr<GTMOAuth2WindowController> signInWindow_; // while it is open
+    CompletionTicket restoring_;
+};
+
+} // namespace quenby

@@ -1,0 +1,43 @@
+// Every service of the platform that the program uses, as one value that the composition hands on.
+#pragma once
+
+#include "platform/Alerts.h"
+#include "platform/CacheFolders.h"
+#include "platform/Defaults.h"
+#include "platform/FilePanels.h"
+#include "platform/Keyring.h"
+#include "platform/Notifications.h"
+#include "platform/Opener.h"
+#include "platform/Pasteboard.h"
+#include "platform/SessionEnd.h"
+#include "platform/SingleInstance.h"
+#include "platform/StatusItemHost.h"
+#include "platform/WebView.h"
+
+#include <memory>
+
+namespace quenby {
+
+// The part of them that keeps an account's sign-in.
+struct AccountStorage {
+    std::unique_ptr<Defaults> defaults;
+    std::unique_ptr<Keyring> keyring;
+};
+
+struct PlatformServices {
+    std::unique_ptr<Defaults> defaults;
+    std::unique_ptr<CacheFolders> cacheFolders;
+    std::unique_ptr<Keyring> keyring;
+    std::unique_ptr<Notifications> notifications;
+    std::unique_ptr<StatusItemHosts> statusItemHosts;
+    std::unique_ptr<Alerts> alerts;
+    std::unique_ptr<FilePanels> filePanels;
+    std::unique_ptr<Pasteboard> pasteboard;
+    std::unique_ptr<Opener> opener;
+    std::unique_ptr<WebViews> webViews;
+    std::unique_ptr<SingleInstance> singleInstance;
+    std::unique_ptr<SessionEnd> sessionEnd;
+    std::unique_ptr<QObject> appearance; // keeps the program's palette like the desktop's
+};
+
+} // namespace quenby

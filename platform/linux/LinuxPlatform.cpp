@@ -1,0 +1,52 @@
+#include "platform/linux/LinuxPlatform.h"
+
+#include "platform/linux/desktop/AutomaticStatusItemHosts.h"
+#include "platform/linux/desktop/BusNotifications.h"
+#include "platform/linux/desktop/ClipboardPasteboard.h"
+#include "platform/linux/desktop/DarkPreference.h"
+#include "platform/linux/desktop/DesktopOpener.h"
+#include "platform/linux/desktop/DialogFilePanels.h"
+#include "platform/linux/desktop/MessageBoxAlerts.h"
+#include "platform/linux/session/BusSingleInstance.h"
+#include "platform/linux/session/IniDefaults.h"
+#include "platform/linux/session/PosixSessionEnd.h"
+#include "platform/linux/session/SecretServiceKeyring.h"
+#include "platform/linux/session/UserFolders.h"
+#include "platform/linux/session/XdgCacheFolders.h"
+#include "platform/linux/web/PluginWebViews.h"
+
+namespace quenby {
+namespace {
+
+// How long a starting session is given to bring up its tray, before the strip takes its place.
+constexpr std::chrono::milliseconds trayPatience(1500);
+
+} // namespace
+
+AccountStorage makeLinuxAccountStorage(const QString& profile) {
+    return {std::make_unique<IniDefaults>(settingsFilePath(profile)), std::make_unique<SecretServiceKeyring>()};
+}
+
+PlatformServices makeLinuxPlatform(const LinuxPlatformOptions& options, const std::shared_ptr<TimeSource>& timeSource) {
+    PlatformServices services;
+    AccountStorage storage = makeLinuxAccountStorage(options.profile);
+    services.defaults = std::move(storage.defaults);
+    services.keyring = std::move(storage.keyring);
+    services.cacheFolders = std::make_unique<XdgCacheFolders>(cacheFolderPath(options.profile));
+    services.notifications = std::make_unique<BusNotifications>();
+    services.statusItemHosts = std::make_unique<AutomaticStatusItemHosts>(
+        StatusItemHostsOptions{.place = options.statusItemPlace,
+                               .patience = options.startsWithSession ? trayPatience : std::chrono::milliseconds(0)},
+        timeSource);
+    services.alerts = std::make_unique<MessageBoxAlerts>();
+    services.filePanels = std::make_unique<DialogFilePanels>();
+    services.pasteboard = std::make_unique<ClipboardPasteboard>();
+    services.opener = std::make_unique<DesktopOpener>();
+    services.webViews = std::make_unique<PluginWebViews>(PluginWebViewsPlaces::standard(options.profile));
+    services.singleInstance = std::make_unique<BusSingleInstance>(QDBusConnection::sessionBus(), timeSource);
+    services.sessionEnd = std::make_unique<PosixSessionEnd>();
+    services.appearance = std::make_unique<DarkPreference>();
+    return services;
+}
+
+} // namespace quenby

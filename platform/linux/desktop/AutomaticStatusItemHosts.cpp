@@ -1,0 +1,122 @@
+#include "platform/linux/desktop/AutomaticStatusItemHosts.h"
+
+#include "platform/linux/desktop/EmbedTrayWatch.h"
+#include "platform/linux/desktop/NotifierTrayWatch.h"
+#include "platform/linux/desktop/StripHost.h"
+#include "platform/linux/desktop/TrayHost.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace quenby {
+namespace {
+
+AutomaticStatusItemHosts::TrayWatches desktopsTrayWatches() {
+    AutomaticStatusItemHosts::TrayWatches watches;
+    watches.push_back(std::make_unique<NotifierTrayWatch>());
+    watches.push_back(std::make_unique<EmbedTrayWatch>());
+    return watches;
+}
+
+std::unique_ptr<StatusItemHost> desktopsHost(std::optional<TrayKind> tray) {
+    if (tray)
+        return std::make_unique<TrayHost>(*tray);
+    return std::make_unique<StripHost>();
+}
+
+// How long a bus that does not answer may keep the status item from being shown.
+constexpr std::chrono::milliseconds longestWaitForAnswer{1500};
+
+} // namespace
+
+AutomaticStatusItemHosts::AutomaticStatusItemHosts(const StatusItemHostsOptions& options,
+                                                   std::shared_ptr<TimeSource> timeSource)
+    : AutomaticStatusItemHosts(options, std::move(timeSource), desktopsTrayWatches, desktopsHost) {}
+
+AutomaticStatusItemHosts::AutomaticStatusItemHosts(const StatusItemHostsOptions& options,
+                                                   std::shared_ptr<TimeSource> timeSource,
+                                                   MakeTrayWatches makeTrayWatches, MakeHost makeHost)
+    : options_(options)
+    , timeSource_(std::move(timeSource))
+    , makeTrayWatches_(std::move(makeTrayWatches))
+    , makeHost_(std::move(makeHost)) {}
+
+AutomaticStatusItemHosts::~AutomaticStatusItemHosts() = default;
+
+void AutomaticStatusItemHosts::start() {
+    // Who wants the strip is not bothered with trays.
+    if (options_.place != StatusItemPlace::strip)
+        watches_ = makeTrayWatches_();
+    for (const auto& watch : watches_)
+        connect(watch.get(), &TrayWatch::changed, this, &AutomaticStatusItemHosts::reviewSoon);
+    reviewSoon();
+}
+
+// Never from inside of a watch: a host may go, and with it windows whose events are being told.
+void AutomaticStatusItemHosts::reviewSoon() {
+    if (std::exchange(isReviewComing_, true))
+        return;
+    QMetaObject::invokeMethod(this, &AutomaticStatusItemHosts::review, Qt::QueuedConnection);
+}
+
+void AutomaticStatusItemHosts::review() {
+    isReviewComing_ = false;
+    if (options_.place == StatusItemPlace::strip) {
+        use(std::nullopt);
+        return;
+    }
+    if (const TrayWatch* tray = usableTray()) {
+        patience_.reset();
+        isPatienceOver_ = false;
+        kind_ = tray->kind();
+        // A tray that went and came back does not know the former host any more.
+        if (!std::exchange(isTrayUsed_, true))
+            use(kind_);
+        return;
+    }
+    isTrayUsed_ = false;
+    const bool isStripUsed = host_ && host_->place() == StatusItemPlace::strip;
+    if (options_.place == StatusItemPlace::tray || isStripUsed)
+        return;
+    if (isPatienceOver_)
+        use(std::nullopt);
+    else
+        waitForTray();
+}
+
+const TrayWatch* AutomaticStatusItemHosts::usableTray() const {
+    for (const auto& watch : watches_) {
+        if (kind_ && *kind_ != watch->kind())
+            continue;
+        if (watch->state() == TrayWatch::State::there)
+            return watch.get();
+        // The next one is not what the toolkit would choose if this one is there.
+        if (watch->state() == TrayWatch::State::unknown && !isPatienceOver_)
+            return nullptr;
+    }
+    return nullptr;
+}
+
+bool AutomaticStatusItemHosts::isAnswerAwaited() const {
+    return std::any_of(watches_.begin(), watches_.end(),
+                       [](const auto& watch) { return watch->state() == TrayWatch::State::unknown; });
+}
+
+void AutomaticStatusItemHosts::waitForTray() {
+    const auto longest = isAnswerAwaited() ? std::max(options_.patience, longestWaitForAnswer) : options_.patience;
+    if (patience_ && longest == waitedFor_)
+        return;
+    waitedFor_ = longest;
+    patience_ = timeSource_->startTimer(longest, [this] {
+        isPatienceOver_ = true;
+        reviewSoon();
+    });
+}
+
+void AutomaticStatusItemHosts::use(std::optional<TrayKind> tray) {
+    // Whoever hears of the change may still hold on to the former one while it does.
+    const std::unique_ptr<StatusItemHost> former = std::exchange(host_, makeHost_(tray));
+    Q_EMIT hostChanged();
+}
+
+} // namespace quenby

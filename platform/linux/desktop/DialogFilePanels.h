@@ -1,0 +1,25 @@
+// File panels as file dialogs: the desktop's own where it has one.
+#pragma once
+
+#include "platform/FilePanels.h"
+
+#include <QObject>
+
+namespace quenby {
+
+class DialogFilePanels final : public QObject, public FilePanels {
+    Q_OBJECT
+
+public:
+    DialogFilePanels();
+    // Closes what is open; nothing is answered any more.
+    ~DialogFilePanels() override;
+
+    CompletionTicket openFiles(QWidget* window, const QString& title, const QString& prompt, QObject* context,
+                               Chosen chosen) override;
+
+private:
+    QUrl folder_; // where the user chose last; for this run of the program
+};
+
+} // namespace quenby

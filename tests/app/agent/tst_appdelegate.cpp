@@ -1,0 +1,338 @@
+// The desktop program put together, with every service of the platform played by the test and a real local Drive.
+
+#include "app/agent/AppDelegate.h"
+#include "app/agent/HandoverLines.h"
+#include "driveapi/GTLServiceDrive.h"
+#include "tests/app/session/KeptGrant.h"
+#include "tests/oauth2/FakeReachability.h"
+#include "tests/platform/fakes/FakeAlerts.h"
+#include "tests/platform/fakes/FakeCacheFolders.h"
+#include "tests/platform/fakes/FakeDefaults.h"
+#include "tests/platform/fakes/FakeFilePanels.h"
+#include "tests/platform/fakes/FakeKeyring.h"
+#include "tests/platform/fakes/FakeNotifications.h"
+#include "tests/platform/fakes/FakeOpener.h"
+#include "tests/platform/fakes/FakePasteboard.h"
+#include "tests/platform/fakes/FakeSessionEnd.h"
+#include "tests/platform/fakes/FakeSingleInstance.h"
+#include "tests/platform/fakes/FakeStatusItemHost.h"
+#include "tests/platform/fakes/FakeWebViews.h"
+#include "tests/support/ManualTimeSource.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QLabel>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace quenby;
+using namespace quenby::testing;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int patiently = 60000;                   // ms; only a hang takes so long
+const QString owner = u"robin.hale@example.com"_s; // of the local Drive
+const QString guest = u"guest@example.com"_s;      // may sign in, but not upload
+
+} // namespace
+
+class AppDelegateTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() {
+        local_ = std::make_unique<LocalDriveProcess>();
+        QVERIFY2(local_->start(), local_->log().constData());
+        time_ = std::make_shared<ManualTimeSource>();
+        network_ = std::make_shared<FakeReachability>();
+        drive_ =
+            std::make_unique<DriveConnection>(Endpoints::localDrive(local_->url()), grantedClient(), time_, nullptr);
+        drive_->driveService()->ticketSettings().maxRetryInterval = 4;
+        platform_ = std::make_unique<PlatformServices>();
+        defaults_ = place(platform_->defaults, std::make_unique<FakeDefaults>());
+        caches_ = place(platform_->cacheFolders, std::make_unique<FakeCacheFolders>());
+        keyring_ = place(platform_->keyring, std::make_unique<FakeKeyring>());
+        notifications_ = place(platform_->notifications, std::make_unique<FakeNotifications>());
+        hosts_ = place(platform_->statusItemHosts, std::make_unique<FakeStatusItemHosts>());
+        alerts_ = place(platform_->alerts, std::make_unique<FakeAlerts>());
+        place(platform_->filePanels, std::make_unique<FakeFilePanels>());
+        place(platform_->pasteboard, std::make_unique<FakePasteboard>());
+        place(platform_->opener, std::make_unique<FakeOpener>());
+        webViews_ = place(platform_->webViews, std::make_unique<FakeWebViews>());
+        instance_ = place(platform_->singleInstance, std::make_unique<FakeSingleInstance>());
+        sessionEnd_ = place(platform_->sessionEnd, std::make_unique<FakeSessionEnd>());
+        delegate_ = std::make_unique<AppDelegate>(
+            AppDelegate::Surroundings{*platform_, *drive_, network_, [this] { ++revivals_; }});
+        revivals_ = 0;
+    }
+    void cleanup() {
+        delegate_.reset();
+        platform_.reset();
+    }
+
+    void launchAndEndInOrder() {
+        instance_->hold();
+        keep(keptGrant(*local_, owner));
+        launch();
+        QTest::qWait(0);
+        QVERIFY(caches_->removed().isEmpty()); // the older one still works there
+        QVERIFY(!defaults_->contains(u"showUsegeText"_s) && keyring_->calls().isEmpty() && !hosts_->host());
+        instance_->release();
+        QTRY_VERIFY_WITH_TIMEOUT(hosts_->fake() && hosts_->fake()->face(), patiently); // the gauge
+        QCOMPARE(caches_->removed() + caches_->created(), (QStringList{u"imageCache"_s, u"imageCache"_s}));
+        QVERIFY(defaults_->boolForKey(u"notificationDisplay"_s) && defaults_->contains(u"showUsegeText"_s));
+        QVERIFY(window()->isVisible() && !window()->isShowingWelcome() && shows(owner));
+        QVERIFY(!delegate_->applicationShouldTerminateAfterLastWindowClosed());
+        window()->close();
+        QVERIFY(delegate_->applicationShouldHandleReopen() && window()->isVisible());
+        window()->close();
+        Q_EMIT hosts_->fake()->middleClicked();
+        QVERIFY(window()->isVisible());
+        delegate_->applicationWillTerminate();
+        QCOMPARE(caches_->removed().mid(1),
+                 (QStringList{u"ScreenShotCaches"_s, u"ScreenCastCache"_s, u"imageCache"_s}));
+    }
+
+    void filesWaitForASignIn() {
+        const QByteArray first = makeFile("first");
+        const QByteArray second = makeFile("second");
+        delegate_->application_openFiles({makeFile("never")});
+        delegate_->application_openFiles({first, second}); // in place of those before
+        launch();
+        QTRY_COMPARE(alerts_->waiting(), 1);
+        QCOMPARE(alerts_->shown().last().alert.messageText, u"No login, please try again"_s);
+        QCOMPARE(alerts_->shown().last().alert.informativeText, u"info"_s);
+        delegate_->loginAccess(); // twice in a row is no reason to say it twice
+        QTest::qWait(0);
+        QVERIFY(window()->isShowingWelcome() && webViews_->views.empty());
+        alerts_->answer(0);
+        QTRY_COMPARE(webViews_->views.size(), 1U); // the sign-in dialog
+        QCOMPARE(alerts_->shown().size(), 1);
+
+        keep(keptGrant(*local_, owner)); // somebody signs in
+        delegate_->loginAccess();
+        QTRY_COMPARE_WITH_TIMEOUT(uploads(), 2, patiently);
+        delegate_->application_openFiles({makeFile("third")});
+        QTRY_COMPARE_WITH_TIMEOUT(notifications_->posted().size(), 3, patiently);
+        QCOMPARE(alerts_->shown().size(), 1);
+    }
+
+    void uploadsOfAnotherAccount_data() {
+        QTest::addColumn<bool>("isHandedOver"); // otherwise its sign-in was refused
+        QTest::addColumn<QString>("first");     // whose uploads they are; afterwards, the owner signs in
+        QTest::addColumn<int>("answer");        // -1: nothing is asked
+        QTest::addColumn<int>("uploads");
+        QTest::newRow("refused, the same again") << false << owner << -1 << 1;
+        QTest::newRow("refused, another, yes") << false << guest << 0 << 1;
+        QTest::newRow("refused, another, no") << false << guest << 1 << 0;
+        QTest::newRow("handed over to the same") << true << owner << -1 << 1;
+        QTest::newRow("handed over to another") << true << guest << 1 << 0;
+    }
+    void uploadsOfAnotherAccount() {
+        QFETCH(bool, isHandedOver);
+        QFETCH(QString, first);
+        QFETCH(int, answer);
+        QFETCH(int, uploads);
+        // So that it is not there before it is handed over.
+        QVERIFY(
+            local_->orderFaults(R"([{"match":{"pathPrefix":"/upload/rpc","times":1000},"action":{"status":503}}])"));
+        keep(isHandedOver ? keptGrant(*local_, first) : refusedGrant(first));
+        delegate_->application_openFiles({makeFile("mine")});
+        launch();
+        QSignalSpy quit(delegate_.get(), &AppDelegate::quitRequested);
+        if (isHandedOver) {
+            QTRY_VERIFY(!window()->isShowingWelcome());
+            const Handover left = instance_->playNewerInstance();
+            QCOMPARE(workFromHandover(left).uploads.count(), 1);
+            QCOMPARE(quit.size(), 1);
+            cleanup();
+            init();
+            instance_->setInheritance(left);
+            launch();
+            QTRY_VERIFY(window()->isShowingWelcome());
+        } else {
+            QTRY_VERIFY_WITH_TIMEOUT(shows(u"no longer accepts"_s), patiently);
+            QVERIFY(window()->isShowingWelcome() && !delegate_->isSignedIn());
+        }
+        local_->clearFaults();
+        keep(keptGrant(*local_, owner));
+        delegate_->loginAccess();
+        if (answer >= 0) {
+            QTRY_COMPARE_WITH_TIMEOUT(alerts_->waiting(), 1, patiently);
+            const QString asked = alerts_->shown().last().alert.informativeText;
+            QVERIFY2(asked.contains(owner) && asked.contains(guest), qPrintable(asked));
+            alerts_->answer(answer);
+            QTRY_VERIFY(!alerts_->shown().last().answer.ticket().isPending()); // it has arrived
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(hosts_->fake() && hosts_->fake()->face(), patiently);
+        QTRY_COMPARE_WITH_TIMEOUT(notifications_->posted().size(), uploads, patiently);
+        QCOMPARE(this->uploads(), uploads);
+        QCOMPARE(alerts_->waiting(), 0);
+        QVERIFY(workFromHandover(instance_->playNewerInstance()).uploads.count() == 0);
+    }
+
+    void signingOutAsksForRunningUploads_data() {
+        QTest::addColumn<bool>("isUploading");
+        QTest::addColumn<int>("answer");
+        QTest::newRow("nothing to lose") << false << -1;
+        QTest::newRow("rather not") << true << 1;
+        QTest::newRow("all the same") << true << 0;
+    }
+    void signingOutAsksForRunningUploads() {
+        QFETCH(bool, isUploading);
+        QFETCH(int, answer);
+        keep(keptGrant(*local_, owner));
+        launch();
+        QTRY_VERIFY_WITH_TIMEOUT(hosts_->fake() && hosts_->fake()->face(), patiently);
+        QVERIFY(visibleInMenu(u"Sign Out"_s) && !visibleInMenu(u"Sign In"_s));
+        if (isUploading)
+            delegate_->application_openFiles({makeFile("under way")});
+        delegate_->logoutUser();
+        delegate_->logoutUser(); // pressed twice
+        QCOMPARE(alerts_->waiting(), isUploading ? 1 : 0);
+        if (isUploading) {
+            QCOMPARE(alerts_->shown().last().alert.buttons, (QStringList{u"Sign Out"_s, u"Cancel"_s}));
+            QVERIFY(delegate_->isSignedIn());
+            alerts_->answer(answer);
+        }
+        if (answer == 1) {
+            QTRY_COMPARE_WITH_TIMEOUT(uploads(), 1, patiently);
+            QVERIFY(delegate_->isSignedIn());
+            return;
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(webViews_->views.size(), 1U, patiently); // the sign-in dialog again
+        QVERIFY(window()->isShowingWelcome() && !delegate_->isSignedIn());
+        QVERIFY(visibleInMenu(u"Sign In"_s) && !visibleInMenu(u"Sign Out"_s));
+        QVERIFY(visibleInMenu(u"Data not available"_s));
+        QVERIFY(!keyring_->item(itemOf(drive_->endpoints())));
+        QCOMPARE(uploads(), 0);
+    }
+
+    void aKeyringThatHangs() {
+        keep(keptGrant(*local_, owner));
+        keyring_->hold();
+        launch();
+        QTRY_VERIFY(hosts_->host());     // everything else goes on
+        QVERIFY(!window()->isVisible()); // it may be about to answer
+        time_->advance(1s);
+        QVERIFY(window()->isVisible() && window()->isShowingWelcome() && shows(u"Waiting for the keyring…"_s));
+        QCOMPARE(webViews_->views.size(), 0U);
+        keyring_->release();
+        QTRY_VERIFY(!window()->isShowingWelcome());
+        QVERIFY(delegate_->isSignedIn());
+    }
+
+    void aKeyringThatStaysLocked() {
+        keep(keptGrant(*local_, owner));
+        keyring_->setState(FakeKeyring::State::locked);
+        launch();
+        QTRY_COMPARE(keyring_->waitingCalls(), 1);
+        keyring_->dismissUnlock();
+        QTRY_VERIFY(shows(u"The keyring did not do it."_s));
+        QCOMPARE(webViews_->views.size(), 0U); // that is not signed out
+        keyring_->setState(FakeKeyring::State::available);
+        QTRY_VERIFY(delegate_->isSignedIn());
+    }
+
+    void theNetworkComesLater() {
+        keep(keptGrant(*local_, owner));
+        local_->kill();
+        launch();
+        QTRY_VERIFY_WITH_TIMEOUT((time_->advance(1s), shows(u"The Drive does not answer"_s)), patiently);
+        QVERIFY(revivals_ > 0 && delegate_->isSignedIn() && !window()->isShowingWelcome());
+        network_->change(false);
+        QVERIFY(local_->start());
+        time_->advance(1h);
+        QVERIFY(!hosts_->fake()->face()); // nobody asks in vain
+        network_->change(true);
+        QTRY_VERIFY_WITH_TIMEOUT(hosts_->fake()->face(), patiently);
+        QVERIFY(!shows(u"The Drive does not answer"_s) && shows(u"% of"_s));
+    }
+
+    void reasonsToEnd() {
+        QSignalSpy quit(delegate_.get(), &AppDelegate::quitRequested);
+        launch();
+        QTRY_COMPARE(webViews_->views.size(), 1U); // underneath the sign-in dialog, too
+        sessionEnd_->requestEnd();
+        sessionEnd_->requestEnd();
+        QCOMPARE(quit.size(), 2);
+        delegate_->applicationWillTerminate();
+        defaults_->tellTrouble(u"The settings are damaged."_s);
+        QCOMPARE(alerts_->shown().last().alert.informativeText, u"The settings are damaged."_s);
+    }
+
+private:
+    template <typename Service, typename Fake>
+    static Fake* place(std::unique_ptr<Service>& service, std::unique_ptr<Fake> fake) {
+        Fake* const placed = fake.get();
+        service = std::move(fake);
+        return placed;
+    }
+    void launch() {
+        delegate_->applicationWillFinishLaunching();
+        delegate_->applicationDidFinishLaunching();
+    }
+    void keep(const QByteArray& grant) {
+        const KeyringItem item = itemOf(drive_->endpoints());
+        keyring_->setItem(item, grant);
+        defaults_->setValueForKey(KeychainPersistence::prefsKeyForName(item.serviceName), true);
+    }
+    QByteArray makeFile(const char* name) {
+        QFile file(files_.filePath(QString::fromLatin1(name)));
+        if (!file.open(QIODevice::WriteOnly) || file.write("content") < 0)
+            qFatal("A file for the test can't be written.");
+        return QFile::encodeName(file.fileName());
+    }
+    // That have reached the Drive.
+    int uploads() {
+        int complete = 0;
+        for (const QJsonValue& upload : local_->state()["uploads"_L1].toArray())
+            complete += upload["complete"_L1].toBool();
+        return complete;
+    }
+    static WorkspaceWindow* window() {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (auto* found = qobject_cast<WorkspaceWindow*>(widget))
+                return found;
+        }
+        return nullptr;
+    }
+    static bool shows(const QString& text) {
+        for (const QLabel* label : window()->findChildren<QLabel*>()) {
+            if (label->isVisible() && label->text().contains(text))
+                return true;
+        }
+        return false;
+    }
+    bool visibleInMenu(const QString& text) const {
+        for (const QAction* action : hosts_->fake()->menu()->actions()) {
+            if (action->isVisible() && action->text().remove(QLatin1Char('&')) == text)
+                return true;
+        }
+        return false;
+    }
+
+    std::unique_ptr<LocalDriveProcess> local_;
+    std::shared_ptr<ManualTimeSource> time_;
+    std::shared_ptr<FakeReachability> network_;
+    QTemporaryDir files_;
+    std::unique_ptr<DriveConnection> drive_;
+    std::unique_ptr<PlatformServices> platform_;
+    FakeDefaults* defaults_ = nullptr; // these belong to the platform
+    FakeCacheFolders* caches_ = nullptr;
+    FakeKeyring* keyring_ = nullptr;
+    FakeStatusItemHosts* hosts_ = nullptr;
+    FakeAlerts* alerts_ = nullptr;
+    FakeNotifications* notifications_ = nullptr;
+    FakeWebViews* webViews_ = nullptr;
+    FakeSingleInstance* instance_ = nullptr;
+    FakeSessionEnd* sessionEnd_ = nullptr;
+    std::unique_ptr<AppDelegate> delegate_;
+    int revivals_ = 0;
+};
+
+QTEST_MAIN(AppDelegateTest)
+#include "tst_appdelegate.moc"

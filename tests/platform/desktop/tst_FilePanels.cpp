@@ -1,0 +1,137 @@
+// File dialogs, the clipboard and the opener on a real screen; and the fakes beside them.
+#include "platform/linux/desktop/ClipboardPasteboard.h"
+#include "platform/linux/desktop/DesktopOpener.h"
+#include "platform/linux/desktop/DialogFilePanels.h"
+#include "tests/platform/contracts/FilePanelsContract.h"
+#include "tests/platform/contracts/OpenerAndPasteboardContract.h"
+#include "tests/platform/desktop/VirtualDesktop.h"
+#include "tests/platform/fakes/FakeFilePanels.h"
+#include "tests/platform/fakes/FakeOpener.h"
+#include "tests/platform/fakes/FakePasteboard.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QPushButton>
+#include <QTemporaryDir>
+
+using namespace quenby;
+using namespace quenby::testing;
+
+namespace {
+
+constexpr int patience = 20'000; // ms
+
+// The panel that takes the keys.
+QFileDialog* activePanel() { return qobject_cast<QFileDialog*>(QApplication::activeWindow()); }
+
+void type(const QString& text) {
+    outputOf(QStringLiteral("xdotool"), {QStringLiteral("type"), QStringLiteral("--delay"), QStringLiteral("2"), text});
+    useInput(QStringLiteral("key Return"));
+}
+
+void makeFile(const QString& path) {
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+}
+
+} // namespace
+
+class tst_FilePanels : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir folder_;
+    QWidget window_;
+    QList<QByteArray> files_;
+
+private Q_SLOTS:
+    void initTestCase() {
+        QApplication::setQuitOnLastWindowClosed(false);
+        QVERIFY(QDir(folder_.path()).mkdir(QStringLiteral("folder")));
+        for (const QString& name : {QStringLiteral("a b.txt"), QStringLiteral("c.txt")}) {
+            makeFile(folder_.filePath(name));
+            files_.append(QFile::encodeName(folder_.filePath(name)));
+        }
+        window_.resize(300, 200);
+        window_.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window_));
+    }
+
+    void theFakeKeepsTheContract() {
+        FakeFilePanels fake;
+        filePanelsKeepTheirContract(
+            fake, window_, files_,
+            {[&](const QList<QByteArray>& paths) { QVERIFY(fake.choose(paths)); }, [&] { QVERIFY(fake.cancel()); }});
+    }
+
+    void dialogsKeepTheContract() {
+        DialogFilePanels panels;
+        const auto choose = [this](const QList<QByteArray>& paths) {
+            QTRY_VERIFY_WITH_TIMEOUT(activePanel(), patience);
+            type(folder_.path()); // opens the folder, and chooses nothing
+            QTRY_COMPARE_WITH_TIMEOUT(activePanel()->directory().path(), folder_.path(), patience);
+            QString names;
+            for (const QByteArray& path : paths)
+                names += QStringLiteral("\"%1\" ").arg(QFileInfo(QFile::decodeName(path)).fileName());
+            type(names.trimmed());
+            QTRY_VERIFY_WITH_TIMEOUT(!activePanel(), patience);
+        };
+        const auto cancel = [] {
+            QTRY_VERIFY_WITH_TIMEOUT(activePanel(), patience);
+            useInput(QStringLiteral("key Escape"));
+            QTRY_VERIFY_WITH_TIMEOUT(!activePanel(), patience);
+        };
+        filePanelsKeepTheirContract(panels, window_, files_, {choose, cancel});
+    }
+
+    void thePanelBeginsWhereTheLastOneEnded() {
+        DialogFilePanels panels;
+        const auto open = [&] {
+            panels.openFiles(&window_, QStringLiteral("Upload File"), QStringLiteral("Upload"), this,
+                             [](const auto&) {});
+            QTRY_VERIFY_WITH_TIMEOUT(activePanel(), patience);
+        };
+        open();
+        QCOMPARE(activePanel()->directory().path(), QDir::homePath());
+        QCOMPARE(activePanel()->windowModality(), Qt::WindowModal);
+        QCOMPARE(activePanel()->labelText(QFileDialog::Accept), QStringLiteral("Upload"));
+        type(QFile::decodeName(files_.last()));
+        QTRY_VERIFY_WITH_TIMEOUT(!activePanel(), patience);
+        open();
+        QCOMPARE(activePanel()->directory().path(), folder_.path());
+        useInput(QStringLiteral("key Escape"));
+        QTRY_VERIFY_WITH_TIMEOUT(!activePanel(), patience);
+    }
+
+    void theFakesOfOpenerAndPasteboardKeepTheirContracts() {
+        FakeOpener opener;
+        openerKeepsItsContract(opener);
+        FakePasteboard pasteboard;
+        pasteboardKeepsItsContract(pasteboard);
+    }
+
+    void theDesktopsOpenAndPasteboardKeepTheirContracts() {
+        // A browser that writes down what it was given.
+        const QString browser = folder_.filePath(QStringLiteral("browser"));
+        const QString opened = folder_.filePath(QStringLiteral("opened"));
+        QFile script(browser);
+        QVERIFY(script.open(QIODevice::WriteOnly));
+        script.write("#!/bin/sh\nprintf '%s\\n' \"$1\" >>'" + opened.toUtf8() + "'\n");
+        script.close();
+        QVERIFY(script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        qputenv("BROWSER", browser.toUtf8());
+
+        DesktopOpener opener;
+        openerKeepsItsContract(opener);
+        const auto isOpened = [&opened] {
+            QFile file(opened);
+            return file.open(QIODevice::ReadOnly) && file.readAll() == "https://drive.example/file?id=1&x=%20#a\n";
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(isOpened(), patience);
+
+        ClipboardPasteboard pasteboard;
+        pasteboardKeepsItsContract(pasteboard);
+    }
+};
+
+QTEST_MAIN(tst_FilePanels)
+#include "tst_FilePanels.moc"

@@ -1,0 +1,46 @@
+// File panels that nobody sees. The test chooses or cancels when it likes.
+#pragma once
+
+#include "platform/FilePanels.h"
+
+#include <QPointer>
+#include <QWidget>
+
+#include <utility>
+
+namespace quenby::testing {
+
+class FakeFilePanels final : public FilePanels {
+public:
+    struct Opened {
+        QPointer<QWidget> window;
+        QString title;
+        QString prompt;
+        CompletionGate<QList<QByteArray>> chosen;
+    };
+
+    CompletionTicket openFiles(QWidget* window, const QString& title, const QString& prompt, QObject* context,
+                               Chosen chosen) override {
+        opened_.append({window, title, prompt, CompletionGate<QList<QByteArray>>(context, std::move(chosen))});
+        return opened_.last().chosen.ticket();
+    }
+
+    // Every panel that was opened, closed or not.
+    const QList<Opened>& opened() const { return opened_; }
+    qsizetype waiting() const { return opened_.size() - closed_; }
+
+    // Ends the oldest panel that is open; the choice arrives through the event loop. False: none is open.
+    bool choose(const QList<QByteArray>& paths) {
+        if (waiting() == 0)
+            return false;
+        opened_.at(closed_++).chosen.deliver(paths);
+        return true;
+    }
+    bool cancel() { return choose({}); }
+
+private:
+    QList<Opened> opened_;
+    qsizetype closed_ = 0;
+};
+
+} // namespace quenby::testing

@@ -1,0 +1,231 @@
+// The workspace window: closing, coming back, its place, what it shows, and that the keyboard reaches everything.
+
+#include "tests/platform/fakes/FakeDefaults.h"
+#include "workspace/window/AccountView.h"
+#include "workspace/window/ElidedLabel.h"
+#include "workspace/window/SecondaryLabel.h"
+#include "workspace/window/UploadRows.h"
+#include "workspace/window/WelcomeView.h"
+#include "workspace/window/WorkspaceWindow.h"
+
+#include <QAbstractButton>
+#include <QAbstractItemModelTester>
+#include <QLabel>
+#include <QListView>
+#include <QMenu>
+#include <QProgressBar>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace quenby;
+using namespace quenby::testing;
+
+namespace {
+
+QAbstractButton* button(const QWidget& view, const char* text) {
+    for (QAbstractButton* candidate : view.findChildren<QAbstractButton*>()) {
+        if (candidate->text().remove(QLatin1Char('&')) == QLatin1String(text))
+            return candidate;
+    }
+    return nullptr;
+}
+
+bool showsText(const QWidget& view, const QString& text) {
+    for (const QLabel* label : view.findChildren<QLabel*>()) {
+        if (label->text() == text && label->isVisibleTo(&view))
+            return true;
+    }
+    return false;
+}
+
+// What the Tab key reaches, in its order, until it comes round.
+QStringList tabOrder(QWidget& window) {
+    QStringList order;
+    const QWidget* first = window.focusWidget();
+    for (const QWidget* widget = first; widget && order.size() < 30;) {
+        const auto* pressed = qobject_cast<const QAbstractButton*>(widget);
+        order += pressed ? pressed->text().remove(QLatin1Char('&')) : widget->accessibleName();
+        QTest::keyClick(window.focusWidget(), Qt::Key_Tab);
+        widget = window.focusWidget();
+        if (widget == first)
+            break;
+    }
+    return order;
+}
+
+QString tabsOf(QWidget& window) { return tabOrder(window).join(QStringLiteral(", ")); }
+
+} // namespace
+
+class WorkspaceWindowTest : public QObject {
+    Q_OBJECT
+
+public:
+    static void initMain() { qputenv("QT_QPA_PLATFORM", "offscreen"); }
+
+private Q_SLOTS:
+    void closingHidesAndBringToFrontReopens() {
+        FakeDefaults defaults;
+        WorkspaceWindow window(defaults);
+        QSignalSpy becameKey(&window, &WorkspaceWindow::becameKey);
+        window.bringToFront();
+        QTRY_COMPARE(becameKey.count(), 1);
+        QVERIFY(window.close() && !window.isVisible());
+        window.bringToFront();
+        QVERIFY(window.isVisible());
+        QTRY_COMPARE(becameKey.count(), 2);
+        window.showMinimized();
+        window.bringToFront();
+        QVERIFY(window.isVisible() && !window.isMinimized());
+    }
+
+    void placeIsKept() {
+        FakeDefaults defaults;
+        {
+            WorkspaceWindow window(defaults);
+            window.bringToFront();
+            window.setGeometry(60, 50, 640, 600);
+            window.close();
+        }
+        const QString key = QStringLiteral("WorkspaceWindowGeometry");
+        QCOMPARE(defaults.keys(), QStringList{key});
+        {
+            WorkspaceWindow window(defaults);
+            window.bringToFront();
+            QCOMPARE(window.geometry(), QRect(60, 50, 640, 600));
+            window.resize(650, 610);
+        } // ended without having been closed
+        QCOMPARE(WorkspaceWindow(defaults).size(), QSize(650, 610));
+        defaults.setValueForKey(key, QStringLiteral("rubbish"));
+        QVERIFY(WorkspaceWindow(defaults).size().width() >= 500);
+    }
+
+    void welcome() {
+        FakeDefaults defaults;
+        WorkspaceWindow window(defaults);
+        WelcomeView& view = window.welcomeView();
+        QSignalSpy signIn(&view, &WelcomeView::signInRequested);
+        QSignalSpy local(&view, &WelcomeView::localDriveRequested);
+        QSignalSpy again(&view, &WelcomeView::tryAgainRequested);
+        window.bringToFront();
+        QVERIFY(window.isShowingWelcome());
+        QTest::keyClick(window.focusWidget(), Qt::Key_Return);
+        QCOMPARE(signIn.count(), 1);
+
+        const QString waiting = QStringLiteral("Waiting for the keyring to be unlocked…");
+        view.showWaiting(waiting);
+        QVERIFY(showsText(view, waiting));
+        QVERIFY(!button(view, "Sign In")->isEnabled());
+        button(view, "Try the Local Drive")->click();
+        QCOMPARE(local.count(), 1);
+
+        const QString trouble = QStringLiteral("The keyring is locked. Unlock it, then try again.");
+        view.showTrouble(trouble);
+        QVERIFY(showsText(view, trouble));
+        QTest::keyClick(window.focusWidget(), Qt::Key_Return);
+        QCOMPARE(again.count(), 1);
+        QVERIFY(button(view, "Sign In")->isEnabled());
+
+        view.showReady();
+        QVERIFY(!showsText(view, trouble) && !button(view, "Try Again")->isVisible());
+    }
+
+    void keyboard() {
+        FakeDefaults defaults;
+        QMenu menu;
+        UploadRows uploads;
+        uploads.append({1, QStringLiteral("a"), {}, 5});
+        WorkspaceWindow window(defaults);
+        window.setCommandsMenu(&menu);
+        window.accountView().setShowsChanges(true);
+        window.accountView().setUploads(&uploads);
+        window.bringToFront();
+        QTRY_VERIFY(window.isActiveWindow());
+        QCOMPARE(tabsOf(window), QStringLiteral("Sign In, Try the Local Drive, Menu"));
+        window.welcomeView().showTrouble(QStringLiteral("No."));
+        QCOMPARE(tabsOf(window), QStringLiteral("Try Again, Sign In, Try the Local Drive, Menu"));
+        window.showAccount();
+        QCOMPARE(tabsOf(window), QStringLiteral("Upload File, Running uploads, Show Changes, Menu"));
+    }
+
+    void account() {
+        FakeDefaults defaults;
+        WorkspaceWindow window(defaults);
+        window.showAccount();
+        AccountView& view = window.accountView();
+        QSignalSpy upload(&view, &AccountView::uploadRequested);
+        button(view, "Upload File")->click();
+        QCOMPARE(upload.count(), 1);
+        view.setAccount({QStringLiteral("<b>Ada</b>"), QStringLiteral("ada@example.com"),
+                         QStringLiteral("130% of 15 GB used"), 130});
+        QVERIFY(showsText(view, QStringLiteral("<b>Ada</b>")) && showsText(view, QStringLiteral("ada@example.com")));
+        const auto* bar = view.findChild<QProgressBar*>();
+        QCOMPARE(bar->value(), 100);
+        view.setAccount({QStringLiteral("Fetching..."), {}, QStringLiteral("Fetching..."), std::nullopt});
+        QVERIFY(!bar->isEnabled() && bar->value() == 0);
+        QVERIFY(!bar->isVisibleTo(&view)); // an empty one would say that nothing is used
+
+        QVERIFY(!button(view, "Show Changes")->isVisibleTo(&view));
+        QPointer<QWidget> first = new QWidget;
+        view.setDropView(first);
+        QVERIFY(first->isVisibleTo(&view));
+        view.setDropView(new QWidget);
+        QVERIFY(!first);
+    }
+
+    void longNamesEndInAnEllipsisAndNarrowWindowsStayPossible() {
+        ElidedLabel label;
+        label.setText(QStringLiteral("bartholomew.maximilian.the.third@a-rather-long-domain-name.example.com"));
+        const QSize whole = label.sizeHint();
+        QVERIFY(label.minimumSizeHint().width() < whole.width() / 4);
+        label.resize(whole);
+        const QImage uncut = label.grab().toImage();
+        label.resize(whole.width() / 2, whole.height());
+        // What is cut is not just the front of the whole text.
+        const QImage front = uncut.copy(0, 0, uncut.width() / 2, uncut.height());
+        QVERIFY(label.grab().toImage().copy(front.rect()) != front);
+    }
+
+    void softerTextFollowsThePalette() {
+        QWidget window;
+        const SecondaryLabel label(&window);
+        const auto former = qScopeGuard([] { QApplication::setPalette(QPalette()); });
+        QApplication::setPalette(QPalette(QColor(240, 240, 240), QColor(50, 50, 50), Qt::gray, Qt::black, Qt::gray,
+                                          QColor(240, 240, 240), QColor(36, 36, 36)));
+        window.show();
+        const auto lightness = [&label](QPalette::ColorRole role) { return label.palette().color(role).lightness(); };
+        QTRY_VERIFY_WITH_TIMEOUT(lightness(QPalette::WindowText) - lightness(QPalette::Window) > 100, 20'000);
+        QApplication::setPalette(QPalette());
+        QTRY_VERIFY_WITH_TIMEOUT(lightness(QPalette::Window) - lightness(QPalette::WindowText) > 100, 20'000);
+    }
+
+    void uploads() {
+        FakeDefaults defaults;
+        UploadRows rows;
+        const QAbstractItemModelTester tester(&rows, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        WorkspaceWindow window(defaults);
+        window.showAccount();
+        AccountView& view = window.accountView();
+        view.setUploads(&rows);
+        const auto* list = view.findChild<QListView*>();
+        QVERIFY(!list->isVisibleTo(&view));
+        for (const qint64 identifier : {7, 8, 9})
+            rows.append({identifier, QStringLiteral("file %1").arg(identifier), {}, -1});
+        rows.setWaiting(11);
+        QVERIFY(list->isVisibleTo(&view));
+        QVERIFY(showsText(view, QStringLiteral("3 running, 11 waiting")));
+        rows.change({8, QStringLiteral("file 8"), QStringLiteral("1 MB of 2 MB"), 50});
+        rows.remove(7);
+        rows.change({7, QStringLiteral("gone"), {}, 1});
+        QCOMPARE(list->model()->index(0, 0).data(Qt::AccessibleTextRole).toString(), QStringLiteral("file 8, 50%"));
+        rows.setWaiting(0);
+        QVERIFY(showsText(view, QStringLiteral("2 running")));
+        rows.remove(8);
+        rows.remove(9);
+        QVERIFY(!list->isVisibleTo(&view));
+        view.setUploads(nullptr);
+    }
+};
+
+QTEST_MAIN(WorkspaceWindowTest)
+#include "tst_workspacewindow.moc"

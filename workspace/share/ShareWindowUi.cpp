@@ -1,0 +1,52 @@
+#include "workspace/share/ShareWindowUi.h"
+
+#include "workspace/share/ProblemPane.h"
+#include "workspace/share/ProgressIndicator.h"
+#include "workspace/share/ShareFrame.h"
+#include "workspace/share/ShareTitleBar.h"
+#include "workspace/share/ctmWindow.h"
+
+#include <QCursor>
+#include <QGridLayout>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QVBoxLayout>
+
+namespace quenby {
+namespace {
+
+constexpr QSize initialSize(480, 476);
+constexpr int border = 1;
+
+} // namespace
+
+ShareWindowUi::ShareWindowUi(ctmWindow& window)
+    : titleBar(new ShareTitleBar(&window))
+    , progressIndicator(new ProgressIndicator(&window))
+    , problem(new ProblemPane(&window))
+    , content(new QGridLayout) {
+    content->setContentsMargins(0, 0, 0, 0);
+    content->addWidget(progressIndicator, 0, 0);
+    content->addWidget(problem, 0, 0);
+    problem->hide();
+
+    auto* layout = new QVBoxLayout(&window);
+    layout->setContentsMargins(border, border, border, border);
+    layout->setSpacing(0);
+    layout->addWidget(titleBar);
+    layout->addLayout(content, 1);
+    // Any dialog may be lower than what the widgets would like to have.
+    layout->setSizeConstraint(QLayout::SetNoConstraint);
+}
+
+void centreShareWindow(ctmWindow& window) {
+    const QScreen* pointed = QGuiApplication::screenAt(QCursor::pos());
+    const QScreen* screen = pointed ? pointed : QGuiApplication::primaryScreen();
+    const QRect area = screen->geometry();
+    const int left = area.x() + (area.width() - initialSize.width()) / 2;
+    // The height at which a page's dialog will stand, so that the window need not jump.
+    const QRect frame = shareFrame({QPoint(left, 0), initialSize}, area, initialSize.height() - shareWindowMargin);
+    window.setGeometry(keptInside(frame, screen->availableGeometry()));
+}
+
+} // namespace quenby

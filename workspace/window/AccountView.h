@@ -1,0 +1,57 @@
+// What the workspace window shows of the signed-in account: who it is, how full it is, a place to drop files on, and
+// the uploads that run.
+//
+// Threads: the main thread.
+#pragma once
+
+#include <QString>
+#include <QWidget>
+
+#include <memory>
+#include <optional>
+
+class QMenu;
+
+namespace quenby {
+
+struct AccountViewUi;
+class UploadRows;
+
+struct AccountDisplay {
+    QString userName;
+    QString accountName; // the e-mail address
+    QString quota;       // "37% of 15 GB used", or why there is nothing to tell
+    std::optional<int> percentUsed;
+};
+
+class AccountView : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit AccountView(QWidget* parent = nullptr);
+    ~AccountView() override;
+
+    void setAccount(const AccountDisplay& account);
+    // Takes the view over, and deletes the one before.
+    void setDropView(QWidget* dropView);
+    // Not owned; outlives the view, or null is set before it goes.
+    void setUploads(UploadRows* uploads);
+    // Whether there is a popover that "Show Changes" can open.
+    void setShowsChanges(bool shows);
+    // All commands, behind a button in the corner. Not owned.
+    void setCommandsMenu(QMenu* menu);
+    // Puts the keyboard's focus where it is wanted first.
+    void focusFirst();
+
+Q_SIGNALS:
+    void uploadRequested();
+    void showChangesRequested();
+
+private:
+    void countUploads();
+
+    const std::unique_ptr<AccountViewUi> ui_;
+    UploadRows* uploads_ = nullptr;
+};
+
+} // namespace quenby
