@@ -1,6 +1,7 @@
 """The figures of bench/run: each is a ratio of two things measured in the same run, or a size."""
 
 import argparse
+import contextlib
 import json
 import os
 import pathlib
@@ -99,10 +100,7 @@ class Transfers:
 
     def upload(self):
         source = self.folder / "source.bin"
-        block = os.urandom(1 << 20)
-        with open(source, "wb") as file:
-            for _ in range(GIB >> 20):
-                file.write(block)
+        write_random(source, GIB)
         ours = [self.binaries / "bench_transfer", "upload", self.base, source]
         theirs = [*self.curl, "-T", source, f"{self.base}/put"]
         figures = self.ratios("upload", ours, theirs)
@@ -127,17 +125,34 @@ def transfers(which):
     return run
 
 
-def memory(binaries, folder):
-    """Peak memory of the command line's upload of 1 GiB, above that of 1 byte."""
+@contextlib.contextmanager
+def local_drive(binaries, folder, niceness=0):
+    """A local Drive that runs as long as it is used: its data folder, and the environment of whoever uses it."""
     environment = dict(os.environ, HOME=str(folder), XDG_DATA_HOME=str(folder / "data"),
                        XDG_STATE_HOME=str(folder / "state"), XDG_CACHE_HOME=str(folder / "cache"),
                        XDG_CONFIG_HOME=str(folder / "config"))
     drive = folder / "drive"
-    server = subprocess.Popen([binaries / "quenby-localdrive", "--data", drive, "--quiet"], stdout=subprocess.PIPE,
-                              text=True, env=environment)
+    server = subprocess.Popen(["nice", "-n", str(niceness), binaries / "quenby-localdrive", "--data", drive, "--quiet"],
+                              stdout=subprocess.PIPE, text=True, env=environment)
     try:
         if not server.stdout.readline():
             sys.exit("quenby-localdrive did not start; its own words stand above")
+        yield drive, environment
+    finally:
+        server.terminate()
+        server.wait()
+
+
+def write_random(path, size):
+    block = os.urandom(1 << 20)
+    with open(path, "wb") as file:
+        for start in range(0, size, len(block)):
+            file.write(block[:size - start])
+
+
+def memory(binaries, folder):
+    """Peak memory of the command line's upload of 1 GiB, above that of 1 byte."""
+    with local_drive(binaries, folder) as (drive, environment):
         # Signed in beforehand, so that the two uploads differ in nothing but the size.
         measure([binaries / "quenby", "signin", "--local", "--local-data", drive], environment)
         peaks = []
@@ -148,10 +163,7 @@ def memory(binaries, folder):
             command = [binaries / "quenby", "upload", source, "--local", "--local-data", drive, "--quiet"]
             peaks.append(measure(command, environment).peak_kib)
             source.unlink()
-        return [Figure.at_most("memory.upload_1GiB_above_1B", (peaks[1] - peaks[0]) / 1024, "MiB", 16)]
-    finally:
-        server.terminate()
-        server.wait()
+    return [Figure.at_most("memory.upload_1GiB_above_1B", (peaks[1] - peaks[0]) / 1024, "MiB", 16)]
 
 
 def google(program):
@@ -212,8 +224,50 @@ def agent(binaries, folder):
     return figures
 
 
+def dropped(rounds, binaries, drive, files, *count):
+    """The frames of the interface while a folder's files are uploaded; bench_interface.cpp says what is measured."""
+    session = ["scripts/desktop/session.sh", "--panel", "xfce4", "--notifications", "dunst", "--"]
+    measured = []
+    for _ in range(rounds):
+        out = subprocess.run([*session, binaries / "bench_interface", "upload", drive, files, *count], check=True,
+                             stdout=subprocess.PIPE, text=True)
+        measured.append({name: float(value) for name, value in (line.split() for line in out.stdout.splitlines())})
+    return measured
+
+
+def interface(binaries, folder):
+    """Sixty frames a second: while much is uploaded at once, and when thousands of files are dropped.
+
+    The Drive is a stranger's computer here: it gets the time that nobody else wants.
+    """
+    large, small = folder / "large", folder / "small"
+    large.mkdir(), small.mkdir()
+    for i in range(2):
+        write_random(large / f"film {i}.mov", GIB // 2)
+    for i in range(50):
+        write_random(large / f"picture {i}.png", 1 << 20)
+    for i in range(5000):
+        (small / f"note {i}.txt").write_text(f"note {i}")
+    with local_drive(binaries, folder, niceness=19) as (drive, _):
+        much = dropped(7, binaries, drive, large)
+        many = dropped(3, binaries, drive, small, "200")
+
+    def middle(rounds, value):
+        return statistics.median(value(one) for one in rounds)
+
+    return [Figure.at_least("interface.frames_in_time", middle(much, lambda one: one["in_time_percent"]), "%", 99),
+            Figure.at_least("interface.frames_in_time_vs_idle",
+                            middle(much, lambda one: one["in_time_percent"] / one["peer_in_time_percent"]), "ratio",
+                            0.99),
+            Figure.at_most("interface.p99_lateness_vs_idle",
+                           middle(much, lambda one: one["p99_ms"] / one["peer_p99_ms"]), "ratio", 1.5),
+            Figure.at_most("interface.answer_to_5000_files", middle(many, lambda one: one["answer_ms"]), "ms", 50),
+            Figure.at_most("interface.worst_pause_after", middle(many, lambda one: one["worst_ms"]), "ms", 50),
+            Figure("interface.worst_pause_of_idle", middle(many, lambda one: one["peer_worst_ms"]), "ms", "", "")]
+
+
 GROUPS = {"upload": transfers("upload"), "download": transfers("download"), "memory": memory, "json": json_replies,
-          "fetchers": fetchers, "agent": agent}
+          "fetchers": fetchers, "agent": agent, "interface": interface}
 
 
 def main():

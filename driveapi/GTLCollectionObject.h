@@ -38,14 +38,17 @@ private:
     mutable std::optional<QHash<QString, GTLObjectPtr>> identifierMap_;
 };
 
-// The base of list classes, whose range loops yield items of the declared class and pass over others.
-template <typename Item>
-class GTLCollectionOf : public GTLCollectionObject {
+// The base of list classes, whose range loops yield items of the declared class and pass over others. Base is a
+// GTLCollectionObject with what the list has besides its items.
+template <typename Item, typename Base = GTLCollectionObject>
+class GTLCollectionOf : public Base {
 public:
     using Iterator = GTLIterator<GTLCollectionOf, std::shared_ptr<Item>>;
-    std::shared_ptr<Item> at(qsizetype index) const { return std::dynamic_pointer_cast<Item>(itemAtIndex(index)); }
+    std::shared_ptr<Item> at(qsizetype index) const {
+        return std::dynamic_pointer_cast<Item>(this->itemAtIndex(index));
+    }
     Iterator begin() const { return {*this, 0}; }
-    Iterator end() const { return {*this, count()}; }
+    Iterator end() const { return {*this, this->count()}; }
 };
 
 // A reply whose JSON is a bare array, kept under the key "result_array_items".

@@ -1,7 +1,7 @@
 // Applications that are connected to the Drive.
 #pragma once
 
-#include "driveapi/GTLCollectionObject.h"
+#include "driveapi/GTLDriveList.h"
 
 namespace quenby {
 
@@ -45,15 +45,12 @@ public:
     GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 
-class GTLDriveAppList : public GTLCollectionOf<GTLDriveApp> {
+class GTLDriveAppList : public GTLCollectionOf<GTLDriveApp, GTLDriveList> {
     GTL_OBJECT(GTLDriveAppList);
 
 public:
     GTL_PROPERTY(GTLArray<GTLDriveApp>, items, setItems, "items");
     GTL_PROPERTY(GTLArray<QString>, defaultAppIds, setDefaultAppIds, "defaultAppIds");
-    GTL_PROPERTY(QString, selfLink, setSelfLink, "selfLink");
-    GTL_PROPERTY(QString, ETag, setETag, "etag");
-    GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 
 } // namespace quenby

@@ -1,8 +1,8 @@
 // The change feed. A change has its file unless the file is gone.
 #pragma once
 
-#include "driveapi/GTLCollectionObject.h"
 #include "driveapi/GTLDriveFile.h"
+#include "driveapi/GTLDriveList.h"
 
 namespace quenby {
 
@@ -19,17 +19,12 @@ public:
     GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 
-class GTLDriveChangeList : public GTLCollectionOf<GTLDriveChange> {
+class GTLDriveChangeList : public GTLCollectionOf<GTLDriveChange, GTLDrivePageList> {
     GTL_OBJECT(GTLDriveChangeList);
 
 public:
     GTL_PROPERTY(GTLArray<GTLDriveChange>, items, setItems, "items");
     GTL_PROPERTY(qint64, largestChangeId, setLargestChangeId, "largestChangeId");
-    GTL_PROPERTY(QString, nextPageToken, setNextPageToken, "nextPageToken");
-    GTL_PROPERTY(QString, nextLink, setNextLink, "nextLink");
-    GTL_PROPERTY(QString, selfLink, setSelfLink, "selfLink");
-    GTL_PROPERTY(QString, ETag, setETag, "etag");
-    GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 
 } // namespace quenby

@@ -14,6 +14,13 @@
 
 namespace quenby {
 
+const GTLClass& GTLDriveList::classDescriptor() {
+    return gtlDefineClass<GTLDriveList, GTLCollectionObject>("GTLDriveList");
+}
+const GTLClass& GTLDrivePageList::classDescriptor() {
+    return gtlDefineClass<GTLDrivePageList, GTLDriveList>("GTLDrivePageList");
+}
+
 const GTLClass& GTLDriveAboutAdditionalRoleInfoItemRoleSetsItem::classDescriptor() {
     return gtlDefineClass<GTLDriveAboutAdditionalRoleInfoItemRoleSetsItem, GTLObject>(
         "GTLDriveAboutAdditionalRoleInfoItemRoleSetsItem");
@@ -43,14 +50,14 @@ const GTLClass& GTLDriveAppIconsItem::classDescriptor() {
 }
 const GTLClass& GTLDriveApp::classDescriptor() { return gtlDefineClass<GTLDriveApp, GTLObject>("GTLDriveApp"); }
 const GTLClass& GTLDriveAppList::classDescriptor() {
-    return gtlDefineClass<GTLDriveAppList, GTLCollectionObject>("GTLDriveAppList");
+    return gtlDefineClass<GTLDriveAppList, GTLDriveList>("GTLDriveAppList");
 }
 
 const GTLClass& GTLDriveChange::classDescriptor() {
     return gtlDefineClass<GTLDriveChange, GTLObject>("GTLDriveChange");
 }
 const GTLClass& GTLDriveChangeList::classDescriptor() {
-    return gtlDefineClass<GTLDriveChangeList, GTLCollectionObject>("GTLDriveChangeList");
+    return gtlDefineClass<GTLDriveChangeList, GTLDrivePageList>("GTLDriveChangeList");
 }
 
 const GTLClass& GTLDriveChannelParams::classDescriptor() {
@@ -78,7 +85,7 @@ const GTLClass& GTLDriveCommentList::classDescriptor() {
 
 const GTLClass& GTLDriveFile::classDescriptor() { return gtlDefineClass<GTLDriveFile, GTLObject>("GTLDriveFile"); }
 const GTLClass& GTLDriveFileList::classDescriptor() {
-    return gtlDefineClass<GTLDriveFileList, GTLCollectionObject>("GTLDriveFileList");
+    return gtlDefineClass<GTLDriveFileList, GTLDrivePageList>("GTLDriveFileList");
 }
 
 const GTLClass& GTLDriveFileLabels::classDescriptor() {
@@ -110,7 +117,7 @@ const GTLClass& GTLDrivePermission::classDescriptor() {
     return gtlDefineClass<GTLDrivePermission, GTLObject>("GTLDrivePermission");
 }
 const GTLClass& GTLDrivePermissionList::classDescriptor() {
-    return gtlDefineClass<GTLDrivePermissionList, GTLCollectionObject>("GTLDrivePermissionList");
+    return gtlDefineClass<GTLDrivePermissionList, GTLDriveList>("GTLDrivePermissionList");
 }
 const GTLClass& GTLDrivePermissionId::classDescriptor() {
     return gtlDefineClass<GTLDrivePermissionId, GTLObject>("GTLDrivePermissionId");
@@ -120,20 +127,20 @@ const GTLClass& GTLDriveProperty::classDescriptor() {
     return gtlDefineClass<GTLDriveProperty, GTLObject>("GTLDriveProperty");
 }
 const GTLClass& GTLDrivePropertyList::classDescriptor() {
-    return gtlDefineClass<GTLDrivePropertyList, GTLCollectionObject>("GTLDrivePropertyList");
+    return gtlDefineClass<GTLDrivePropertyList, GTLDriveList>("GTLDrivePropertyList");
 }
 
 const GTLClass& GTLDriveParentReference::classDescriptor() {
     return gtlDefineClass<GTLDriveParentReference, GTLObject>("GTLDriveParentReference");
 }
 const GTLClass& GTLDriveParentList::classDescriptor() {
-    return gtlDefineClass<GTLDriveParentList, GTLCollectionObject>("GTLDriveParentList");
+    return gtlDefineClass<GTLDriveParentList, GTLDriveList>("GTLDriveParentList");
 }
 const GTLClass& GTLDriveChildReference::classDescriptor() {
     return gtlDefineClass<GTLDriveChildReference, GTLObject>("GTLDriveChildReference");
 }
 const GTLClass& GTLDriveChildList::classDescriptor() {
-    return gtlDefineClass<GTLDriveChildList, GTLCollectionObject>("GTLDriveChildList");
+    return gtlDefineClass<GTLDriveChildList, GTLDrivePageList>("GTLDriveChildList");
 }
 
 const GTLClass& GTLDriveRevisionExportLinks::classDescriptor() {
@@ -143,7 +150,7 @@ const GTLClass& GTLDriveRevision::classDescriptor() {
     return gtlDefineClass<GTLDriveRevision, GTLObject>("GTLDriveRevision");
 }
 const GTLClass& GTLDriveRevisionList::classDescriptor() {
-    return gtlDefineClass<GTLDriveRevisionList, GTLCollectionObject>("GTLDriveRevisionList");
+    return gtlDefineClass<GTLDriveRevisionList, GTLDriveList>("GTLDriveRevisionList");
 }
 
 const GTLClass& GTLDriveUserPicture::classDescriptor() {

@@ -1,8 +1,8 @@
 // The metadata of a file or folder, and lists of them. Sizes are in bytes.
 #pragma once
 
-#include "driveapi/GTLCollectionObject.h"
 #include "driveapi/GTLDriveFileParts.h"
+#include "driveapi/GTLDriveList.h"
 #include "driveapi/GTLDrivePermission.h"
 #include "driveapi/GTLDriveProperty.h"
 #include "driveapi/GTLDriveReference.h"
@@ -66,16 +66,11 @@ public:
     GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 
-class GTLDriveFileList : public GTLCollectionOf<GTLDriveFile> {
+class GTLDriveFileList : public GTLCollectionOf<GTLDriveFile, GTLDrivePageList> {
     GTL_OBJECT(GTLDriveFileList);
 
 public:
     GTL_PROPERTY(GTLArray<GTLDriveFile>, items, setItems, "items");
-    GTL_PROPERTY(QString, nextPageToken, setNextPageToken, "nextPageToken");
-    GTL_PROPERTY(QString, nextLink, setNextLink, "nextLink");
-    GTL_PROPERTY(QString, selfLink, setSelfLink, "selfLink");
-    GTL_PROPERTY(QString, ETag, setETag, "etag");
-    GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 
 } // namespace quenby

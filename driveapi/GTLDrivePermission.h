@@ -1,7 +1,7 @@
 // Who may do what with a file.
 #pragma once
 
-#include "driveapi/GTLCollectionObject.h"
+#include "driveapi/GTLDriveList.h"
 
 namespace quenby {
 
@@ -25,14 +25,11 @@ public:
     GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 
-class GTLDrivePermissionList : public GTLCollectionOf<GTLDrivePermission> {
+class GTLDrivePermissionList : public GTLCollectionOf<GTLDrivePermission, GTLDriveList> {
     GTL_OBJECT(GTLDrivePermissionList);
 
 public:
     GTL_PROPERTY(GTLArray<GTLDrivePermission>, items, setItems, "items");
-    GTL_PROPERTY(QString, selfLink, setSelfLink, "selfLink");
-    GTL_PROPERTY(QString, ETag, setETag, "etag");
-    GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 
 class GTLDrivePermissionId : public GTLObject {

@@ -1,7 +1,7 @@
 // Custom properties of a file.
 #pragma once
 
-#include "driveapi/GTLCollectionObject.h"
+#include "driveapi/GTLDriveList.h"
 
 namespace quenby {
 
@@ -17,14 +17,11 @@ public:
     GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 
-class GTLDrivePropertyList : public GTLCollectionOf<GTLDriveProperty> {
+class GTLDrivePropertyList : public GTLCollectionOf<GTLDriveProperty, GTLDriveList> {
     GTL_OBJECT(GTLDrivePropertyList);
 
 public:
     GTL_PROPERTY(GTLArray<GTLDriveProperty>, items, setItems, "items");
-    GTL_PROPERTY(QString, selfLink, setSelfLink, "selfLink");
-    GTL_PROPERTY(QString, ETag, setETag, "etag");
-    GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 
 } // namespace quenby

@@ -1,7 +1,7 @@
 // References from a file to its parent folders, and from a folder to its children.
 #pragma once
 
-#include "driveapi/GTLCollectionObject.h"
+#include "driveapi/GTLDriveList.h"
 
 namespace quenby {
 
@@ -17,14 +17,11 @@ public:
     GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 
-class GTLDriveParentList : public GTLCollectionOf<GTLDriveParentReference> {
+class GTLDriveParentList : public GTLCollectionOf<GTLDriveParentReference, GTLDriveList> {
     GTL_OBJECT(GTLDriveParentList);
 
 public:
     GTL_PROPERTY(GTLArray<GTLDriveParentReference>, items, setItems, "items");
-    GTL_PROPERTY(QString, selfLink, setSelfLink, "selfLink");
-    GTL_PROPERTY(QString, ETag, setETag, "etag");
-    GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 
 class GTLDriveChildReference : public GTLObject {
@@ -37,16 +34,11 @@ public:
     GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 
-class GTLDriveChildList : public GTLCollectionOf<GTLDriveChildReference> {
+class GTLDriveChildList : public GTLCollectionOf<GTLDriveChildReference, GTLDrivePageList> {
     GTL_OBJECT(GTLDriveChildList);
 
 public:
     GTL_PROPERTY(GTLArray<GTLDriveChildReference>, items, setItems, "items");
-    GTL_PROPERTY(QString, nextPageToken, setNextPageToken, "nextPageToken");
-    GTL_PROPERTY(QString, nextLink, setNextLink, "nextLink");
-    GTL_PROPERTY(QString, selfLink, setSelfLink, "selfLink");
-    GTL_PROPERTY(QString, ETag, setETag, "etag");
-    GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 
 } // namespace quenby

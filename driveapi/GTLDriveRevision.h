@@ -1,7 +1,7 @@
 // Earlier states of a file. Sizes are in bytes.
 #pragma once
 
-#include "driveapi/GTLCollectionObject.h"
+#include "driveapi/GTLDriveList.h"
 #include "driveapi/GTLDriveUser.h"
 
 namespace quenby {
@@ -35,14 +35,11 @@ public:
     GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 
-class GTLDriveRevisionList : public GTLCollectionOf<GTLDriveRevision> {
+class GTLDriveRevisionList : public GTLCollectionOf<GTLDriveRevision, GTLDriveList> {
     GTL_OBJECT(GTLDriveRevisionList);
 
 public:
     GTL_PROPERTY(GTLArray<GTLDriveRevision>, items, setItems, "items");
-    GTL_PROPERTY(QString, selfLink, setSelfLink, "selfLink");
-    GTL_PROPERTY(QString, ETag, setETag, "etag");
-    GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 
 } // namespace quenby

@@ -92,6 +92,8 @@ GTLServiceTicketPtr GTLService::executeREST(const QByteArray& httpMethod, const 
 bool GTLService::waitForTicket(const GTLServiceTicketPtr& ticket, std::chrono::milliseconds timeout,
                                GTLObjectPtr* fetchedObject, MaybeError* error) {
     const QDeadlineTimer deadline(timeout);
+    // In slices: the end of each wakes the dispatcher, which on GLib would leave to the loop outside, where a callback
+    // waits, what was posted before.
     while (ticket && !ticket->hasCalledCallback() && !ticket->isCancelled() && !deadline.hasExpired()) {
         QEventLoop slice;
         QTimer::singleShot(std::chrono::milliseconds(1), Qt::PreciseTimer, &slice, &QEventLoop::quit);

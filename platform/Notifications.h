@@ -1,18 +1,20 @@
 // Messages of the desktop's notification service, after the Desktop Notifications Specification.
 //
-// Threads: the main thread; nothing blocks and nothing is waited for. Title and text are plain text: what looks like
-// markup is shown as it stands. Without a service, post() does nothing.
+// Threads: the main thread; nothing blocks and nothing is waited for. Title and text are plain text of any length: what
+// looks like markup is shown as it stands, a title becomes one line, and what is too long for a glance is cut. Without
+// a service, post() does nothing.
 #pragma once
 
 #include "platform/Service.h"
 
+#include <QImage>
 #include <QList>
 #include <QObject>
 
 namespace quenby {
 
 struct NotificationAction {
-    QString key;   // for the program
+    QString key;   // for the program; anything but "default", which means something to notification services
     QString label; // for people
 };
 
@@ -21,8 +23,14 @@ struct Notification {
     QString tag;
     QString title;
     QString text;
-    // Shown as buttons where the service has them. The key "default" stands for a click on the notification itself.
+    // Shown as buttons where the service has them.
     QList<NotificationAction> actions;
+    // The action that a click on the notification itself invokes, of those above: where a service cannot tell of such
+    // clicks, there is still its button. Empty: a click invokes nothing.
+    QString clickKey;
+    // What it is about, a thumbnail for example: small, because it is scaled down to what a notification has room for
+    // (96 pixels) by whoever posts it. Null: the program's icon.
+    QImage picture;
 };
 
 class Notifications : public QObject, public PlatformService {
@@ -32,7 +40,7 @@ public:
     // Answers the notification's identifier, by which the signals name it; 0 when there is no service.
     virtual quint64 post(const Notification& notification) = 0;
     virtual void withdraw(quint64 identifier) = 0;
-    // Whether buttons are shown; without, only the default action can be invoked.
+    // Whether actions are shown as buttons; without, at most the click's can be invoked.
     virtual bool hasButtons() const = 0;
 
 Q_SIGNALS:

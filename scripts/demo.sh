@@ -50,7 +50,11 @@ desktop_walk xfce4 xfce4 "its status item in a tray (StatusNotifierItem)"
 desktop_walk tint2 tint2 "its status item in a tray (XEmbed)"
 desktop_walk strip none "its status item on a strip, where there is no tray"
 
+step "The list of changes, on a Drive that other people use as well"
+scripts/desktop/session.sh --panel xfce4 --keyring unlocked --notifications dunst --home "$home/feed" -- \
+    scripts/desktop/feedwalk.sh "$bin" "$home"
+
 step "Done"
-echo "Signed in, uploaded files, and saw them arrive, on the command line and in three desktops."
-echo "The pictures: build/demo/agent-*.png"
+echo "Signed in, uploaded files, and saw them arrive, on the command line and in three desktops; looked at the changes."
+echo "The pictures: build/demo/agent-*.png and build/demo/feed-*.png"
 echo "Try it yourself:  ./run upload FILE... --local     ./run changes --local     ./run --help"

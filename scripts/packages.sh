@@ -1,8 +1,9 @@
 # The Debian packages of each kind of work, and how they come onto a machine. Sourced, not run.
 
-# libsecret: the keychain's library loads it when the program runs.
+# libsecret: the keychain's library loads it when the program runs. qt6-image-formats-plugins likewise: TIFF, as which
+# thumbnails are kept, and WebP, as which they may come; without it they are kept as PNG and come as the other formats.
 packages_build="g++ cmake ninja-build pkg-config ccache mold
-  qt6-base-dev libqt6sql6-sqlite qt6-webengine-dev qtkeychain-qt6-dev libsecret-1-0 libxcb1-dev
+  qt6-base-dev libqt6sql6-sqlite qt6-image-formats-plugins qt6-webengine-dev qtkeychain-qt6-dev libsecret-1-0 libxcb1-dev
   libcurl4-openssl-dev libsimdjson-dev libcpp-httplib-dev libssl-dev"
 # What scripts/desktop/ starts, and what drives and photographs it.
 packages_desktop="xvfb xkb-data libgl1-mesa-dri openbox xfce4-panel xfconf tint2 dunst xfce4-notifyd

@@ -19,6 +19,7 @@ DriveConnection::DriveConnection(Endpoints endpoints, ClientIdentity identity, s
     , identity_(std::move(identity))
     , timeSource_(std::move(timeSource))
     , accountFetcherService_(makeFetcherService(logger))
+    , pictureFetcherService_(makeFetcherService(logger))
     , driveService_(std::make_shared<GTLServiceDrive>(endpoints_, makeFetcherService(logger))) {
     driveService_->ticketSettings().shouldFetchNextPages = true;
     driveService_->ticketSettings().retryEnabled = true;

@@ -30,6 +30,10 @@ public:
     // For tokens and sign-in pages: they don't stand in line with the Drive's own requests.
     const std::shared_ptr<GTMHTTPFetcherService>& accountFetcherService() const { return accountFetcherService_; }
 
+    // For thumbnails and icons, from whichever hosts have them: slow ones keep no place that the Drive's calls wait
+    // for.
+    const std::shared_ptr<GTMHTTPFetcherService>& pictureFetcherService() const { return pictureFetcherService_; }
+
     // Without any token yet.
     std::shared_ptr<GTMOAuth2Authentication> makeAuthentication() const;
     // Gives an authorizer that was made elsewhere what this Drive asks of it.
@@ -42,6 +46,7 @@ private:
     const ClientIdentity identity_;
     const std::shared_ptr<TimeSource> timeSource_;
     const std::shared_ptr<GTMHTTPFetcherService> accountFetcherService_;
+    const std::shared_ptr<GTMHTTPFetcherService> pictureFetcherService_;
     const std::shared_ptr<GTLServiceDrive> driveService_;
 };
 

@@ -3,6 +3,8 @@
 
 #include "app/statusitem/StatusItemInputs.h"
 
+#include <functional>
+
 namespace quenby {
 
 class AccountDetails;
@@ -11,21 +13,24 @@ class UploadPipeline;
 
 class AccountInputs final : public StatusItemInputs {
 public:
-    AccountInputs(const AccountSession& session, const AccountDetails& details, const UploadPipeline& uploads)
+    AccountInputs(const AccountSession& session, const AccountDetails& details, const UploadPipeline& uploads,
+                  std::function<bool()> isPopoverVisible)
         : session_(session)
         , details_(details)
-        , uploads_(uploads) {}
+        , uploads_(uploads)
+        , isPopoverVisible_(std::move(isPopoverVisible)) {}
 
     bool isSignedIn() const override;
     AccountSummary accountSummary() const override;
     bool isUploadInProgress() const override;
     int uploadStatusPer() const override;
-    bool isPopoverVisible() const override { return false; }
+    bool isPopoverVisible() const override { return isPopoverVisible_(); }
 
 private:
     const AccountSession& session_;
     const AccountDetails& details_;
     const UploadPipeline& uploads_;
+    const std::function<bool()> isPopoverVisible_;
 };
 
 } // namespace quenby

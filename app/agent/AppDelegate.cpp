@@ -4,6 +4,8 @@
 #include "app/agent/CacheFolderNames.h"
 #include "app/agent/DefaultsTable.h"
 #include "app/agent/HandoverLines.h"
+#include "driveapi/GTLServiceDrive.h"
+#include "http/GTMHTTPFetcherService.h"
 #include "workspace/window/AccountView.h"
 #include "workspace/window/WelcomeView.h"
 
@@ -59,6 +61,15 @@ void AppDelegate::application_openFiles(const QList<QByteArray>& paths) {
     openFromDocList_ = paths;
     if (session_.UserLogin())
         uploadPendingFiles();
+}
+
+void AppDelegate::QuitClick() {
+    if (!session_.preventsApplicationTermination()) {
+        Q_EMIT quitRequested();
+        return;
+    }
+    bringWorkspaceToFront();
+    session_.callToSignIn(tr("To quit Quenby, finish the sign-in or cancel it first."));
 }
 
 void AppDelegate::applicationWillTerminate() {
@@ -127,6 +138,7 @@ void AppDelegate::loginChecked(const MaybeError& keyringTrouble) {
 void AppDelegate::becameSignedIn() {
     keyringPatience_.reset();
     isSignInRefused_ = false;
+    surroundings_.drive.pictureFetcherService()->setAuthorizer(surroundings_.drive.driveService()->authorizer());
     account_ = session_.signedInUsername() + QStringLiteral(" (") + surroundings_.drive.endpoints().keychainItemName +
                QLatin1Char(')');
     uploadPendingFiles();
@@ -201,6 +213,10 @@ void AppDelegate::logOut() {
 // What is known of the account is forgotten; the sign-in itself is the session's.
 void AppDelegate::leaveAccount() {
     shareWindows_.closeAll();
+    changeFeed_.clear();
+    changeNotices_.clear();
+    pictures_.clear();
+    surroundings_.drive.pictureFetcherService()->setAuthorizer(nullptr);
     details_.clear();
     reopening_.succeeded();
     accountTrouble_.clear();
@@ -224,6 +240,7 @@ void AppDelegate::setDisplayDataIfAvail() {
         display.userName = display.accountName = tr("No User Login");
     }
     window_.accountView().setAccount(display);
+    popover_.setAccount(display);
     menus_.refresh();
 }
 
@@ -278,6 +295,8 @@ void AppDelegate::otherAccountAnswered(const QString& askedFor, bool isWanted) {
 
 void AppDelegate::carryOut(MenuCommand command) {
     switch (command) {
+    case MenuCommand::showChanges:
+        return popover_.open(statusItem_.geometry());
     case MenuCommand::showQuenby:
         return bringWorkspaceToFront();
     case MenuCommand::uploadFile:
@@ -292,17 +311,31 @@ void AppDelegate::carryOut(MenuCommand command) {
     case MenuCommand::signOut:
         return logoutUser();
     case MenuCommand::quit:
-        Q_EMIT quitRequested();
-        return;
+        return QuitClick();
     default: // is disabled as long as nobody carries it out
         return;
     }
 }
 
+void AppDelegate::openPage(const PageOpenRecord& page) {
+    popover_.close();
+    if (platform_.opener->openURL(page.url))
+        return;
+    platform_.pasteboard->setText(page.url.toString());
+    tell(tr("The page could not be opened"), tr("Its address was copied instead."));
+}
+
 void AppDelegate::shareThisFile(const QString& identifier, const QString& name) {
-    if (session_.UserLogin())
-        shareWindows_.setAccount(session_.webAccount());
-    shareWindows_.shareThisFile(session_.strSHARE() + identifier, name);
+    shareAddress(session_.strSHARE() + identifier, name);
+}
+
+void AppDelegate::shareAddress(const QString& address, const QString& name) {
+    // The page of a sign-in that has ended would not open.
+    if (!session_.UserLogin())
+        return;
+    popover_.close();
+    shareWindows_.setAccount(session_.webAccount());
+    shareWindows_.shareThisFile(address, name);
 }
 
 void AppDelegate::bringWorkspaceToFront() { window_.bringToFront(); }

@@ -5,8 +5,12 @@
 #pragma once
 
 #include "app/agent/AccountInputs.h"
+#include "app/agent/ChangesPopover.h"
 #include "app/agent/HeldUploads.h"
 #include "app/agent/UploadListing.h"
+#include "app/changes/ChangeFeed.h"
+#include "app/changes/ChangeNotices.h"
+#include "app/pictures/FetchedPictures.h"
 #include "app/session/AccountDetails.h"
 #include "app/session/AccountSession.h"
 #include "app/session/Reopening.h"
@@ -52,6 +56,8 @@ public:
     bool applicationShouldHandleReopen();
     // Files that were handed to the program; they wait for a sign-in when there is none.
     void application_openFiles(const QList<QByteArray>& paths);
+    // The command. Not underneath the sign-in dialog, which is shown instead; reasons from outside do not ask.
+    void QuitClick();
     void applicationWillTerminate();
 
     // --- The account ------------------------------------------------------------------------------------------------
@@ -75,6 +81,7 @@ private:
     void connectStatusItem();
     void connectAccount();
     void connectUploads();
+    void connectChanges();
     void connectWindow();
 
     void becameSingleInstance(const Handover& handover);
@@ -96,7 +103,10 @@ private:
 
     void carryOut(MenuCommand command);
     void bringWorkspaceToFront();
+    void openPage(const PageOpenRecord& page);
     void shareThisFile(const QString& identifier, const QString& name);
+    // The sharing page's whole address, a secret.
+    void shareAddress(const QString& address, const QString& name);
     void tell(const QString& message, const QString& information);
     void refreshStatusItem();
 
@@ -111,8 +121,12 @@ private:
     UploadRows uploadRows_;
     UploadListing uploadListing_;
     ShareWindows shareWindows_;
+    ChangeFeed changeFeed_;
+    ChangeNotices changeNotices_;
+    FetchedPictures pictures_;
     AccountInputs inputs_; // what the status item and the menus show
     StatusMenus menus_;
+    ChangesPopover popover_;
     StatusItem statusItem_;
 
     QList<QByteArray> openFromDocList_; // wait for a sign-in

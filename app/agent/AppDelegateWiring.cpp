@@ -4,6 +4,7 @@
 #include "app/agent/LaunchTrace.h"
 #include "app/dropview/dragFileImageView.h"
 #include "app/statusitem/ApplicationIcon.h"
+#include "popover/changes/RowTexts.h"
 #include "workspace/window/AccountView.h"
 #include "workspace/window/WelcomeView.h"
 
@@ -31,12 +32,20 @@ AppDelegate::AppDelegate(const Surroundings& surroundings)
           [this] { return &window_; }, uploadLimits)
     , uploadListing_(uploads_.queue(), uploadRows_)
     , shareWindows_(*platform_.webViews, surroundings.drive.timeSource())
-    , inputs_(session_, details_, uploads_)
+    , changeFeed_(
+          surroundings.drive.driveService(), *platform_.defaults, [this] { return session_.strSHARE(); },
+          surroundings.drive.timeSource())
+    , changeNotices_(*platform_.notifications, surroundings.drive.timeSource())
+    , pictures_(surroundings.drive.pictureFetcherService(), surroundings.drive.endpoints(), *platform_.cacheFolders)
+    , inputs_(session_, details_, uploads_, [this] { return popover_.isVisible(); })
     , menus_(inputs_, *platform_.defaults)
+    , popover_({changeFeed_, pictures_, inputs_, menus_, *platform_.defaults, surroundings.drive.endpoints(),
+                surroundings.drive.timeSource()})
     , statusItem_(*platform_.statusItemHosts, *platform_.defaults, inputs_, surroundings.drive.timeSource(),
                   menus_.statusMenu(), applicationIcon()) {
     connectAccount();
     connectUploads();
+    connectChanges();
     connectStatusItem();
     connectWindow();
 }
@@ -65,7 +74,10 @@ void AppDelegate::connectAccount() {
                 "out again. ") +
                  error.detail(errorKey::reason).toString());
     });
-    connect(&details_, &AccountDetails::arrived, this, [] { traceLaunch("account"); });
+    connect(&details_, &AccountDetails::arrived, this, [this] {
+        traceLaunch("account");
+        changeFeed_.GetChangeListGoogleDrive();
+    });
     connect(&details_, &AccountDetails::changed, this, [this] {
         reopening_.succeeded();
         accountTrouble_.clear();
@@ -83,11 +95,37 @@ void AppDelegate::connectUploads() {
     connect(&uploads_, &UploadPipeline::RootFolderIdChanged, &details_, &AccountDetails::setRootFolderId);
 }
 
+void AppDelegate::connectChanges() {
+    connect(&uploads_, &UploadPipeline::uploaded, &changeFeed_, &ChangeFeed::addUploaded);
+    connect(&changeFeed_, &ChangeFeed::noticed, &changeNotices_, &ChangeNotices::tell);
+    connect(&changeNotices_, &ChangeNotices::openRequested, this, [this](const ChangeRecord& record) {
+        const RowTexts texts = rowTexts(record);
+        if (texts.isOpenable())
+            openPage(rowPage(texts, surroundings_.drive.endpoints().webURL));
+    });
+    connect(&changeNotices_, &ChangeNotices::shareRequested, this, &AppDelegate::shareAddress);
+
+    connect(&popover_, &ChangesPopover::openRequested, this, &AppDelegate::openPage);
+    connect(&popover_, &ChangesPopover::shareRequested, this, &AppDelegate::shareAddress);
+    connect(&popover_, &ChangesPopover::filesDropped, &uploads_, &UploadPipeline::UploadFilesToServer);
+    connect(&popover_, &ChangesPopover::visibleChanged, &statusItem_, &StatusItem::redisplay);
+    // Its place moves with the item's size.
+    connect(platform_.defaults.get(), &Defaults::changed, this, [this](const QString& key) {
+        if (key == QLatin1String("showMenubarIcon") || key == QLatin1String("showUsegeText"))
+            popover_.close();
+    });
+    menus_.enable(MenuCommand::showChanges, true);
+    window_.accountView().setShowsChanges(true);
+    connect(&window_.accountView(), &AccountView::showChangesRequested, this,
+            [this] { carryOut(MenuCommand::showChanges); });
+}
+
 void AppDelegate::connectStatusItem() {
     connect(&statusItem_, &StatusItem::displayed, this,
             [](bool isFirst) { traceLaunch(isFirst ? "gauge" : "repaint"); });
     connect(&statusItem_, &StatusItem::statusItemClicked, this, &AppDelegate::bringWorkspaceToFront);
-    connect(&statusItem_, &StatusItem::statusItemMiddleClicked, this, &AppDelegate::bringWorkspaceToFront);
+    connect(&statusItem_, &StatusItem::statusItemMiddleClicked, this,
+            [this] { popover_.toggle(statusItem_.geometry()); });
     connect(&statusItem_, &StatusItem::dragEntered, this, &AppDelegate::bringWorkspaceToFront);
     connect(&statusItem_, &StatusItem::filesDropped, &uploads_, &UploadPipeline::UploadFilesToServer);
     connect(&menus_, &StatusMenus::triggered, this, &AppDelegate::carryOut);
@@ -102,7 +140,10 @@ void AppDelegate::connectWindow() {
     window_.welcomeView().setOffersLocalDrive(!surroundings_.drive.endpoints().isLocal);
     window_.setCommandsMenu(&menus_.statusMenu());
 
-    connect(&window_, &WorkspaceWindow::becameKey, &statusItem_, &StatusItem::redisplay);
+    connect(&window_, &WorkspaceWindow::becameKey, this, [this] {
+        popover_.close();
+        statusItem_.redisplay();
+    });
     connect(&window_.accountView(), &AccountView::uploadRequested, this, [this] { carryOut(MenuCommand::uploadFile); });
     connect(&window_.welcomeView(), &WelcomeView::signInRequested, this,
             [this] { session_.makeLoginInGoogle(&window_); });

@@ -128,8 +128,12 @@ MaybeError LocalDriveLauncher::startProgram() {
         return made.error();
     QProcess process;
     process.setProgram(program_);
-    process.setArguments({QStringLiteral("--data"), QFile::decodeName(dataFolder_), QStringLiteral("--idle-exit"),
-                          QString::fromLatin1(idleSeconds), QStringLiteral("--quiet")});
+    QStringList arguments{QStringLiteral("--data"), QFile::decodeName(dataFolder_), QStringLiteral("--idle-exit"),
+                          QString::fromLatin1(idleSeconds), QStringLiteral("--quiet")};
+    // Invented people at work in it, so many times a minute.
+    if (const QString rate = qEnvironmentVariable("QUENBY_LOCAL_ACTIVITY"); !rate.isEmpty())
+        arguments += {QStringLiteral("--activity"), rate};
+    process.setArguments(arguments);
     // It must hold neither our terminal, nor a pipe that somebody reads from us, nor our folder.
     process.setWorkingDirectory(QStringLiteral("/"));
     process.setStandardInputFile(QProcess::nullDevice());

@@ -4,25 +4,34 @@
 #include <QPainter>
 #include <QPainterPath>
 
+#include <algorithm>
+
 namespace quenby {
 namespace {
 
 constexpr qreal frameInset = 1.5;
-constexpr qreal frameRadius = 10;
+constexpr qreal greatestFrameRadius = 10;
 constexpr qreal margin = 12;
-constexpr qreal arrowSide = 40;
+constexpr qreal arrowGrid = 40; // the arrow's side where there is room
 constexpr qreal gap = 8;
+
+// In a place as small as a button, of the shorter side.
+constexpr qreal radiusShare = 0.25;
+constexpr qreal arrowShare = 0.8;
+
+qreal shorterSide(const QRectF& rect) { return std::min(rect.width(), rect.height()); }
 
 void paintFrame(QPainter& painter, const QRectF& rect, const QColor& colour) {
     QPen pen(colour, 1.5);
     pen.setDashPattern({4, 3});
     painter.setPen(pen);
     painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(rect.adjusted(frameInset, frameInset, -frameInset, -frameInset), frameRadius, frameRadius);
+    const qreal radius = std::min(greatestFrameRadius, shorterSide(rect) * radiusShare);
+    painter.drawRoundedRect(rect.adjusted(frameInset, frameInset, -frameInset, -frameInset), radius, radius);
 }
 
-// On a grid of 40 x 40.
-void paintArrow(QPainter& painter, const QPointF& origin, const QColor& colour) {
+// On a grid of 40 x 40; the line gets thinner with it.
+void paintArrow(QPainter& painter, const QPointF& origin, qreal side, const QColor& colour) {
     QPainterPath path;
     path.moveTo(20, 27);
     path.lineTo(20, 6);
@@ -37,7 +46,11 @@ void paintArrow(QPainter& painter, const QPointF& origin, const QColor& colour) 
     path.lineTo(34, 25);
     painter.setPen(QPen(colour, 2.5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.setBrush(Qt::NoBrush);
-    painter.drawPath(path.translated(origin));
+    painter.save();
+    painter.translate(origin);
+    painter.scale(side / arrowGrid, side / arrowGrid);
+    painter.drawPath(path);
+    painter.restore();
 }
 
 } // namespace
@@ -49,11 +62,11 @@ void paintDropPicture(QPainter& painter, const QRectF& rect, const DropPicture& 
 
     const QRectF inner = rect.adjusted(margin, margin, -margin, -margin);
     const QFontMetricsF metrics(picture.font, painter.device());
+    const qreal arrowSide = std::min(arrowGrid, shorterSide(rect) * arrowShare);
     const bool hasCaption = !picture.caption.isEmpty() && inner.height() >= arrowSide + gap + metrics.height();
     const qreal height = arrowSide + (hasCaption ? gap + metrics.height() : 0);
     const qreal top = inner.center().y() - height / 2;
-    if (inner.height() >= arrowSide)
-        paintArrow(painter, QPointF(inner.center().x() - arrowSide / 2, top), picture.ink);
+    paintArrow(painter, QPointF(inner.center().x() - arrowSide / 2, top), arrowSide, picture.ink);
     if (hasCaption) {
         painter.setFont(picture.font);
         painter.setPen(picture.ink);

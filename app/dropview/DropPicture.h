@@ -18,7 +18,7 @@ struct DropPicture {
     QFont font;
 };
 
-// Leaves out what has no room in the rectangle: the caption first, then the arrow.
+// Where there is little room, such as in a button's place, the caption is left out and the arrow is smaller.
 void paintDropPicture(QPainter& painter, const QRectF& rect, const DropPicture& picture);
 
 } // namespace quenby

@@ -1,6 +1,7 @@
 #include "app/session/AccountSession.h"
 
 #include "app/account/DriveConnection.h"
+#include "app/session/SecondChanceAuthorizer.h"
 #include "app/session/SharingAddress.h"
 #include "driveapi/GTLServiceDrive.h"
 #include "http/GTMHTTPFetcherService.h"
@@ -18,6 +19,9 @@ namespace quenby {
 namespace {
 
 const QString keptWebAccount = QStringLiteral("account");
+
+// For a keyring that was locked since, or hangs, while requests wait.
+constexpr std::chrono::seconds keyringPatience(30);
 
 Q_LOGGING_CATEGORY(sessionLog, "quenby.session")
 
@@ -39,7 +43,12 @@ AccountSession::AccountSession(const Surroundings& surroundings)
     });
 }
 
-AccountSession::~AccountSession() { restoring_.cancel(); }
+AccountSession::~AccountSession() {
+    restoring_.cancel();
+    readingAgain_.cancel();
+    if (authorizer_)
+        authorizer_->giveUp();
+}
 
 QString AccountSession::signedInUsername() const {
     const auto authorizer = surroundings_.drive.driveService()->authorizer();
@@ -95,6 +104,15 @@ void AccountSession::runSigninThenHandler(QWidget* window, std::function<void()>
         });
 }
 
+bool AccountSession::preventsApplicationTermination() const {
+    return signInWindow_ && signInWindow_->preventsApplicationTermination();
+}
+
+void AccountSession::callToSignIn(const QString& notice) {
+    if (signInWindow_)
+        signInWindow_->callAttention(notice);
+}
+
 void AccountSession::signInFinished(const std::shared_ptr<GTMOAuth2Authentication>& authentication,
                                     const MaybeError& error, const std::function<void()>& handler) {
     signInWindow_.reset();
@@ -125,24 +143,30 @@ void AccountSession::makeLogoutFromGoogle(QObject* context, std::function<void()
 void AccountSession::use(const std::shared_ptr<GTMOAuth2Authentication>& authentication) {
     drop();
     authentication_ = authentication;
-    surroundings_.drive.driveService()->setAuthorizer(authentication);
+    authorizer_ = SecondChanceAuthorizer::create(authentication);
+    connect(authorizer_.get(), &SecondChanceAuthorizer::refused, this, &AccountSession::readKeyringAgain);
+    surroundings_.drive.driveService()->setAuthorizer(authorizer_);
     UserLogin_ = true;
     keptToken_ = authentication->refreshToken();
     strSHARE_ = sharingAddress(surroundings_.drive.endpoints(), keptToken_);
     connect(authentication.get(), &GTMOAuth2Authentication::notification, this, [this](const QString& name) {
-        if (name == kGTMOAuth2AccessTokenRefreshFailed)
-            noticeRefusal();
-        else if (name == kGTMOAuth2RefreshTokenChanged)
+        if (name == kGTMOAuth2RefreshTokenChanged)
             keepNewToken();
     });
 }
 
 void AccountSession::drop() {
     restoring_.cancel();
+    readingAgain_.cancel();
+    patience_.reset();
     signInWindow_.reset();
     UserLogin_ = false;
     strSHARE_.clear();
     keptToken_.clear();
+    if (const auto authorizer = std::exchange(authorizer_, nullptr)) {
+        authorizer->disconnect(this);
+        authorizer->giveUp();
+    }
     if (authentication_) {
         authentication_->disconnect(this);
         // This may be called from inside of it: it stays until the event loop's next turn.
@@ -155,9 +179,29 @@ void AccountSession::drop() {
         service->clearHistory();
 }
 
-void AccountSession::noticeRefusal() {
-    if (authentication_->lastRefreshFailure() != RefreshFailure::refused)
-        return;
+// The server refuses the sign-in that is used here. The command line works with the same one, and keeps the refresh
+// token that a server gives it in place of the old one.
+void AccountSession::readKeyringAgain() {
+    const auto kept = surroundings_.drive.makeAuthentication();
+    patience_ = surroundings_.drive.timeSource()->startTimer(keyringPatience, [this] { endRefused(); });
+    readingAgain_ = keychain_.authorizeFromKeychainForName(
+        itemName(), kept, this, [this, kept](KeychainRead, const MaybeError&) { keyringReadAgain(*kept); });
+}
+
+void AccountSession::keyringReadAgain(const GTMOAuth2Authentication& kept) {
+    const QString token = kept.refreshToken();
+    // Another user's would take over this one's uploads.
+    if (token.isEmpty() || token == authentication_->refreshToken() || kept.userEmail() != authentication_->userEmail())
+        return endRefused();
+    qCInfo(sessionLog, "The keyring has a newer sign-in");
+    patience_.reset();
+    keptToken_ = token;
+    strSHARE_ = sharingAddress(surroundings_.drive.endpoints(), token);
+    authentication_->setKeysForResponseString(kept.persistenceResponseString());
+    authorizer_->tryAgain();
+}
+
+void AccountSession::endRefused() {
     drop();
     Q_EMIT signInRefused();
 }

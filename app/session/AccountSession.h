@@ -6,6 +6,7 @@
 
 #include "core/CompletionGate.h"
 #include "core/Error.h"
+#include "core/TimeSource.h"
 #include "oauth2/window/KeychainPersistence.h"
 
 #include <QObject>
@@ -24,6 +25,7 @@ class GTMOAuth2WindowController;
 class HostReachability;
 class Keyring;
 class Opener;
+class SecondChanceAuthorizer;
 class WebViews;
 
 class AccountSession : public QObject {
@@ -63,6 +65,10 @@ public:
     void makeLoginInGoogle(QWidget* window);
     // The handler is called after a sign-in that succeeded.
     void runSigninThenHandler(QWidget* window, std::function<void()> handler = {});
+    // While its dialog asks something that must be answered first: whether the program should not quit underneath it.
+    bool preventsApplicationTermination() const;
+    // Brings that dialog to the front, with a line that says why.
+    void callToSignIn(const QString& notice);
     // Forgets the account here: the credentials in memory at once, then those in the keyring and the web pages'
     // cookies. A keyring that does not let go is told by signOutTroubled().
     void makeLogoutFromGoogle(QObject* context, std::function<void()> done);
@@ -75,13 +81,16 @@ Q_SIGNALS:
     // It worked, but could not be kept: the next start asks again.
     void keepingFailed(const quenby::Error& error);
     void signOutTroubled(const quenby::Error& error);
-    // The service no longer accepts the sign-in; only a new one helps. UserLogin is off from here on.
+    // The service no longer accepts the sign-in, and the keyring has no newer one of the same user, such as the command
+    // line may have kept there; only a new one helps. UserLogin is off from here on.
     void signInRefused();
 
 private:
     void use(const std::shared_ptr<GTMOAuth2Authentication>& authentication);
     void drop();
-    void noticeRefusal();
+    void readKeyringAgain();
+    void keyringReadAgain(const GTMOAuth2Authentication& kept);
+    void endRefused();
     void keepNewToken();
     const QString& itemName() const;
     void signInFinished(const std::shared_ptr<GTMOAuth2Authentication>& authentication, const MaybeError& error,
@@ -91,10 +100,13 @@ private:
     KeychainPersistence keychain_;
     bool UserLogin_ = false;
     std::shared_ptr<GTMOAuth2Authentication> authentication_;
+    std::shared_ptr<SecondChanceAuthorizer> authorizer_; // of the same
     QString strSHARE_;
     QString keptToken_;                                       // the refresh token as the keyring has it; a secret
     std::unique_ptr<GTMOAuth2WindowController> signInWindow_; // while it is open
     CompletionTicket restoring_;
+    CompletionTicket readingAgain_; // after a refusal
+    std::unique_ptr<Timer> patience_;
 };
 
 } // namespace quenby

@@ -81,6 +81,10 @@ QString nameForPeople(const QByteArray& path) {
     const QString text = decoder.decode(name);
     if (decoder.hasError())
         return printablePath(name);
+    return textForPeople(text);
+}
+
+QString textForPeople(const QString& text) {
     QString shown;
     QString part;
     for (const QChar character : text) {

@@ -31,5 +31,7 @@ std::optional<UploadRequest> requestFromLine(const QByteArray& line);
 // The path's last component as a message may show it: bytes that are no text and whatever would disturb the lines or
 // the direction of writing are spelled out. The joiners that some scripts and emoji are written with stay.
 QString nameForPeople(const QByteArray& path);
+// The same for text, as it is.
+QString textForPeople(const QString& text);
 
 } // namespace quenby

@@ -5,12 +5,15 @@
 #include "localdrive/server/EndpointNote.h"
 #include "localdrive/server/RequestLog.h"
 #include "localdrive/server/RpcEndpoint.h"
+#include "localdrive/server/activity/Activity.h"
 #include "localdrive/server/http/TlsContext.h"
 #include "localdrive/server/oauth/SignInEndpoint.h"
 #include "localdrive/server/share/ShareEndpoint.h"
 #include "localdrive/server/upload/UploadEndpoint.h"
 #include "localdrive/server/web/FileEndpoint.h"
 #include "localdrive/server/web/PageEndpoint.h"
+
+#include <QTimer>
 
 #include <unistd.h>
 
@@ -90,10 +93,13 @@ struct LocalServer::Parts {
     std::unique_ptr<PageEndpoint> pageEndpoint;
     std::unique_ptr<ShareEndpoint> shareEndpoint;
     std::unique_ptr<ControlEndpoint> controlEndpoint;
+    std::unique_ptr<Activity> activity;
+    QTimer activityTimer; // on the thread that opened the server
 
     Result<void> openDrive(const ServerOptions& options);
     Result<void> bind(const ServerOptions& options);
     void addEndpoints(const ServerOptions& options, std::function<void()> shutdown);
+    Result<void> addActivity(const ServerOptions& options);
 };
 
 Result<void> LocalServer::Parts::openDrive(const ServerOptions& options) {
@@ -168,6 +174,19 @@ void LocalServer::Parts::addEndpoints(const ServerOptions& options, std::functio
         http->set_logger(logRequest);
 }
 
+Result<void> LocalServer::Parts::addActivity(const ServerOptions& options) {
+    if (options.activityRate == 0)
+        return {};
+    activity = std::make_unique<Activity>(*store, clock, url, options.activitySeed);
+    QObject::connect(&activityTimer, &QTimer::timeout, &activityTimer, [this, isTold = !options.quiet] {
+        const QString event = activity->step();
+        if (isTold && !event.isEmpty())
+            logEvent(event);
+    });
+    activityTimer.start(std::chrono::milliseconds(std::chrono::minutes(1)) / options.activityRate);
+    return activity->prepare();
+}
+
 Result<std::unique_ptr<LocalServer>> LocalServer::open(const ServerOptions& options, std::function<void()> shutdown) {
     auto parts = std::make_unique<Parts>();
     if (const auto opened = parts->openDrive(options); !opened)
@@ -177,6 +196,8 @@ Result<std::unique_ptr<LocalServer>> LocalServer::open(const ServerOptions& opti
     if (const auto noted = EndpointNote{parts->url, ::getpid()}.write(options.dataFolder); !noted)
         return noted.error();
     parts->addEndpoints(options, std::move(shutdown));
+    if (const auto lively = parts->addActivity(options); !lively)
+        return lively.error();
     return std::unique_ptr<LocalServer>(new LocalServer(std::move(parts)));
 }
 

@@ -16,7 +16,7 @@ class LocalServer {
 public:
     // Opens the Drive in the data folder, binds the port and notes the address there; requests wait until serve().
     // `shutdown` is called, on any thread, when the control endpoint is told to end the server. Fails with EWOULDBLOCK
-    // in the POSIX domain when another process has the folder.
+    // in the POSIX domain when another process has the folder. The activity needs this thread's event loop.
     static Result<std::unique_ptr<LocalServer>> open(const ServerOptions& options, std::function<void()> shutdown);
     ~LocalServer();
 

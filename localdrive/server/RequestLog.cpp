@@ -8,14 +8,24 @@
 #include <cstdio>
 
 namespace quenby::localdrive {
+namespace {
+
+void writeLine(const QString& text) {
+    const QString line =
+        QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs) + QLatin1Char(' ') + text + QLatin1Char('\n');
+    std::fputs(line.toUtf8().constData(), stderr);
+}
+
+} // namespace
 
 void logRequest(const httplib::Request& request, const httplib::Response& response) {
     const QUrl target = QUrl::fromEncoded(QByteArray::fromStdString(request.target));
-    const QString line = QStringLiteral("%1 %2 %3 %4\n")
-                             .arg(QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs),
-                                  QString::fromStdString(request.method), redaction::url(target))
-                             .arg(response.status);
-    std::fputs(line.toUtf8().constData(), stderr);
+    // All at once: an address is full of percent signs.
+    writeLine(
+        QStringLiteral("%1 %2 %3")
+            .arg(QString::fromStdString(request.method), redaction::url(target), QString::number(response.status)));
 }
+
+void logEvent(const QString& event) { writeLine(event); }
 
 } // namespace quenby::localdrive

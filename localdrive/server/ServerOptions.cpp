@@ -26,6 +26,8 @@ QList<QCommandLineOption> knownOptions() {
         option("tls", "Serve https with this PEM certificate; the key is the next argument.", "certificate"),
         option("client", "Pin a client id to its secret; may be repeated.", "id:secret"),
         option("control", "Switch on the control endpoint for requests with this token.", "token"),
+        option("activity", "Invented people change files of their own, so many times a minute.", "rate"),
+        option("activity-seed", "Which story they play (1).", "number"),
         option("quiet", "Write no line a request to standard error."),
         QCommandLineOption({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this text.")),
     };
@@ -92,7 +94,9 @@ Result<ServerOptions> ServerOptions::parse(const QStringList& arguments) {
     const auto quota = number(parser, "quota", 0, std::numeric_limits<qint64>::max());
     const auto lifetime = number(parser, "token-lifetime", 1, longest);
     const auto idleExit = number(parser, "idle-exit", 1, longest);
-    for (const auto* value : {&port, &quota, &lifetime, &idleExit}) {
+    const auto activity = number(parser, "activity", 1, 6000);
+    const auto activitySeed = number(parser, "activity-seed", 0, std::numeric_limits<quint32>::max());
+    for (const auto* value : {&port, &quota, &lifetime, &idleExit, &activity, &activitySeed}) {
         if (!*value)
             return value->error();
     }
@@ -103,6 +107,8 @@ Result<ServerOptions> ServerOptions::parse(const QStringList& arguments) {
         options.tokenLifetime = std::chrono::seconds(**lifetime);
     if (*idleExit)
         options.idleExit = std::chrono::seconds(**idleExit);
+    options.activityRate = static_cast<int>(activity->value_or(0));
+    options.activitySeed = static_cast<quint32>(activitySeed->value_or(options.activitySeed));
 
     const auto tls = tlsFiles(parser);
     const auto clients = pinnedClients(parser);

@@ -25,7 +25,9 @@ struct ServerOptions {
     std::optional<TlsFiles> tls;
     QHash<QString, QString> clients; // pinned client id -> its secret; other ids are taken with any secret
     QString controlToken;            // empty: no control endpoint
-    bool quiet = false;              // no line a request
+    bool quiet = false;              // no line a request, nor an event of the activity
+    int activityRate = 0;            // events a minute of invented people; 0: there are none
+    quint32 activitySeed = 1;        // of their story
 
     bool hasControl() const { return !controlToken.isEmpty(); }
 

@@ -3,6 +3,16 @@
 #include "localdrive/store/NativeTypes.h"
 
 namespace quenby::localdrive::links {
+namespace {
+
+// The picture itself is the thumbnail, which has to be something that a list of files would load.
+constexpr qint64 largestThumbnail = 4 * 1024 * 1024;
+
+bool isPicture(const QString& mimeType) {
+    return mimeType.startsWith(QLatin1String("image/")) && !mimeType.startsWith(QLatin1String("image/svg"));
+}
+
+} // namespace
 
 QString api(const QUrl& base, const QStringList& path) {
     QString address = base.toString() + QStringLiteral("/drive/v2");
@@ -28,7 +38,7 @@ QString icon(const QUrl& base, const QString& mimeType) {
 }
 
 QString thumbnail(const QUrl& base, const FileRecord& file) {
-    if (!file.hasContent() || !file.mimeType.startsWith(QLatin1String("image/")))
+    if (!file.hasContent() || !isPicture(file.mimeType) || file.size > largestThumbnail)
         return {};
     return QStringLiteral("%1/thumbnails/%2?revision=%3").arg(base.toString(), file.id, file.headRevision);
 }

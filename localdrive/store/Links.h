@@ -16,7 +16,8 @@ QString download(const QUrl& base, const QString& fileId, const QString& revisio
 QString page(const QUrl& base, const FileRecord& file);
 // BASE/icons/NAME.png, NAME being one of iconNames().
 QString icon(const QUrl& base, const QString& mimeType);
-// BASE/thumbnails/ID?revision=..., for files whose content is a picture; empty for others.
+// BASE/thumbnails/ID?revision=..., for files whose content is a picture of at most 4 MiB and no drawing; empty for
+// others.
 QString thumbnail(const QUrl& base, const FileRecord& file);
 
 } // namespace quenby::localdrive::links

@@ -82,6 +82,19 @@ constexpr IconRule iconRules[] = {
     {QLatin1String("application/zip"), QLatin1String("archive")},
     {QLatin1String("application/x-tar"), QLatin1String("archive")},
     {QLatin1String("application/gzip"), QLatin1String("archive")},
+    {QLatin1String("application/x-7z"), QLatin1String("archive")},
+    {QLatin1String("application/json"), QLatin1String("text")},
+    {QLatin1String("application/xml"), QLatin1String("text")},
+    {QLatin1String("application/rtf"), QLatin1String("document")},
+    {QLatin1String("application/msword"), QLatin1String("document")},
+    {QLatin1String("application/vnd.oasis.opendocument.text"), QLatin1String("document")},
+    {QLatin1String("application/vnd.openxmlformats-officedocument.wordprocessingml"), QLatin1String("document")},
+    {QLatin1String("application/vnd.ms-excel"), QLatin1String("spreadsheet")},
+    {QLatin1String("application/vnd.oasis.opendocument.spreadsheet"), QLatin1String("spreadsheet")},
+    {QLatin1String("application/vnd.openxmlformats-officedocument.spreadsheetml"), QLatin1String("spreadsheet")},
+    {QLatin1String("application/vnd.ms-powerpoint"), QLatin1String("presentation")},
+    {QLatin1String("application/vnd.oasis.opendocument.presentation"), QLatin1String("presentation")},
+    {QLatin1String("application/vnd.openxmlformats-officedocument.presentationml"), QLatin1String("presentation")},
 };
 
 } // namespace

@@ -195,6 +195,14 @@ void GTMOAuth2WindowController::signInNotified(const QString& name) {
     }
 }
 
+void GTMOAuth2WindowController::callAttention(const QString& notice) {
+    if (!window_)
+        return;
+    window_->setNotice(notice);
+    window_->raise();
+    window_->activateWindow();
+}
+
 // --- Closing --------------------------------------------------------------------------------------------------------
 
 void GTMOAuth2WindowController::closeWindow() {

@@ -77,6 +77,8 @@ public:
     void cancelSigningIn();
     // As if the user closed it.
     void closeWindow();
+    // Brings its window to the front, with a line that says why.
+    void callAttention(const QString& notice);
 
     // --- Settings, before signing in ------------------------------------------------------------------------------
 

@@ -1,6 +1,8 @@
 # shellcheck shell=bash
 # What a walk through the desktop program does and sees there: windows, clicks, pictures, and waiting for them.
-# Sourced, not run; expects $walk, its name, and $pictures, the folder of the pictures.
+# Sourced, not run; expects $walk, its name, and $pictures, the folder of the pictures, whose names begin with $series
+# (agent-$walk when it is not set).
+series=${series:-agent-$walk}
 
 say() { printf '   %s\n' "$1"; }
 
@@ -9,7 +11,7 @@ fail() {
     picture trouble
     {
         echo "The walk \"$walk\" failed: $1"
-        echo "What the desktop looked like: $pictures/agent-$walk-trouble.png. The program's last words:"
+        echo "What the desktop looked like: $pictures/$series-trouble.png. The program's last words:"
         tail -n 15 "$HOME/quenby.log"
     } >&2
     exit 1
@@ -26,7 +28,7 @@ wait_until() {
 }
 
 # The whole screen, under the name by which people look for it.
-picture() { import -window root "$pictures/agent-$walk-$1.png"; }
+picture() { import -window root "$pictures/$series-$1.png"; }
 
 # window TITLE: the number of the visible window; fails when there is none.
 window() {
@@ -68,7 +70,7 @@ button_in() {
 # Whether the screen looks different from the picture of that name by more than a caret that blinks.
 looks_different_from() {
     local pixels
-    pixels=$(import -window root png:- | compare -metric AE "$pictures/agent-$walk-$1.png" png:- null: 2>&1) || true
+    pixels=$(import -window root png:- | compare -metric AE "$pictures/$series-$1.png" png:- null: 2>&1) || true
     [ "${pixels%%.*}" -gt 400 ]
 }
 

@@ -4,10 +4,12 @@
 #include "app/uploads/transfer/SourceFile.h"
 
 #include <QCryptographicHash>
+#include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -114,7 +116,34 @@ private Q_SLOTS:
         QCOMPARE(source->handle()->pos(), position);
     }
 
+    // While it computes it makes way for the window's thread, and it stops when nobody wants it any more.
+    void digestThatIsGivenUp() {
+        write("endless", {});
+        QCOMPARE(::truncate(at("endless").constData(), Q_INT64_C(1) << 40), 0); // half an hour of nothing
+        std::shared_ptr<QFile> file = SourceFile::open(at("endless"))->handle();
+        const std::weak_ptr<QFile> isOpen = file;
+        QObject context;
+        bool isTold = false;
+        auto digest =
+            std::make_unique<FileDigest>(std::move(file), &context, [&isTold](const auto&) { isTold = true; });
+        QTRY_VERIFY(mostPatientThread() > ::getpriority(PRIO_PROCESS, 0));
+        QVERIFY(!isOpen.expired());
+        digest.reset();
+        QTRY_VERIFY(isOpen.expired());
+        QCoreApplication::processEvents();
+        QVERIFY(!isTold);
+    }
+
 private:
+    // The highest niceness of this process's threads.
+    static int mostPatientThread() {
+        int niceness = -20;
+        for (const QString& thread :
+             QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+            niceness = std::max(niceness, ::getpriority(PRIO_PROCESS, thread.toUInt()));
+        return niceness;
+    }
+
     QByteArray at(const QByteArray& name) const { return QFile::encodeName(folder_.path()) + '/' + name; }
     void write(const QByteArray& name, const QByteArray& content) const {
         FILE* file = ::fopen(at(name).constData(), "w");

@@ -18,11 +18,12 @@ const QHash<QString, QStringList>& allowedArrows() {
         {QStringLiteral("platform"), list("core")},
         {QStringLiteral("platform/linux"), list("core platform")},
         {QStringLiteral("recording"), list("core platform")},
-        {QStringLiteral("popover"), list("core platform")},
-        {QStringLiteral("preferences"), list("core platform")},
-        {QStringLiteral("workspace"), list("core platform")},
+        {QStringLiteral("widgets"), {}},
+        {QStringLiteral("popover"), list("core platform widgets")},
+        {QStringLiteral("preferences"), list("core platform widgets")},
+        {QStringLiteral("workspace"), list("core platform widgets")},
         {QStringLiteral("app"), list("core http oauth2 driveapi platform platform/linux recording popover preferences "
-                                     "workspace")},
+                                     "widgets workspace")},
         {QStringLiteral("localdrive"), list("core")},
     };
     return arrows;

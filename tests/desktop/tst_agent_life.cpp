@@ -28,6 +28,7 @@ private Q_SLOTS:
     void init() { stage_.skipAfterFailure(); }
     void cleanup() { stage_.afterTest(); }
 
+    void aSignalEndsItUnderneathTheSignIn();
     void aFileWaitsForTheSignIn();
     void terminationCleansUp();
     void theSignInIsFoundAgain();
@@ -47,6 +48,12 @@ private:
 
     AgentStage stage_;
 };
+
+void AgentLifeTest::aSignalEndsItUnderneathTheSignIn() {
+    QVERIFY(stage_.quenby.start());
+    QVERIFY(stage_.waitForSignInPage() != 0);
+    QCOMPARE(stage_.quenby.terminate(), 0);
+}
 
 void AgentLifeTest::aFileWaitsForTheSignIn() {
     const QString title = QStringLiteral("Before the sign-in");
@@ -99,8 +106,14 @@ void AgentLifeTest::aSecondStartTakesOver() {
 
 void AgentLifeTest::signOutAndInAgain() {
     QVERIFY(stage_.chooseFromWindowMenu({QStringLiteral("o")}));
-    QVERIFY(stage_.waitForSignInPage() != 0);
+    const WindowId dialog = stage_.waitForSignInPage();
+    QVERIFY(dialog != 0);
     QCOMPARE(stage_.keptSignIn(), QByteArray());
+    // The command does not end the program underneath the dialog.
+    const QRect strip = stage_.input.geometry(stage_.input.waitForWindow(QStringLiteral("Quenby Status")));
+    QVERIFY(stage_.chooseFromItemMenu(strip.center(), {QStringLiteral("q")}));
+    QVERIFY(stage_.chooseFromItemMenu(strip.center(), {QStringLiteral("Escape")})); // it is still there, and answers
+    QVERIFY(stage_.input.isVisible(dialog));
     QVERIFY(stage_.allowSignIn());
     QVERIFY(stage_.quenby.waitForTrace("account", 2));
     QTRY_VERIFY_WITH_TIMEOUT(!stage_.keptSignIn().isEmpty(), patience);

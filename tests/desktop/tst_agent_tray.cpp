@@ -2,6 +2,7 @@
 // pointer and keyboard. Runs under a panel with StatusNotifierItem and under one with XEmbed.
 
 #include "tests/desktop/support/AgentStage.h"
+#include "tests/support/Settled.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -97,7 +98,7 @@ void AgentTrayTest::initTestCase() {
 
 void AgentTrayTest::signInByThePage() {
     QVERIFY(stage_.quenby.waitForTrace("gauge"));
-    QTRY_VERIFY_WITH_TIMEOUT(isItemSeen(), patience);
+    QVERIFY(settles(isItemSeen, patience));
     QTRY_VERIFY_WITH_TIMEOUT(!stage_.keptSignIn().isEmpty(), patience);
     QCOMPARE(stage_.alert(), 0U);
 }

@@ -3,7 +3,7 @@
 
 #include "driveapi/GTLQueryDrive.h"
 #include "driveapi/GTLServiceDrive.h"
-#include "tests/driveapi/FakeNetwork.h"
+#include "tests/support/FakeNetwork.h"
 #include "tests/support/ManualTimeSource.h"
 
 #include <QTest>
@@ -64,6 +64,8 @@ inline std::shared_ptr<GTLQueryDrive> numbered(const std::shared_ptr<GTLQueryDri
 }
 
 // The reply to a call: its result under the call's ID.
-inline FakeReply resultReply(const QByteArray& result) { return {.body = R"({"id":"gtl_1","result":)" + result + '}'}; }
+inline FakeReply resultReply(const QByteArray& result) {
+    return {200, R"({"id":"gtl_1","result":)" + result + '}', "application/json-rpc; charset=utf-8"};
+}
 
 } // namespace quenby::testing

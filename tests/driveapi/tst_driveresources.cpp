@@ -13,6 +13,7 @@
 #include <set>
 
 using namespace quenby;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -83,8 +84,8 @@ private Q_SLOTS:
             const GTLClass* const registered = GTLObject::registeredObjectClassForKind(QString::fromLatin1(entry.kind));
             QCOMPARE(registered, &entry.objectClass());
             // "drive#fileList" is a GTLDriveFileList.
-            const QString name = QString::fromLatin1(entry.kind).section(QLatin1Char('#'), 1);
-            QCOMPARE(registered->nameString().toLower(), QString(QStringLiteral("gtldrive") + name.toLower()));
+            const QString name = QString::fromLatin1(entry.kind).section('#'_L1, 1);
+            QCOMPARE(registered->nameString().toLower(), QString(u"gtldrive"_s + name.toLower()));
             const auto made = object<GTLObject>("{\"kind\":\"" + QByteArray(entry.kind) + "\"}");
             QCOMPARE(&made->objectClass(), registered);
             QVERIFY(made->additionalJSONKeys().isEmpty()); // all of them declare "kind"
@@ -96,25 +97,31 @@ private Q_SLOTS:
     void listsDeclareTheirItems_data() {
         QTest::addColumn<QString>("kind");
         QTest::addColumn<QString>("itemClass");
-        const auto row = [](const char* kind, const char* itemClass) {
-            QTest::newRow(kind) << QString::fromLatin1(kind) << QString::fromLatin1(itemClass);
+        QTest::addColumn<QString>("undeclared"); // of what most lists have
+        const auto row = [](const char* kind, const char* itemClass, const char* undeclared) {
+            QTest::newRow(kind) << QString::fromLatin1(kind) << QString::fromLatin1(itemClass)
+                                << QString::fromLatin1(undeclared);
         };
-        row("drive#appList", "GTLDriveApp");
-        row("drive#changeList", "GTLDriveChange");
-        row("drive#childList", "GTLDriveChildReference");
-        row("drive#commentList", "GTLDriveComment");
-        row("drive#commentReplyList", "GTLDriveCommentReply");
-        row("drive#fileList", "GTLDriveFile");
-        row("drive#parentList", "GTLDriveParentReference");
-        row("drive#permissionList", "GTLDrivePermission");
-        row("drive#propertyList", "GTLDriveProperty");
-        row("drive#revisionList", "GTLDriveRevision");
+        const char* const comesWhole = "nextPageToken nextLink";
+        row("drive#appList", "GTLDriveApp", comesWhole);
+        row("drive#changeList", "GTLDriveChange", "");
+        row("drive#childList", "GTLDriveChildReference", "");
+        row("drive#commentList", "GTLDriveComment", "etag");
+        row("drive#commentReplyList", "GTLDriveCommentReply", "etag");
+        row("drive#fileList", "GTLDriveFile", "");
+        row("drive#parentList", "GTLDriveParentReference", comesWhole);
+        row("drive#permissionList", "GTLDrivePermission", comesWhole);
+        row("drive#propertyList", "GTLDriveProperty", comesWhole);
+        row("drive#revisionList", "GTLDriveRevision", comesWhole);
     }
     void listsDeclareTheirItems() {
         QFETCH(QString, kind);
-        const auto list = object<GTLCollectionObject>("{\"kind\":\"" + kind.toLatin1() + "\",\"items\":[{\"x\":1}]}");
+        const auto list = object<GTLCollectionObject>("{'kind':'" + kind.toLatin1() +
+                                                      "','items':[{'x':1}],'nextPageToken':'n','nextLink':'l',"
+                                                      "'selfLink':'s','etag':'e'}");
         QVERIFY(list);
         QTEST(list->itemAtIndex(0)->objectClass().nameString(), "itemClass");
+        QTEST(list->additionalJSONKeys().join(' '_L1), "undeclared");
     }
 
     void aWholeFile() {
@@ -122,23 +129,23 @@ private Q_SLOTS:
         QVERIFY(file);
         QCOMPARE(file->additionalJSONKeys(), QStringList());                                   // every key is declared
         QCOMPARE(file->objectClass().properties().size(), std::size_t(file->JSON()->count())); // and none misspelt
-        QCOMPARE(file->identifier(), QStringLiteral("f"));
-        QCOMPARE(file->ETag(), QStringLiteral("e"));
-        QCOMPARE(file->descriptionProperty(), QStringLiteral("d"));
+        QCOMPARE(file->identifier(), u"f"_s);
+        QCOMPARE(file->ETag(), u"e"_s);
+        QCOMPARE(file->descriptionProperty(), u"d"_s);
         QVERIFY(file->labels()->trashed() && file->labels()->starred() && !file->labels()->viewed());
         QVERIFY(file->parents()->at(0)->isRoot());
-        QCOMPARE(file->modifiedDate().stringValue(), QStringLiteral("2014-07-02T10:20:30.500Z"));
+        QCOMPARE(file->modifiedDate().stringValue(), u"2014-07-02T10:20:30.500Z"_s);
         QCOMPARE(file->fileSize(), 9007199254740993); // no double holds it
         QCOMPARE(file->version(), 13);
-        QCOMPARE(file->exportLinks()->JSONValueForKey("text/plain").toString(), QStringLiteral("x"));
-        QCOMPARE(file->exportLinks()->additionalJSONKeys(), QStringList{QStringLiteral("text/plain")});
+        QCOMPARE(file->exportLinks()->JSONValueForKey("text/plain").toString(), u"x"_s);
+        QCOMPARE(file->exportLinks()->additionalJSONKeys(), QStringList{u"text/plain"_s});
         QCOMPARE(file->imageMediaMetadata()->location()->latitude(), 52.5);
         QCOMPARE(file->videoMediaMetadata()->durationMillis(), 99);
-        QCOMPARE(file->owners()->at(0)->picture()->url(), QStringLiteral("u"));
-        QCOMPARE(file->ownerNames()->at(0), QStringLiteral("Cy"));
-        QCOMPARE(file->userPermission()->additionalRoles()->at(0), QStringLiteral("commenter"));
+        QCOMPARE(file->owners()->at(0)->picture()->url(), u"u"_s);
+        QCOMPARE(file->ownerNames()->at(0), u"Cy"_s);
+        QCOMPARE(file->userPermission()->additionalRoles()->at(0), u"commenter"_s);
         QVERIFY(file->permissions()->at(0)->withLink());
-        QCOMPARE(file->properties()->at(0)->value(), QStringLiteral("v"));
+        QCOMPARE(file->properties()->at(0)->value(), u"v"_s);
         readEverything(*file);
     }
 
@@ -178,7 +185,7 @@ private Q_SLOTS:
         QVERIFY(deletion->deleted() && !deletion->file());
         QCOMPARE(*deletion->modificationDate().millisecondsSinceEpoch(), 1404210030500);
         QCOMPARE(list->items()->at(1)->file()->labels()->trashed(), true);
-        QCOMPARE(list->itemForIdentifier(QStringLiteral("4711")), list->itemAtIndex(1));
+        QCOMPARE(list->itemForIdentifier(u"4711"_s), list->itemAtIndex(1));
     }
 
     void about() {
@@ -195,17 +202,17 @@ private Q_SLOTS:
             used += service->bytesUsed();
         QCOMPARE(used, 12);
         QCOMPARE(about->quotaBytesTotal(), 16106127360);
-        QCOMPARE(about->user()->emailAddress(), QStringLiteral("a@b"));
-        QCOMPARE(about->exportFormats()->at(0)->targets()->at(0), QStringLiteral("t"));
-        QCOMPARE(about->additionalRoleInfo()->at(0)->roleSets()->at(0)->primaryRole(), QStringLiteral("reader"));
+        QCOMPARE(about->user()->emailAddress(), u"a@b"_s);
+        QCOMPARE(about->exportFormats()->at(0)->targets()->at(0), u"t"_s);
+        QCOMPARE(about->additionalRoleInfo()->at(0)->roleSets()->at(0)->primaryRole(), u"reader"_s);
     }
 
     void aNewFile() {
         const auto parent = GTLDriveParentReference::object();
-        parent->setIdentifier(QStringLiteral("root"));
+        parent->setIdentifier(u"root"_s);
         const auto file = GTLDriveFile::object();
-        file->setTitle(QStringLiteral("Screen Cast"));
-        file->setMimeType(QStringLiteral("application/vnd.google-apps.folder"));
+        file->setTitle(u"Screen Cast"_s);
+        file->setMimeType(u"application/vnd.google-apps.folder"_s);
         file->setParents(GTLArray<GTLDriveParentReference>::make({parent}));
         QCOMPARE(
             GTLJSONParser::dataWithObject(file->JSON()),

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 using namespace quenby;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -166,29 +167,29 @@ private Q_SLOTS:
     }
 
     void fromInstantInZone() {
-        const QDateTime instant = QDateTime::fromString(QStringLiteral("2014-07-01T10:20:30.250Z"), Qt::ISODateWithMs);
+        const QDateTime instant = QDateTime::fromString(u"2014-07-01T10:20:30.250Z"_s, Qt::ISODateWithMs);
         const QTimeZone berlin("Europe/Berlin");
         const auto inBerlin = GTLDateTime::dateTimeWithDate(instant, berlin);
-        QCOMPARE(inBerlin.stringValue(), QStringLiteral("2014-07-01T12:20:30.250+02:00"));
+        QCOMPARE(inBerlin.stringValue(), u"2014-07-01T12:20:30.250+02:00"_s);
         QVERIFY(inBerlin.timeZone() == berlin);
         QVERIFY(!inBerlin.universalTime());
         QCOMPARE(inBerlin.date(), instant);
 
         const auto universal = GTLDateTime::dateTimeWithDate(instant, QTimeZone::utc());
-        QCOMPARE(universal.stringValue(), QStringLiteral("2014-07-01T10:20:30.250Z"));
+        QCOMPARE(universal.stringValue(), u"2014-07-01T10:20:30.250Z"_s);
         QVERIFY(universal == parsed("2014-07-01T10:20:30.250Z"));
 
         // Another zone that happens to be at UTC is not universal time.
         const QDateTime winter = instant.addMonths(6);
         const auto london = GTLDateTime::dateTimeWithDate(winter, QTimeZone("Europe/London"));
-        QCOMPARE(london.stringValue(), QStringLiteral("2015-01-01T10:20:30.250+00:00"));
+        QCOMPARE(london.stringValue(), u"2015-01-01T10:20:30.250+00:00"_s);
 
         const LocalZone tokyo("Asia/Tokyo");
         const auto local = GTLDateTime::dateTimeWithDate(instant);
-        QCOMPARE(local.stringValue(), QStringLiteral("2014-07-01T19:20:30.250-00:00"));
+        QCOMPARE(local.stringValue(), u"2014-07-01T19:20:30.250-00:00"_s);
         QVERIFY(!local.timeZone());
         QCOMPARE(local.date(), instant);
-        QCOMPARE(GTLDateTime::dateTimeForAllDayWithDate(instant).stringValue(), QStringLiteral("2014-07-01"));
+        QCOMPARE(GTLDateTime::dateTimeForAllDayWithDate(instant).stringValue(), u"2014-07-01"_s);
     }
 
     void zoneOfText() {
@@ -205,9 +206,9 @@ private Q_SLOTS:
         QVERIFY(value.timeZone().has_value() && value.milliseconds() == 250);
         value.setHasTime(false);
         QVERIFY(!value.hasTime() && !value.timeZone());
-        QCOMPARE(value.stringValue(), QStringLiteral("2014-07-01"));
+        QCOMPARE(value.stringValue(), u"2014-07-01"_s);
         value.setHasTime(true);
-        QCOMPARE(value.stringValue(), QStringLiteral("2014-07-01T00:00:00-00:00"));
+        QCOMPARE(value.stringValue(), u"2014-07-01T00:00:00-00:00"_s);
     }
 
     void equality() {

@@ -14,6 +14,7 @@
 #include <limits>
 
 using namespace quenby;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -145,14 +146,13 @@ private Q_SLOTS:
     }
 
     void humanReadableText() {
-        QCOMPARE(
-            GTLJSONParser::stringWithObject(parsed(R"({"a":[1,{}],"b":{"c":null},"d":[]})"),
-                                            GTLJSONParser::Format::humanReadable),
-            QStringLiteral("{\n  \"a\": [\n    1,\n    {}\n  ],\n  \"b\": {\n    \"c\": null\n  },\n  \"d\": []\n}"));
+        QCOMPARE(GTLJSONParser::stringWithObject(parsed(R"({"a":[1,{}],"b":{"c":null},"d":[]})"),
+                                                 GTLJSONParser::Format::humanReadable),
+                 u"{\n  \"a\": [\n    1,\n    {}\n  ],\n  \"b\": {\n    \"c\": null\n  },\n  \"d\": []\n}"_s);
     }
 
     void whatJSONCannotExpress() {
-        const QString lone = QStringLiteral("a") + QChar(0xD83D) + QStringLiteral("b") + QChar(0xDE00);
+        const QString lone = u"a"_s + QChar(0xD83D) + u"b"_s + QChar(0xDE00);
         const auto array = JSONArray::make({lone, std::numeric_limits<double>::infinity(), std::nan(""), JSONValue()});
         QCOMPARE(GTLJSONParser::dataWithObject(array), QByteArray("[\"a\xEF\xBF\xBD"
                                                                   "b\xEF\xBF\xBD\",null,null,null]"));
@@ -197,7 +197,7 @@ private Q_SLOTS:
         QVERIFY(!result.ok());
         QVERIFY(result.error().is(errorDomain::json, static_cast<qint64>(JSONErrorCode::malformed)));
         const QString reason = result.error().detail(errorKey::reason).toString();
-        QVERIFY2(reason.contains(QStringLiteral("at byte %1,").arg(position)), qPrintable(reason));
+        QVERIFY2(reason.contains(u"at byte %1,"_s.arg(position)), qPrintable(reason));
     }
 
     void numbersBeyondADoubleAreRefused() { QVERIFY(!GTLJSONParser::objectWithData("[1e999]").ok()); }
@@ -242,8 +242,8 @@ private Q_SLOTS:
             inner = whole.dictionary()->value("outer").dictionary()->value("inner").dictionary();
             raw = inner->utf8Value("text");
         }
-        QCOMPARE(raw, QByteArray("still here"));
-        QCOMPARE(inner->value("text").toString(), QStringLiteral("still here"));
+        QCOMPARE(raw, "still here");
+        QCOMPARE(inner->value("text").toString(), u"still here"_s);
         QCOMPARE(inner->value("list").array()->at(1).array()->at(0).toInt64(), 2);
     }
 
@@ -251,7 +251,7 @@ private Q_SLOTS:
         for (const bool isTouched : {false, true}) {
             const JSONValue original = parsed(sample);
             if (isTouched)
-                QCOMPARE(original.dictionary()->value("b").dictionary()->keys(), QStringList{QStringLiteral("c")});
+                QCOMPARE(original.dictionary()->value("b").dictionary()->keys(), QStringList{u"c"_s});
             const JSONValue copy = original.deepCopy();
             QVERIFY(copy == original);
             copy.dictionary()->value("b").dictionary()->setValue("c", 1);

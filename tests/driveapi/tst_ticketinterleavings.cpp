@@ -4,23 +4,23 @@
 // their own).
 #include "driveapi/GTLQueryDrive.h"
 #include "driveapi/GTLServiceDrive.h"
-#include "tests/driveapi/FakeNetwork.h"
+#include "tests/support/DelegateQueue.h"
+#include "tests/support/FakeNetwork.h"
 #include "tests/support/ManualTimeSource.h"
 
 #include <QLoggingCategory>
 #include <QTest>
-#include <QThread>
 #include <QThreadPool>
 
 #include <array>
 #include <atomic>
 #include <condition_variable>
-#include <future>
 #include <random>
 #include <thread>
 
 using namespace quenby;
 using namespace quenby::testing;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -68,33 +68,6 @@ private:
     std::vector<GTLServiceTicketPtr> posted_;
     bool isBusy_ = false;
     std::thread thread_{[this] { run(); }};
-};
-
-// A thread on which callbacks are delivered in some of the rounds.
-class DelegateQueue {
-public:
-    DelegateQueue() {
-        object_->moveToThread(&thread_);
-        mailbox_ = Mailbox::forContext(object_);
-        QObject::connect(&thread_, &QThread::finished, object_, &QObject::deleteLater);
-        thread_.start();
-    }
-    ~DelegateQueue() {
-        mailbox_.reset(); // while its thread can still delete it
-        thread_.quit();
-        thread_.wait();
-    }
-    QObject* object() const { return object_; }
-    void waitUntilIdle() {
-        std::promise<void> reached;
-        mailbox_->post([&reached] { reached.set_value(); });
-        reached.get_future().wait();
-    }
-
-private:
-    QThread thread_;
-    QObject* object_ = new QObject;
-    std::shared_ptr<Mailbox> mailbox_;
 };
 
 struct Execution {
@@ -181,21 +154,18 @@ private:
     }
 
     FakeReply randomReply() {
-        const auto reply = [](const QByteArray& body, int status = 200) {
-            return FakeReply{.body = body, .status = status, .contentType = "application/json"};
-        };
         switch (number(8)) {
         case 0:
         case 1:
-            return reply(R"({"id":"x","result":{"items":[{"id":"1"}],"nextPageToken":"more"}})");
+            return {200, R"({"id":"x","result":{"items":[{"id":"1"}],"nextPageToken":"more"}})"};
         case 2:
-            return reply({}, 503); // tried again
+            return {503}; // tried again
         case 3:
-            return reply(R"({"id":"x","error":{"code":404,"message":"gone"}})", 404);
+            return {404, R"({"id":"x","error":{"code":404,"message":"gone"}})"};
         case 4:
-            return reply(R"({"id":"x","result":)");
+            return {200, R"({"id":"x","result":)"};
         default:
-            return reply(R"({"id":"x","result":{"items":[{"id":"1"},{"id":"2"}]}})");
+            return {200, R"({"id":"x","result":{"items":[{"id":"1"},{"id":"2"}]}})"};
         }
     }
 
@@ -270,30 +240,28 @@ class TestTicketInterleavings : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void callBackOnceOrNever();
-};
+    void callBackOnceOrNever() {
+        QLoggingCategory::setFilterRules(u"quenby.*=false"_s);
+        bool isGiven = false;
+        quint64 seed = qEnvironmentVariable("QUENBY_TEST_SEED").toULongLong(&isGiven);
+        if (!isGiven)
+            seed = std::random_device()();
+        qInfo("QUENBY_TEST_SEED=%llu", seed);
+        std::mt19937_64 random(seed);
 
-void TestTicketInterleavings::callBackOnceOrNever() {
-    QLoggingCategory::setFilterRules(QStringLiteral("quenby.*=false"));
-    bool isGiven = false;
-    quint64 seed = qEnvironmentVariable("QUENBY_TEST_SEED").toULongLong(&isGiven);
-    if (!isGiven)
-        seed = std::random_device()();
-    qInfo("QUENBY_TEST_SEED=%llu", seed);
-    std::mt19937_64 random(seed);
-
-    QThreadPool parseQueue;
-    parseQueue.setMaxThreadCount(2);
-    CancellingThread canceller;
-    DelegateQueue delegateQueue;
-    for (int i = 0; i < executionsInAll / executionsPerRound; ++i) {
-        Round round(random, parseQueue, canceller, delegateQueue);
-        round.play();
-        round.finish();
-        const char* const complaint = round.verdict();
-        QVERIFY2(!complaint, complaint);
+        QThreadPool parseQueue;
+        parseQueue.setMaxThreadCount(2);
+        CancellingThread canceller;
+        DelegateQueue delegateQueue;
+        for (int i = 0; i < executionsInAll / executionsPerRound; ++i) {
+            Round round(random, parseQueue, canceller, delegateQueue);
+            round.play();
+            round.finish();
+            const char* const complaint = round.verdict();
+            QVERIFY2(!complaint, complaint);
+        }
     }
-}
+};
 
 QTEST_GUILESS_MAIN(TestTicketInterleavings)
 #include "tst_ticketinterleavings.moc"

@@ -24,5 +24,10 @@ inline void run(const URLRequest& request, ConnectionRecorder& client) {
     QVERIFY(client.events.isEmpty()); // never from inside start()
     QTRY_VERIFY_WITH_TIMEOUT(client.isDone, 20000);
 }
+inline ConnectionRecorder run(const URLRequest& request) {
+    ConnectionRecorder client;
+    run(request, client);
+    return client;
+}
 
 } // namespace quenby::testing

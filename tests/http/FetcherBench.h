@@ -1,12 +1,11 @@
 // What the fetcher's tests share: a fetcher on connections that go nowhere, with time that the test moves.
 #pragma once
 
-#include "core/CompletionGate.h"
 #include "http/GTMHTTPFetcher.h"
-#include "tests/support/FakeConnection.h"
+#include "tests/support/FakeAuthorizer.h"
+#include "tests/support/FakeNetwork.h"
 #include "tests/support/ManualTimeSource.h"
 
-#include <QCoreApplication>
 #include <QLoggingCategory>
 
 namespace quenby::testing {
@@ -18,42 +17,8 @@ inline HeaderFields fields(const std::vector<HeaderFields::Field>& list) {
     return headers;
 }
 
-inline void settle() { QCoreApplication::processEvents(); }
-
 // Errors are what these tests are about; nobody wants to read of each.
 inline void silenceExpectedErrors() { QLoggingCategory::setFilterRules(QStringLiteral("quenby.http.info=false")); }
-
-// Grants or refuses as the test says, at once or when the test lets it.
-class FakeAuthorizer final : public Authorizer {
-public:
-    bool canRefresh = false;
-    MaybeError error;
-    bool isHolding = false;
-    int primed = 0;
-    std::vector<CompletionGate<URLRequest, MaybeError>> held;
-
-    bool isAuthorizedRequest(const URLRequest& request) const override {
-        return request.headers.contains("Authorization");
-    }
-    CompletionTicket authorizeRequest(const URLRequest& request, QObject* context, AuthorizeHandler handler) override {
-        CompletionGate<URLRequest, MaybeError> gate(context, std::move(handler));
-        URLRequest authorized = request;
-        if (!error)
-            authorized.headers.set("Authorization", "Bearer token" + QByteArray::number(primed));
-        if (isHolding)
-            held.push_back(gate);
-        else
-            gate.deliver(authorized, error);
-        return gate.ticket();
-    }
-    bool primeForRefresh(const URLRequest& refused) override {
-        if (!refused.headers.contains("Authorization"))
-            qFatal("the refused request carries no token");
-        ++primed;
-        return canRefresh;
-    }
-    QString userEmail() const override { return {}; }
-};
 
 // A fetcher, its network and its clock, and what it told its caller.
 struct FetcherBench {
@@ -93,6 +58,15 @@ struct FetcherBench {
             data = body;
             error = e;
         });
+    }
+    // What the network's answer leads to, until time would have to pass.
+    void answer(int status, const QByteArray& body = {}, const HeaderFields& headers = {}) {
+        network.last().answer(status, body, headers);
+        settle();
+    }
+    void fetch(int status, const QByteArray& body = {}, const HeaderFields& headers = {}) {
+        begin();
+        answer(status, body, headers);
     }
     size_t attempts() const { return network.exchanges.size(); }
 };

@@ -1,8 +1,8 @@
-// What the tests of the resumable upload share: the server's answers, a body, an authorizer, and one upload with its
-// outcome.
+// What the tests of the resumable upload share: the server's answers, a body, and one upload with its outcome.
 #pragma once
 
 #include "http/GTMHTTPUploadFetcher.h"
+#include "tests/support/FakeAuthorizer.h"
 #include "tests/support/ScriptedServer.h"
 
 #include <QTemporaryDir>
@@ -65,25 +65,11 @@ inline QByteArray pattern(qsizetype length) {
     return bytes;
 }
 
-// Tokens "t1", "t2", … each good until it is refused.
-class TestAuthorizer final : public Authorizer {
-public:
-    bool isAuthorizedRequest(const URLRequest& request) const override {
-        return request.headers.contains("Authorization");
-    }
-    CompletionTicket authorizeRequest(const URLRequest& request, QObject* context, AuthorizeHandler handler) override {
-        URLRequest authorized = request;
-        authorized.headers.set("Authorization", "Bearer t" + QByteArray::number(token_));
-        const CompletionGate<URLRequest, MaybeError> gate(context, std::move(handler));
-        gate.deliver(authorized, MaybeError());
-        return gate.ticket();
-    }
-    bool primeForRefresh(const URLRequest&) override { return ++token_ > 0; }
-    QString userEmail() const override { return {}; }
-
-private:
-    int token_ = 1;
-};
+inline std::shared_ptr<FakeAuthorizer> refreshingAuthorizer() {
+    auto authorizer = std::make_shared<FakeAuthorizer>();
+    authorizer->canRefresh = true;
+    return authorizer;
+}
 
 // One upload at a time. The secret part of every location is "S3CRET".
 class UploadTest : public QObject {

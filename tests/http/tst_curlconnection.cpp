@@ -1,4 +1,5 @@
 // One exchange on the real connection: what goes out, what comes back, what goes wrong, and ending it early.
+#include "tests/http/BrokenDevice.h"
 #include "tests/http/CurlBench.h"
 
 #include <QBuffer>
@@ -7,38 +8,11 @@
 using namespace quenby;
 using namespace quenby::testing;
 using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
 
 namespace {
 
 using Then = Answer::Then;
-
-// A device that says how much was read from it at once, and can be made to end or fail early.
-class TrackedDevice final : public QIODevice {
-public:
-    TrackedDevice(qint64 length, qint64 availableLength)
-        : length_(length)
-        , available_(availableLength) {
-        open(ReadOnly | Unbuffered);
-    }
-    qint64 size() const override { return length_; }
-    bool failsAtEnd = false;
-
-protected:
-    qint64 readData(char* data, qint64 maxSize) override {
-        const qint64 count = std::min(maxSize, available_ - pos());
-        if (count <= 0) {
-            setErrorString(QStringLiteral("the disk is gone"));
-            return failsAtEnd ? -1 : 0;
-        }
-        std::memset(data, 'x', size_t(count));
-        return count;
-    }
-    qint64 writeData(const char*, qint64) override { return -1; }
-
-private:
-    qint64 length_;
-    qint64 available_;
-};
 
 class SequentialDevice final : public QIODevice {
 public:
@@ -85,25 +59,23 @@ private Q_SLOTS:
     void sendsWhatWasAsked() {
         QFETCH(QByteArray, method);
         QFETCH(QByteArray, body);
-        QFETCH(QByteArray, contentLength);
         ScriptedServer server;
         server.enqueue(method == "HEAD" ? Answer::raw("HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\n")
                                         : Answer::with(200, "fine", {{"X-Twice", "1"}, {"x-twice", "2"}}));
-        URLRequest request = makeRequest(server.url(QStringLiteral("/a/../b%20c?q=%2F#fragment")), method, body);
+        URLRequest request = makeRequest(server.url(u"/a/../b%20c?q=%2F#fragment"_s), method, body);
         request.headers.set("X-Own", "value");
         request.headers.set("X-Empty", "");
         request.headers.set("Content-Length", "77"); // not the caller's business
-        ConnectionRecorder client;
-        run(request, client);
+        const ConnectionRecorder client = run(request);
 
         QVERIFY2(!client.error, client.error ? qPrintable(client.error->description()) : "");
         QCOMPARE(server.requests().size(), 1U);
         const ReceivedRequest& seen = server.requests().front();
         QCOMPARE(seen.method, method);
-        QCOMPARE(seen.target, QByteArray("/a/../b%20c?q=%2F"));
+        QCOMPARE(seen.target, "/a/../b%20c?q=%2F");
         QVERIFY(seen.body == body);
-        QCOMPARE(seen.header("Content-Length"), contentLength);
-        QCOMPARE(seen.header("X-Own"), QByteArray("value"));
+        QTEST(seen.header("Content-Length"), "contentLength");
+        QCOMPARE(seen.header("X-Own"), "value");
         QVERIFY(seen.headers.contains("X-Empty"));
         QVERIFY(!seen.headers.contains("Expect"));
         QVERIFY(!seen.headers.contains("Content-Type")); // libcurl's form default must not appear
@@ -111,11 +83,11 @@ private Q_SLOTS:
         QCOMPARE(client.sentBytes, body.size());
         if (method == "HEAD")
             return;
-        QCOMPARE(client.data, QByteArray("fine"));
+        QCOMPARE(client.data, "fine");
         QCOMPARE(client.response.headers.values("X-Twice"), (QList<QByteArray>{"1", "2"}));
-        QStringList expected{QStringLiteral("response"), QStringLiteral("data"), QStringLiteral("finish")};
+        QStringList expected{u"response"_s, u"data"_s, u"finish"_s};
         if (!body.isEmpty())
-            expected.prepend(QStringLiteral("sent"));
+            expected.prepend(u"sent"_s);
         QCOMPARE(client.events, expected);
     }
 
@@ -147,8 +119,7 @@ private Q_SLOTS:
             request.bodyStream = buffer;
         }
         request.bodyLength = announced;
-        ConnectionRecorder client;
-        run(request, client);
+        const ConnectionRecorder client = run(request);
         QVERIFY(!client.error);
         QCOMPARE(server.requests().front().body, arrives);
         QCOMPARE(server.requests().front().header("Transfer-Encoding"), QByteArray(chunked ? "chunked" : ""));
@@ -170,16 +141,11 @@ private Q_SLOTS:
         ScriptedServer server;
         server.enqueue(Answer::with(200));
         URLRequest request = makeRequest(server.url(), "PUT");
-        auto device = std::make_shared<TrackedDevice>(2000000, 1500000);
-        device->failsAtEnd = fails;
-        request.bodyStream = device;
+        request.bodyStream = std::make_shared<BrokenDevice>(2000000, 1500000, fails);
         request.bodyLength = announced;
-        ConnectionRecorder client;
-        run(request, client);
-        QVERIFY(client.error);
-        QVERIFY(client.error->is(URLErrorCode::requestBodyUnreadable));
-        QVERIFY2(client.error->description().contains(QStringLiteral("1500000")),
-                 qPrintable(client.error->description()));
+        const ConnectionRecorder client = run(request);
+        QVERIFY(client.error && client.error->is(URLErrorCode::requestBodyUnreadable));
+        QVERIFY2(client.error->description().contains(u"1500000"_s), qPrintable(client.error->description()));
         QTRY_COMPARE(server.requests().size(), 1U);
         QVERIFY(!server.requests().front().isComplete);
     }
@@ -212,36 +178,33 @@ private Q_SLOTS:
         QFETCH(QString, events);
         ScriptedServer server;
         server.enqueue(Answer::raw(bytes, Then(then)));
-        ConnectionRecorder client;
-        run(makeRequest(server.url()), client);
+        const ConnectionRecorder client = run(makeRequest(server.url()));
         QVERIFY(client.error);
         QCOMPARE(client.error->domain(), errorDomain::url);
         QCOMPARE(client.error->code(), code);
-        QVERIFY(client.error->description().contains(QStringLiteral("127.0.0.1")));
-        QCOMPARE(client.events.join(QLatin1Char(',')), events);
+        QVERIFY(client.error->description().contains(u"127.0.0.1"_s));
+        QCOMPARE(client.events.join(','_L1), events);
     }
 
     void unreachable_data() {
         QTest::addColumn<QString>("url");
         QTest::addColumn<int>("code");
-        QTest::newRow("nobody listens") << QStringLiteral("http://127.0.0.1:1/")
-                                        << int(URLErrorCode::cannotConnectToHost);
-        QTest::newRow("no such host") << QStringLiteral("http://nowhere.invalid/") << int(URLErrorCode::cannotFindHost);
+        QTest::newRow("nobody listens") << u"http://127.0.0.1:1/"_s << int(URLErrorCode::cannotConnectToHost);
+        QTest::newRow("no such host") << u"http://nowhere.invalid/"_s << int(URLErrorCode::cannotFindHost);
     }
     void unreachable() {
         QFETCH(QString, url);
         QFETCH(int, code);
-        ConnectionRecorder client;
-        run(makeRequest(QUrl(url)), client);
+        const ConnectionRecorder client = run(makeRequest(QUrl(url)));
         QVERIFY(client.error);
         QCOMPARE(client.error->code(), code);
     }
 
     void onlyWebSchemes() {
         ConnectionRecorder client;
-        QVERIFY(!CurlConnection::create(makeRequest(QUrl(QStringLiteral("file:///etc/passwd"))), client));
-        QVERIFY(!CurlConnection::create(makeRequest(QUrl(QStringLiteral("ftp://127.0.0.1/"))), client));
-        QVERIFY(CurlConnection::create(makeRequest(QUrl(QStringLiteral("HTTPS://127.0.0.1/"))), client));
+        QVERIFY(!CurlConnection::create(makeRequest(QUrl(u"file:///etc/passwd"_s)), client));
+        QVERIFY(!CurlConnection::create(makeRequest(QUrl(u"ftp://127.0.0.1/"_s)), client));
+        QVERIFY(CurlConnection::create(makeRequest(QUrl(u"HTTPS://127.0.0.1/"_s)), client));
     }
 
     // --- Time-outs ------------------------------------------------------------------------------------------------
@@ -258,10 +221,8 @@ private Q_SLOTS:
         server.enqueue(Answer::raw(bytes, Then::stall));
         URLRequest request = makeRequest(server.url());
         request.timeout = 100ms;
-        ConnectionRecorder client;
-        run(request, client);
-        QVERIFY(client.error);
-        QVERIFY(client.error->is(URLErrorCode::timedOut));
+        const ConnectionRecorder client = run(request);
+        QVERIFY(client.error && client.error->is(URLErrorCode::timedOut));
     }
 
     // The other side takes what is in the kernel's buffers long after we have handed over the last byte.
@@ -272,8 +233,7 @@ private Q_SLOTS:
         server.enqueue(Answer::with(200));
         URLRequest request = makeRequest(server.url(), "PUT", QByteArray(4 * 1024 * 1024, 'x'));
         request.timeout = 400ms;
-        ConnectionRecorder client;
-        run(request, client);
+        const ConnectionRecorder client = run(request);
         QVERIFY2(!client.error, client.error ? qPrintable(client.error->description()) : "");
         QCOMPARE(server.receivedBodyBytes(), request.body.size());
     }
@@ -298,8 +258,7 @@ private Q_SLOTS:
         server.enqueue(Answer::with(200, packed, {{"Content-Encoding", "deflate"}}));
         URLRequest request = makeRequest(server.url());
         request.headers.set(field, value);
-        ConnectionRecorder client;
-        run(request, client);
+        const ConnectionRecorder client = run(request);
         QVERIFY(!client.error);
         QVERIFY(client.data == (unpacked ? plain : packed));
         QCOMPARE(server.requests().front().header("Accept-Encoding").contains("deflate"), field != "Range");
@@ -323,7 +282,7 @@ private Q_SLOTS:
         server.enqueue(Answer::with(401, {}, {{"WWW-Authenticate", "Basic realm=\"x\""}}));
         server.setHandler([](const ReceivedRequest&) { return Answer::with(200, QByteArray(200000, 'd')); });
         ConnectionRecorder client;
-        client.credentials = {{QStringLiteral("user"), QStringLiteral("word")}};
+        client.credentials = {{u"user"_s, u"word"_s}};
         auto connection = CurlConnection::create(makeRequest(server.url(), "POST", "body"), client);
         client.onEvent = [&](const QString& now) {
             if (now != event)
@@ -337,8 +296,7 @@ private Q_SLOTS:
         QTRY_VERIFY(client.events.contains(event));
         // Whatever might still come is overtaken by a second exchange.
         const QStringList before = client.events;
-        ConnectionRecorder other;
-        run(makeRequest(server.url()), other);
+        const ConnectionRecorder other = run(makeRequest(server.url()));
         QCOMPARE(client.events, before);
         QCOMPARE(client.events.last(), event);
     }
@@ -350,7 +308,7 @@ private Q_SLOTS:
         client.takesData = false;
         run(makeRequest(server.url()), client);
         QVERIFY(client.error);
-        QCOMPARE(client.events.last(), QStringLiteral("fail"));
+        QCOMPARE(client.events.last(), u"fail"_s);
     }
 
     // A client may begin another exchange from inside a call, while libcurl is at work.
@@ -361,14 +319,14 @@ private Q_SLOTS:
         std::unique_ptr<URLConnection> inner;
         ConnectionRecorder first;
         first.onEvent = [&](const QString& event) {
-            if (event == QLatin1String("data")) {
+            if (event == "data"_L1) {
                 inner = CurlConnection::create(makeRequest(server.url()), second);
                 inner->start();
             }
         };
         run(makeRequest(server.url()), first);
         QTRY_VERIFY(second.isDone);
-        QCOMPARE(second.data, QByteArray("yes"));
+        QCOMPARE(second.data, "yes");
     }
 
     // --- The rest -------------------------------------------------------------------------------------------------
@@ -377,10 +335,9 @@ private Q_SLOTS:
         ScriptedServer server;
         server.setAnswersEarly(true);
         server.enqueue(Answer::with(413, "too large"));
-        ConnectionRecorder client;
-        run(makeRequest(server.url(), "PUT", QByteArray(5000000, 'x')), client);
+        const ConnectionRecorder client = run(makeRequest(server.url(), "PUT", QByteArray(5000000, 'x')));
         QCOMPARE(client.response.statusCode, 413);
-        QCOMPARE(client.data, QByteArray("too large"));
+        QCOMPARE(client.data, "too large");
     }
 
     void interimAnswersAndTrailers() {
@@ -388,14 +345,13 @@ private Q_SLOTS:
         server.enqueue(Answer::raw("HTTP/1.1 103 Early Hints\r\nLink: x\r\n\r\n"
                                    "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\nX-Folded: a\r\n b\r\n\r\n"
                                    "3\r\nabc\r\n0\r\nX-Trailer: t\r\n\r\n"));
-        ConnectionRecorder client;
-        run(makeRequest(server.url()), client);
+        const ConnectionRecorder client = run(makeRequest(server.url()));
         QVERIFY(!client.error);
         QCOMPARE(client.response.statusCode, 200);
         QVERIFY(!client.response.headers.contains("Link"));
-        QCOMPARE(client.response.headers.value("X-Folded"), QByteArray("a b"));
-        QCOMPARE(client.data, QByteArray("abc"));
-        QCOMPARE(client.events.count(QStringLiteral("response")), 1);
+        QCOMPARE(client.response.headers.value("X-Folded"), "a b");
+        QCOMPARE(client.data, "abc");
+        QCOMPARE(client.events.count(u"response"_s), 1);
     }
 
     // A thread of its own gets an event loop of its own and takes everything along when it ends.
@@ -409,7 +365,7 @@ private Q_SLOTS:
                 QEventLoop loop;
                 ConnectionRecorder client;
                 client.onEvent = [&loop](const QString& event) {
-                    if (event == QLatin1String("finish") || event == QLatin1String("fail"))
+                    if (event == "finish"_L1 || event == "fail"_L1)
                         loop.quit();
                 };
                 const auto connection = CurlConnection::create(makeRequest(url), client);
@@ -420,7 +376,7 @@ private Q_SLOTS:
             thread->start();
             QTRY_VERIFY(thread->isFinished());
             thread->wait();
-            QCOMPARE(data, QByteArray("there"));
+            QCOMPARE(data, "there");
         }
         QTRY_COMPARE(server.openConnectionCount(), 0); // none was left behind
         QCOMPARE(server.connectionCount(), 3);

@@ -9,6 +9,7 @@
 
 using namespace quenby;
 using namespace quenby::testing;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -74,14 +75,13 @@ private Q_SLOTS:
         ScriptedServer server;
         server.enqueue(Answer::with(status, method == "HEAD" ? "" : "moved", {{"Location", "../else?x=1"}}));
         server.enqueue(Answer::with(200));
-        ConnectionRecorder client;
-        run(makeRequest(server.url(QStringLiteral("/a/b/c")), method, hasBody ? QByteArray("body") : QByteArray()),
-            client);
+        const ConnectionRecorder client =
+            run(makeRequest(server.url(u"/a/b/c"_s), method, hasBody ? QByteArray("body") : QByteArray()));
         QVERIFY(!client.error);
         QCOMPARE(server.requests().size(), 2U);
         const ReceivedRequest& second = server.requests().back();
         QCOMPARE(second.method, then);
-        QCOMPARE(second.target, QByteArray("/a/else?x=1"));
+        QCOMPARE(second.target, "/a/else?x=1");
         QCOMPARE(second.body, hasBody && then == method ? QByteArray("body") : QByteArray());
         QCOMPARE(client.response.statusCode, 200);
         QCOMPARE(client.redirectResponses.size(), 1U);
@@ -109,17 +109,15 @@ private Q_SLOTS:
         run(makeRequest(server.url(), "PUT", "body"), client);
         QVERIFY(!client.error);
         QCOMPARE(client.response.statusCode, 308);
-        QCOMPARE(client.response.headers.value("Range"), QByteArray("bytes=0-41"));
-        QCOMPARE(client.data, QByteArray("as it is"));
+        QCOMPARE(client.response.headers.value("Range"), "bytes=0-41");
+        QCOMPARE(client.data, "as it is");
     }
 
     void redirectsEnd() {
         ScriptedServer server;
         server.setHandler([](const ReceivedRequest&) { return Answer::with(302, {}, {{"Location", "/again"}}); });
-        ConnectionRecorder client;
-        run(makeRequest(server.url()), client);
-        QVERIFY(client.error);
-        QVERIFY(client.error->is(URLErrorCode::httpTooManyRedirects));
+        const ConnectionRecorder client = run(makeRequest(server.url()));
+        QVERIFY(client.error && client.error->is(URLErrorCode::httpTooManyRedirects));
         QCOMPARE(server.requests().size(), 21U); // the first and twenty more
     }
 
@@ -148,26 +146,24 @@ private Q_SLOTS:
         });
         ConnectionRecorder client;
         for (int i = 1; i <= offered; ++i)
-            client.credentials.push_back(
-                {i == offered ? QStringLiteral("right") : QStringLiteral("wrong"), QStringLiteral("secret")});
+            client.credentials.push_back({i == offered ? u"right"_s : u"wrong"_s, u"secret"_s});
         run(makeRequest(server.url(), "POST", "hello"), client);
         QCOMPARE(!client.error, welcome);
         QCOMPARE(int(client.challenges.size()), welcome ? offered : offered + 1);
         for (size_t i = 0; i < client.challenges.size(); ++i)
             QCOMPARE(client.challenges[i].previousFailureCount, int(i));
-        QCOMPARE(client.challenges.front().realm, QStringLiteral("here"));
+        QCOMPARE(client.challenges.front().realm, u"here"_s);
         QCOMPARE(client.data, welcome ? QByteArray("welcome: hello") : QByteArray());
     }
 
     void bearerChallengesArePlainAnswers() {
         ScriptedServer server;
         server.enqueue(Answer::with(401, "token?", {{"WWW-Authenticate", "Bearer realm=\"x\", Basic realm=\"y\""}}));
-        ConnectionRecorder client;
-        run(makeRequest(server.url()), client);
+        const ConnectionRecorder client = run(makeRequest(server.url()));
         QVERIFY(!client.error);
         QVERIFY(client.challenges.empty());
         QCOMPARE(client.response.statusCode, 401);
-        QCOMPARE(client.data, QByteArray("token?"));
+        QCOMPARE(client.data, "token?");
     }
 
     // --- TLS and proxies ------------------------------------------------------------------------------------------
@@ -176,11 +172,9 @@ private Q_SLOTS:
         QTest::addColumn<QString>("host");
         QTest::addColumn<bool>("trusted");
         QTest::addColumn<int>("code"); // 0: all is well
-        QTest::newRow("trusted") << QStringLiteral("localhost") << true << 0;
-        QTest::newRow("unknown") << QStringLiteral("localhost") << false
-                                 << int(URLErrorCode::serverCertificateUntrusted);
-        QTest::newRow("another's name") << QStringLiteral("127.0.0.2") << true
-                                        << int(URLErrorCode::serverCertificateUntrusted);
+        QTest::newRow("trusted") << u"localhost"_s << true << 0;
+        QTest::newRow("unknown") << u"localhost"_s << false << int(URLErrorCode::serverCertificateUntrusted);
+        QTest::newRow("another's name") << u"127.0.0.2"_s << true << int(URLErrorCode::serverCertificateUntrusted);
     }
     void certificates() {
         QFETCH(QString, host);
@@ -194,7 +188,7 @@ private Q_SLOTS:
         if (trusted)
             variable.emplace("SSL_CERT_FILE", QFile::encodeName(store.fileName()));
         ScriptedServer server(tlsServer(), QHostAddress::AnyIPv4);
-        server.setScheme(QStringLiteral("https"));
+        server.setScheme(u"https"_s);
         server.setHandler([](const ReceivedRequest& request) { return Answer::with(200, request.body); });
         QUrl url = server.url();
         url.setHost(host);
@@ -208,7 +202,7 @@ private Q_SLOTS:
 
     void noTlsAtAll() {
         ScriptedServer server;
-        server.setScheme(QStringLiteral("https"));
+        server.setScheme(u"https"_s);
         ConnectionRecorder client;
         const QUrl url = server.url();
         const auto connection = CurlConnection::create(makeRequest(url), client);
@@ -223,10 +217,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("url");
         QTest::addColumn<QByteArray>("method");
         QTest::addColumn<QByteArray>("target");
-        QTest::newRow("http") << QStringLiteral("http://far.invalid/x") << QByteArray("GET")
-                              << QByteArray("http://far.invalid/x");
-        QTest::newRow("https") << QStringLiteral("https://far.invalid/x") << QByteArray("CONNECT")
-                               << QByteArray("far.invalid:443");
+        QTest::newRow("http") << u"http://far.invalid/x"_s << QByteArray("GET") << QByteArray("http://far.invalid/x");
+        QTest::newRow("https") << u"https://far.invalid/x"_s << QByteArray("CONNECT") << QByteArray("far.invalid:443");
     }
     void proxiesFromTheEnvironment() {
         QFETCH(QString, url);
@@ -242,7 +234,7 @@ private Q_SLOTS:
         const ScopedVariable http("http_proxy", proxy.url().toEncoded());
         const ScopedVariable https("https_proxy", proxy.url().toEncoded());
         ConnectionRecorder client;
-        client.credentials = {{QStringLiteral("user"), QStringLiteral("word")}};
+        client.credentials = {{u"user"_s, u"word"_s}};
         run(makeRequest(QUrl(url)), client);
         QVERIFY(proxy.requests().size() >= 2);
         QCOMPARE(proxy.requests().front().method, method);
@@ -285,9 +277,8 @@ private Q_SLOTS:
         if (hasRead)
             server.enqueue(Answer::nothing(Then(then)));
         server.enqueue(Answer::with(200, "fresh"));
-        ConnectionRecorder first;
-        run(makeRequest(server.url()), first);
-        QCOMPARE(first.data, QByteArray("first"));
+        const ConnectionRecorder first = run(makeRequest(server.url()));
+        QCOMPARE(first.data, "first");
         if (!hasRead)
             server.closeAllConnections();
 
@@ -298,11 +289,10 @@ private Q_SLOTS:
                                           [&method](const auto& request) { return request.method == method; });
         if (succeeds) {
             QVERIFY(!second.error);
-            QCOMPARE(second.data, QByteArray("fresh"));
+            QCOMPARE(second.data, "fresh");
             QCOMPARE(copies, hasRead ? 2 : 1);
         } else {
-            QVERIFY(second.error);
-            QVERIFY(second.error->is(URLErrorCode::networkConnectionLost));
+            QVERIFY(second.error && second.error->is(URLErrorCode::networkConnectionLost));
             QCOMPARE(copies, 1);
         }
     }
@@ -319,14 +309,11 @@ private Q_SLOTS:
                 return Answer::nothing(then);
             });
             const QUrl url = server.url();
-            ConnectionRecorder first;
-            run(makeRequest(url), first);
-            ConnectionRecorder second;
-            run(makeRequest(url, "PUT", "change it"), second);
+            const ConnectionRecorder first = run(makeRequest(url));
+            const ConnectionRecorder second = run(makeRequest(url, "PUT", "change it"));
             QVERIFY(second.error);
             QVERIFY2(second.error->is(URLErrorCode::networkConnectionLost), qPrintable(second.error->description()));
-            ConnectionRecorder third;
-            run(makeRequest(url), third);
+            const ConnectionRecorder third = run(makeRequest(url));
             QVERIFY(third.error && third.error->is(URLErrorCode::cannotConnectToHost));
         }
     }
@@ -335,8 +322,7 @@ private Q_SLOTS:
         ScriptedServer server;
         server.setHandler([](const ReceivedRequest& request) { return Answer::with(200, request.body); });
         for (int i = 0; i < 1000; ++i) {
-            ConnectionRecorder client;
-            run(makeRequest(server.url(), "POST", QByteArray::number(i)), client);
+            const ConnectionRecorder client = run(makeRequest(server.url(), "POST", QByteArray::number(i)));
             QCOMPARE(client.data, QByteArray::number(i));
         }
         QCOMPARE(server.connectionCount(), 1);

@@ -12,6 +12,7 @@
 using namespace quenby;
 using namespace quenby::testing;
 using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
 
 using Bench = FetcherBench;
 
@@ -29,7 +30,7 @@ private Q_SLOTS:
         QTest::addColumn<bool>("localhost");
         QTest::addColumn<QString>("refusal"); // empty: it begins
         const QStringList none;
-        const QStringList http{QStringLiteral("HTTP")};
+        const QStringList http{u"HTTP"_s};
         const auto row = [](const char* url, const QStringList& insecure, bool localhost, const char* refusal = "") {
             QTest::addRow("%s%s%s", url, insecure.isEmpty() ? "" : " insecure", localhost ? " localhost" : "")
                 << QString::fromLatin1(url) << insecure << localhost << QString::fromLatin1(refusal);
@@ -55,7 +56,7 @@ private Q_SLOTS:
         Bench bench(url);
         bench.fetcher->setAllowedInsecureSchemes(insecure);
         bench.fetcher->setAllowLocalhostRequest(localhost);
-        if (refusal.contains(QLatin1String("disallowed")))
+        if (refusal.contains("disallowed"_L1))
             QTest::ignoreMessage(QtWarningMsg, qPrintable(refusal));
         QCOMPARE(bench.begin(), refusal.isEmpty());
         QCOMPARE(bench.calls, 0); // never from inside begin
@@ -84,8 +85,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, method);
         QFETCH(QByteArray, override);
         QFETCH(bool, stream);
-        QFETCH(QByteArray, sent);
-        Bench bench(QStringLiteral("https://h.example/"), method);
+        Bench bench(u"https://h.example/"_s, method);
         if (!override.isEmpty())
             bench.fetcher->mutableRequest().headers.set("X-HTTP-Method-Override", override);
         auto buffer = std::make_shared<QBuffer>();
@@ -95,7 +95,7 @@ private Q_SLOTS:
         else
             bench.fetcher->setPostData({}); // an empty body is a body
         QVERIFY(bench.begin());
-        QCOMPARE(bench.network.last().request.httpMethod, sent);
+        QTEST(bench.network.last().request.httpMethod, "sent");
     }
 
     void whatCannotBeginStillCallsBack() {
@@ -110,10 +110,9 @@ private Q_SLOTS:
         int refused = 0;
         QVERIFY(!bench.fetcher->beginFetchWithCompletionHandler(
             &bench.context, [&refused](const QByteArray&, const MaybeError& error) { refused += error ? 1 : 0; }));
-        bench.network.last().answer(200, "unharmed");
-        settle();
+        bench.answer(200, "unharmed");
         QCOMPARE(refused, 1);
-        QCOMPARE(bench.data, QByteArray("unharmed"));
+        QCOMPARE(bench.data, "unharmed");
     }
 
     // --- Ending ---------------------------------------------------------------------------------------------------
@@ -135,38 +134,33 @@ private Q_SLOTS:
         QCOMPARE(bench.calls, 0);
         settle();
         QCOMPARE(bench.calls, 1);
-        QCOMPARE(bench.data, QByteArray("data"));
+        QCOMPARE(bench.data, "data");
         QVERIFY(!bench.error);
-        QCOMPARE(bench.notifications, (QStringList{QStringLiteral("Started"), QStringLiteral("Stopped")}));
+        QCOMPARE(bench.notifications, (QStringList{u"Started"_s, u"Stopped"_s}));
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QVERIFY(weak.expired());
     }
 
     void httpErrorsCarryTheBody() {
-        Bench bench(QStringLiteral("https://h.example/f?access_token=secret&x=1"));
-        bench.begin();
-        bench.network.last().answer(404, "{\"error\":1}");
-        settle();
+        Bench bench(u"https://h.example/f?access_token=secret&x=1"_s);
+        bench.fetch(404, "{\"error\":1}");
         QVERIFY(bench.error->isHTTPStatus(404));
-        QCOMPARE(bench.error->detail(errorKey::data).toByteArray(), QByteArray("{\"error\":1}"));
-        QCOMPARE(bench.data, QByteArray("{\"error\":1}"));
-        QCOMPARE(
-            bench.error->detail(errorKey::reason).toString(),
-            QStringLiteral("The server answered 404 Not Found to GET https://h.example/f?access_token=_snip_&x=1"));
+        QCOMPARE(bench.error->detail(errorKey::data).toByteArray(), "{\"error\":1}");
+        QCOMPARE(bench.data, "{\"error\":1}");
+        QCOMPARE(bench.error->detail(errorKey::reason).toString(),
+                 u"The server answered 404 Not Found to GET https://h.example/f?access_token=_snip_&x=1"_s);
         QCOMPARE(bench.fetcher->statusCode(), 404);
     }
 
     void secretAddressesStaySecret() {
-        Bench bench(QStringLiteral("https://h.example/s3cret/path?s3cret=1"));
+        Bench bench(u"https://h.example/s3cret/path?s3cret=1"_s);
         bench.fetcher->setIsURLSecret(true);
-        bench.begin();
-        bench.network.last().answer(500);
-        settle();
-        QVERIFY(!bench.error->description().contains(QStringLiteral("s3cret")));
-        QVERIFY(!bench.error->detail(errorKey::request).toString().contains(QStringLiteral("s3cret")));
-        QVERIFY(bench.error->description().contains(QStringLiteral("h.example")));
+        bench.fetch(500);
+        QVERIFY(!bench.error->description().contains(u"s3cret"_s));
+        QVERIFY(!bench.error->detail(errorKey::request).toString().contains(u"s3cret"_s));
+        QVERIFY(bench.error->description().contains(u"h.example"_s));
 
-        Bench refused(QStringLiteral("http://h.example/s3cret"));
+        Bench refused(u"http://h.example/s3cret"_s);
         refused.fetcher->setIsURLSecret(true);
         QTest::ignoreMessage(QtWarningMsg, "Fetch disallowed for http://h.example/_snip_");
         QVERIFY(!refused.begin());
@@ -212,9 +206,9 @@ private Q_SLOTS:
         QCOMPARE(bench.attempts(), moment == 0 ? 0U : 1U);
         QStringList expected;
         if (moment > 0)
-            expected = {QStringLiteral("Started"), QStringLiteral("Stopped")};
+            expected = {u"Started"_s, u"Stopped"_s};
         if (moment == 2)
-            expected << QStringLiteral("RetryDelayStarted") << QStringLiteral("RetryDelayStopped");
+            expected << u"RetryDelayStarted"_s << u"RetryDelayStopped"_s;
         QCOMPARE(bench.notifications, expected);
         if (moment == 1)
             QVERIFY(bench.network.last().isCancelled);
@@ -229,9 +223,8 @@ private Q_SLOTS:
         bench.begin();
         settle();
         QVERIFY(bench.fetcher->isFetching());
-        bench.network.last().answer(200, "second");
-        settle();
-        QCOMPARE(bench.data, QByteArray("second"));
+        bench.answer(200, "second");
+        QCOMPARE(bench.data, "second");
         QCOMPARE(bench.calls, 1);
     }
 
@@ -300,8 +293,7 @@ private Q_SLOTS:
         bench.fetcher->beginFetchWithCompletionHandler(context.get(),
                                                        [&](const QByteArray&, const MaybeError&) { ++finished; });
         context.reset();
-        bench.network.last().answer(200);
-        settle();
+        bench.answer(200);
         bench.fetcher.reset();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // while the queue's thread is there
         queue->deleteLater();
@@ -314,10 +306,10 @@ private Q_SLOTS:
         Bench bench;
         QStringList seen;
         bench.fetcher->setSentDataSelector([&](GTMHTTPFetcher&, qint64 now, qint64 total, qint64 expected) {
-            seen << QStringLiteral("s%1/%2/%3").arg(now).arg(total).arg(expected);
+            seen << u"s%1/%2/%3"_s.arg(now).arg(total).arg(expected);
         });
         bench.fetcher->setSentDataBlock(
-            [&](qint64 now, qint64 total, qint64) { seen << QStringLiteral("b%1/%2").arg(now).arg(total); });
+            [&](qint64 now, qint64 total, qint64) { seen << u"b%1/%2"_s.arg(now).arg(total); });
         bench.fetcher->setReceivedDataSelector(
             [&](GTMHTTPFetcher&, const QByteArray& soFar) { seen << QString::fromLatin1(soFar); });
         bench.begin();
@@ -325,8 +317,7 @@ private Q_SLOTS:
         bench.network.last().receiveHead(200);
         bench.network.last().receiveData("ab");
         bench.network.last().receiveData("c");
-        QCOMPARE(seen, (QStringList{QStringLiteral("s3/7/10"), QStringLiteral("b3/7"), QStringLiteral("ab"),
-                                    QStringLiteral("abc")}));
+        QCOMPARE(seen, (QStringList{u"s3/7/10"_s, u"b3/7"_s, u"ab"_s, u"abc"_s}));
     }
 };
 

@@ -14,6 +14,7 @@
 using namespace quenby;
 using namespace quenby::testing;
 using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
 
 using Bench = FetcherBench;
 
@@ -48,9 +49,7 @@ private Q_SLOTS:
         const auto logger = std::make_shared<RecordingLogger>();
         bench.fetcher->setLogger(logger);
         bench.fetcher->setShouldDeferResponseBodyLogging(true);
-        bench.begin();
-        bench.network.last().answer(200, "body");
-        settle();
+        bench.fetch(200, "body");
         QCOMPARE(bench.calls, 1);
         QVERIFY(logger->records.empty());
         if (clears)
@@ -58,7 +57,7 @@ private Q_SLOTS:
         else
             bench.fetcher.reset();
         QCOMPARE(logger->records.size(), 1U);
-        QCOMPARE(logger->records.front().responseBody, QByteArray("body"));
+        QCOMPARE(logger->records.front().responseBody, "body");
         bench.fetcher.reset();
         QCOMPARE(logger->records.size(), 1U);
     }
@@ -72,7 +71,7 @@ private Q_SLOTS:
         QVERIFY(bench.begin());
         QCOMPARE(bench.attempts(), 0U);
         settle();
-        QCOMPARE(bench.network.last().request.headers.value("Authorization"), QByteArray("Bearer token0"));
+        QCOMPARE(bench.network.last().request.headers.value("Authorization"), "Bearer token0");
         bench.network.last().answer(200);
         QVERIFY(!bench.fetcher->authorizer());
     }
@@ -118,16 +117,16 @@ private Q_SLOTS:
 
     void challenges() {
         Bench bench;
-        bench.fetcher->setCredential({QStringLiteral("user"), QStringLiteral("word")});
+        bench.fetcher->setCredential({u"user"_s, u"word"_s});
         bench.begin();
         AuthenticationChallenge challenge;
-        challenge.host = QStringLiteral("host.example");
+        challenge.host = u"host.example"_s;
         auto& exchange = bench.network.last();
         challenge.isProxy = true;
         QVERIFY(!exchange.challenge(challenge)); // the credential is not for proxies
         challenge.isProxy = false;
         for (; challenge.previousFailureCount < 3; ++challenge.previousFailureCount)
-            QCOMPARE(exchange.challenge(challenge)->user, QStringLiteral("user"));
+            QCOMPARE(exchange.challenge(challenge)->user, u"user"_s);
         QVERIFY(!exchange.challenge(challenge));
         exchange.fail(Error(URLErrorCode::cancelled));
         settle();
@@ -160,7 +159,7 @@ private Q_SLOTS:
         QFETCH(QString, becomes);
         QFETCH(bool, keepsAuthorization);
         Bench bench(from);
-        bench.fetcher->setAllowedInsecureSchemes({QStringLiteral("http")});
+        bench.fetcher->setAllowedInsecureSchemes({u"http"_s});
         bench.fetcher->setCookieStorageMethod(CookieStorageMethod::fetchHistory);
         bench.fetcher->setFetchHistory(std::make_shared<GTMHTTPFetchHistory>(bench.time));
         HeaderFields& headers = bench.fetcher->mutableRequest().headers;
@@ -171,7 +170,7 @@ private Q_SLOTS:
         const auto next = bench.network.last().redirect(URLRequest(QUrl(to)), fields({{"Set-Cookie", "s=2"}}));
         QVERIFY(next);
         QCOMPARE(next->url.toString(), becomes);
-        QCOMPARE(next->headers.value("X-Own"), QByteArray("kept"));
+        QCOMPARE(next->headers.value("X-Own"), "kept");
         QCOMPARE(next->headers.contains("Authorization"), keepsAuthorization);
         QCOMPARE(next->headers.value("Cookie"), QByteArray(keepsAuthorization ? "mine=1; s=2" : ""));
         QCOMPARE(bench.fetcher->request().url.toString(), becomes);
@@ -186,15 +185,14 @@ private Q_SLOTS:
         bench.fetcher->setRetryEnabled(true);
         bench.begin();
         settle();
-        bench.network.last().redirect(URLRequest(QUrl(QStringLiteral("https://other.example/"))));
+        bench.network.last().redirect(URLRequest(QUrl(u"https://other.example/"_s)));
         bench.network.last().answer(503);
         bench.time->advance(2s);
         settle();
         QCOMPARE(bench.attempts(), 2U);
-        QCOMPARE(bench.network.last().request.url.host(), QStringLiteral("other.example"));
+        QCOMPARE(bench.network.last().request.url.host(), u"other.example"_s);
         QVERIFY(!bench.network.last().request.headers.contains("Authorization"));
-        bench.network.last().answer(401);
-        settle();
+        bench.answer(401);
         QVERIFY(bench.error->isHTTPStatus(401));
         QCOMPARE(authorizer->primed, 0);
     }
@@ -212,7 +210,6 @@ private Q_SLOTS:
     }
     void cookiesByMethod() {
         QFETCH(int, method);
-        QFETCH(QByteArray, sent);
         GTMHTTPFetcher::staticCookieStorage()->removeAllCookies();
         Bench bench;
         bench.fetcher->setFetchHistory(std::make_shared<GTMHTTPFetchHistory>(bench.time));
@@ -224,7 +221,7 @@ private Q_SLOTS:
         for (int i = 0; i < 2; ++i) { // a second retry must not send a cookie twice
             bench.network.last().answer(503, {}, fields({{"Set-Cookie", "kept=2; Path=/"}}));
             bench.time->advance(bench.time->nextDelay());
-            QCOMPARE(bench.network.last().request.headers.value("Cookie"), sent);
+            QTEST(bench.network.last().request.headers.value("Cookie"), "sent");
         }
     }
 
@@ -244,27 +241,24 @@ private Q_SLOTS:
         history->setShouldRememberETags(true);
         history->setShouldCacheETaggedData(caches);
         bench.fetcher->setFetchHistory(history);
-        bench.begin();
-        bench.network.last().answer(200, "remembered", fields({{"ETag", "\"1\""}}));
-        settle();
+        bench.fetch(200, "remembered", fields({{"ETag", "\"1\""}}));
         if (toFile)
-            bench.fetcher->setDownloadPath(folder.filePath(QStringLiteral("file")));
+            bench.fetcher->setDownloadPath(folder.filePath(u"file"_s));
         bench.fetcher->setRetryEnabled(true);
         bench.begin();
         bench.network.last().fail(Error(URLErrorCode::timedOut)); // the condition survives a retry
         bench.time->advance(bench.time->nextDelay());
-        QCOMPARE(bench.network.last().request.headers.value("If-None-Match"), QByteArray("\"1\""));
-        bench.network.last().answer(304);
-        settle();
+        QCOMPARE(bench.network.last().request.headers.value("If-None-Match"), "\"1\"");
+        bench.answer(304);
         if (!caches) {
             QVERIFY(bench.error->isHTTPStatus(304)); // the caller has the data, or nobody has
             return;
         }
         QVERIFY(!bench.error);
         QCOMPARE(bench.fetcher->statusCode(), 200);
-        QFile file(folder.filePath(QStringLiteral("file")));
+        QFile file(folder.filePath(u"file"_s));
         QCOMPARE(file.open(QIODevice::ReadOnly), toFile);
-        QCOMPARE(toFile ? file.readAll() : bench.data, QByteArray("remembered"));
+        QCOMPARE(toFile ? file.readAll() : bench.data, "remembered");
     }
 
     // --- Downloads ------------------------------------------------------------------------------------------------
@@ -279,7 +273,7 @@ private Q_SLOTS:
     void downloads() {
         QFETCH(int, status);
         QTemporaryDir folder;
-        const QString path = folder.filePath(QStringLiteral("file"));
+        const QString path = folder.filePath(u"file"_s);
         QFile old(path);
         QVERIFY(old.open(QIODevice::WriteOnly));
         old.write("old");
@@ -288,13 +282,13 @@ private Q_SLOTS:
         bench.fetcher->setDownloadPath(path);
         QVERIFY(bench.begin());
         const QString temporary = bench.fetcher->temporaryDownloadPath();
-        QVERIFY(QFileInfo(temporary).fileName().startsWith(QStringLiteral("gtmhttpfetcher_")));
+        QVERIFY(QFileInfo(temporary).fileName().startsWith(u"gtmhttpfetcher_"_s));
         QCOMPARE(QFileInfo(temporary).path(), folder.path());
         auto& exchange = bench.network.last();
         exchange.receiveHead(status > 0 ? status : 200);
         exchange.receiveData("new");
         QVERIFY(old.open(QIODevice::ReadOnly));
-        QCOMPARE(old.readAll(), QByteArray("old")); // until the new one is whole
+        QCOMPARE(old.readAll(), "old"); // until the new one is whole
         if (status > 0)
             exchange.finish();
         else if (status == 0)
@@ -309,18 +303,16 @@ private Q_SLOTS:
         QVERIFY(bench.data.isNull() == (status != 404));
         QCOMPARE(bench.error.has_value(), status == 404 || status == 0);
         if (status == 404)
-            QCOMPARE(bench.error->detail(errorKey::data).toByteArray(), QByteArray("new"));
+            QCOMPARE(bench.error->detail(errorKey::data).toByteArray(), "new");
     }
 
     void downloadsThatCannotBeMoved() {
         QTemporaryDir folder;
-        const QString path = folder.filePath(QStringLiteral("taken"));
-        QVERIFY(QDir(path).mkpath(QStringLiteral("by/a/folder")));
+        const QString path = folder.filePath(u"taken"_s);
+        QVERIFY(QDir(path).mkpath(u"by/a/folder"_s));
         Bench bench;
         bench.fetcher->setDownloadPath(path);
-        bench.begin();
-        bench.network.last().answer(200, "new");
-        settle();
+        bench.fetch(200, "new");
         QCOMPARE(bench.error->domain(), errorDomain::posix);
         QVERIFY(bench.error->description().contains(path));
         QVERIFY(QFileInfo(path).isDir());
@@ -329,7 +321,7 @@ private Q_SLOTS:
     void fullDisks() {
         QTemporaryDir folder;
         Bench bench;
-        bench.fetcher->setDownloadPath(folder.filePath(QStringLiteral("file")));
+        bench.fetcher->setDownloadPath(folder.filePath(u"file"_s));
         bench.begin();
         bench.network.last().receiveHead(200);
         // A limit of the file's size stands for the disk's.
@@ -344,9 +336,8 @@ private Q_SLOTS:
         setrlimit(RLIMIT_FSIZE, &old);
         std::signal(SIGXFSZ, before);
         settle();
-        QVERIFY(bench.error);
-        QVERIFY(bench.error->is(errorDomain::httpStatus, fileHandleErrorCode));
-        QVERIFY2(bench.error->description().contains(folder.filePath(QStringLiteral("file"))) &&
+        QVERIFY(bench.error && bench.error->is(errorDomain::httpStatus, fileHandleErrorCode));
+        QVERIFY2(bench.error->description().contains(folder.filePath(u"file"_s)) &&
                      bench.error->description().contains(qt_error_string(EFBIG)),
                  qPrintable(bench.error->description()));
         QVERIFY(QDir(folder.path()).isEmpty());

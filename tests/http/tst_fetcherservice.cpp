@@ -1,9 +1,8 @@
 #include "http/GTMHTTPFetchHistory.h"
 #include "http/GTMHTTPFetcherService.h"
-#include "tests/support/FakeConnection.h"
+#include "tests/support/FakeNetwork.h"
 #include "tests/support/ManualTimeSource.h"
 
-#include <QCoreApplication>
 #include <QLoggingCategory>
 #include <QTest>
 #include <QThread>
@@ -14,6 +13,7 @@
 using namespace quenby;
 using namespace quenby::testing;
 using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -42,6 +42,10 @@ struct Bench {
         });
         return fetcher;
     }
+    void answer(int status) {
+        network.last().answer(status);
+        settle();
+    }
     QStringList asked() const {
         QStringList paths;
         for (const auto& exchange : network.exchanges)
@@ -50,9 +54,7 @@ struct Bench {
     }
 };
 
-QString onHost(const QString& path) { return QStringLiteral("https://one.example/") + path; }
-
-void settle() { QCoreApplication::processEvents(); }
+QString onHost(const QString& path) { return u"https://one.example/"_s + path; }
 
 } // namespace
 
@@ -60,40 +62,40 @@ class FetcherServiceTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QLoggingCategory::setFilterRules(QStringLiteral("quenby.http*=false")); }
+    void initTestCase() { QLoggingCategory::setFilterRules(u"quenby.http*=false"_s); }
 
     void settingsReachFetchers() {
         Bench bench;
         QObject queue;
         bench.service->setUserAgent("Agent/1");
         bench.service->setTimeout(7s);
-        bench.service->setAllowedInsecureSchemes({QStringLiteral("http")});
+        bench.service->setAllowedInsecureSchemes({u"http"_s});
         bench.service->setAllowLocalhostRequest(true);
         bench.service->setDelegateQueue(&queue);
-        const auto fetcher = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(QStringLiteral("a")))));
-        QCOMPARE(fetcher->request().headers.value("User-Agent"), QByteArray("Agent/1"));
+        const auto fetcher = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(u"a"_s))));
+        QCOMPARE(fetcher->request().headers.value("User-Agent"), "Agent/1");
         QCOMPARE(fetcher->request().timeout, std::chrono::milliseconds(7s));
-        QCOMPARE(fetcher->allowedInsecureSchemes(), QStringList{QStringLiteral("http")});
+        QCOMPARE(fetcher->allowedInsecureSchemes(), QStringList{u"http"_s});
         QVERIFY(fetcher->allowLocalhostRequest());
         QCOMPARE(fetcher->delegateQueue(), &queue);
         QCOMPARE(fetcher->cookieStorageMethod(), CookieStorageMethod::fetchHistory);
 
         // Shared until one of them is changed: from then on it is that one's alone.
-        const auto sibling = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(QStringLiteral("a")))));
-        fetcher->setAllowedInsecureSchemes({QStringLiteral("file")});
+        const auto sibling = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(u"a"_s))));
+        fetcher->setAllowedInsecureSchemes({u"file"_s});
         bench.service->setAllowLocalhostRequest(false);
-        QCOMPARE(sibling->allowedInsecureSchemes(), QStringList{QStringLiteral("http")});
+        QCOMPARE(sibling->allowedInsecureSchemes(), QStringList{u"http"_s});
         QVERIFY(sibling->allowLocalhostRequest());
-        const auto later = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(QStringLiteral("a")))));
-        QCOMPARE(later->allowedInsecureSchemes(), QStringList{QStringLiteral("http")});
+        const auto later = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(u"a"_s))));
+        QCOMPARE(later->allowedInsecureSchemes(), QStringList{u"http"_s});
         QVERIFY(!later->allowLocalhostRequest());
 
-        URLRequest own(QUrl(onHost(QStringLiteral("b"))));
+        URLRequest own(QUrl(onHost(u"b"_s)));
         own.headers.set("User-Agent", "Own/1");
         own.timeout = 3s;
         bench.service->setTimeout(0s);
         const auto other = bench.service->fetcherWithRequest(own);
-        QCOMPARE(other->request().headers.value("User-Agent"), QByteArray("Own/1"));
+        QCOMPARE(other->request().headers.value("User-Agent"), "Own/1");
         QCOMPARE(other->request().timeout, std::chrono::milliseconds(3s));
     }
 
@@ -109,30 +111,27 @@ private Q_SLOTS:
         QCOMPARE(bench.service->numberOfFetchers(), 11U);
         QCOMPARE(bench.service->numberOfRunningFetchers(), 10U);
         QCOMPARE(bench.service->numberOfDelayedFetchers(), 1U);
-        QCOMPARE(bench.service->issuedFetchersWithRequestURL(QUrl(onHost(QStringLiteral("10")))),
-                 std::vector{fetchers[10]});
+        QCOMPARE(bench.service->issuedFetchersWithRequestURL(QUrl(onHost(u"10"_s))), std::vector{fetchers[10]});
 
-        bench.begin(QStringLiteral("https://two.example/")); // another host does not care
+        bench.begin(u"https://two.example/"_s); // another host does not care
         QCOMPARE(bench.network.exchanges.size(), 11U);
         fetchers[3]->stopFetching();
         settle();
         QCOMPARE(bench.network.exchanges.size(), 12U);
-        QCOMPARE(bench.asked().last(), QStringLiteral("/10"));
+        QCOMPARE(bench.asked().last(), u"/10"_s);
     }
 
     void priorities() {
         Bench bench;
         bench.service->setMaxRunningFetchersPerHost(1);
-        bench.begin(onHost(QStringLiteral("running")));
-        bench.begin(onHost(QStringLiteral("late")), 5);
-        bench.begin(onHost(QStringLiteral("first")), 1);
-        bench.begin(onHost(QStringLiteral("second")), 1);
+        bench.begin(onHost(u"running"_s));
+        bench.begin(onHost(u"late"_s), 5);
+        bench.begin(onHost(u"first"_s), 1);
+        bench.begin(onHost(u"second"_s), 1);
         for (int i = 0; i < 4; ++i) {
-            bench.network.last().answer(200);
-            settle();
+            bench.answer(200);
         }
-        QCOMPARE(bench.asked(), (QStringList{QStringLiteral("/running"), QStringLiteral("/first"),
-                                             QStringLiteral("/second"), QStringLiteral("/late")}));
+        QCOMPARE(bench.asked(), (QStringList{u"/running"_s, u"/first"_s, u"/second"_s, u"/late"_s}));
         QCOMPARE(bench.calls, 4);
         QCOMPARE(bench.service->numberOfFetchers(), 0U);
     }
@@ -141,22 +140,20 @@ private Q_SLOTS:
     void waitingFetchersMayLeave() {
         Bench bench;
         bench.service->setMaxRunningFetchersPerHost(1);
-        bench.begin(onHost(QStringLiteral("running")));
-        bench.begin(onHost(QStringLiteral("b")), 1);
-        const auto between = bench.begin(onHost(QStringLiteral("gone")), 1);
-        bench.begin(onHost(QStringLiteral("c")), 1);
-        const auto only = bench.begin(onHost(QStringLiteral("gone")), -1);
-        bench.begin(onHost(QStringLiteral("a")), 0);
+        bench.begin(onHost(u"running"_s));
+        bench.begin(onHost(u"b"_s), 1);
+        const auto between = bench.begin(onHost(u"gone"_s), 1);
+        bench.begin(onHost(u"c"_s), 1);
+        const auto only = bench.begin(onHost(u"gone"_s), -1);
+        bench.begin(onHost(u"a"_s), 0);
         between->stopFetching();
         only->stopFetching();
-        QVERIFY(bench.service->issuedFetchersWithRequestURL(QUrl(onHost(QStringLiteral("gone")))).empty());
+        QVERIFY(bench.service->issuedFetchersWithRequestURL(QUrl(onHost(u"gone"_s))).empty());
         for (size_t waiting = 3; waiting > 0; --waiting) {
             QCOMPARE(bench.service->numberOfDelayedFetchers(), waiting);
-            bench.network.last().answer(200);
-            settle();
+            bench.answer(200);
         }
-        QCOMPARE(bench.asked(), (QStringList{QStringLiteral("/running"), QStringLiteral("/a"), QStringLiteral("/b"),
-                                             QStringLiteral("/c")}));
+        QCOMPARE(bench.asked(), (QStringList{u"/running"_s, u"/a"_s, u"/b"_s, u"/c"_s}));
         QCOMPARE(bench.service->numberOfFetchers(), 1U);
     }
 
@@ -164,29 +161,27 @@ private Q_SLOTS:
     void retriesQueueUpAgain() {
         Bench bench;
         bench.service->setMaxRunningFetchersPerHost(1);
-        const auto first = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(QStringLiteral("first")))));
+        const auto first = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(u"first"_s))));
         first->setRetryEnabled(true);
         first->beginFetchWithCompletionHandler(&bench.context, [](const QByteArray&, const MaybeError&) {});
-        bench.begin(onHost(QStringLiteral("second")));
-        bench.network.last().answer(503);
-        settle();
+        bench.begin(onHost(u"second"_s));
+        bench.answer(503);
         QCOMPARE(bench.network.exchanges.size(), 1U);
         bench.time->advance(2s);
         settle();
-        QCOMPARE(bench.asked().last(), QStringLiteral("/second"));
+        QCOMPARE(bench.asked().last(), u"/second"_s);
         QVERIFY(bench.service->isDelayingFetcher(*first));
-        bench.network.last().answer(200);
-        settle();
-        QCOMPARE(bench.asked().last(), QStringLiteral("/first"));
+        bench.answer(200);
+        QCOMPARE(bench.asked().last(), u"/first"_s);
     }
 
     void filesCountAsLocalhost() {
         Bench bench;
         bench.service->setMaxRunningFetchersPerHost(1);
         bench.service->setAllowLocalhostRequest(true);
-        bench.service->setAllowedInsecureSchemes({QStringLiteral("file")});
-        bench.begin(QStringLiteral("http://localhost/"));
-        const auto file = bench.begin(QStringLiteral("file:///tmp/x"));
+        bench.service->setAllowedInsecureSchemes({u"file"_s});
+        bench.begin(u"http://localhost/"_s);
+        const auto file = bench.begin(u"file:///tmp/x"_s);
         QVERIFY(bench.service->isDelayingFetcher(*file));
     }
 
@@ -220,9 +215,9 @@ private Q_SLOTS:
     // Two callbacks for one object are on their way; the first waits for the second from inside.
     void aCallbackMayWaitForAnother() {
         Bench bench;
-        const auto second = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(QStringLiteral("b")))));
+        const auto second = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(u"b"_s))));
         bool hasWaited = false;
-        const auto first = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(QStringLiteral("a")))));
+        const auto first = bench.service->fetcherWithRequest(URLRequest(QUrl(onHost(u"a"_s))));
         first->beginFetchWithCompletionHandler(&bench.context, [&](const QByteArray&, const MaybeError&) {
             QCOMPARE(bench.calls, 0);
             hasWaited = second->waitForCompletionWithTimeout(20s);
@@ -239,14 +234,12 @@ private Q_SLOTS:
     void theQueueOutlivesItsOwner() {
         Bench bench;
         bench.service->setMaxRunningFetchersPerHost(1);
-        bench.begin(onHost(QStringLiteral("a")));
-        bench.begin(onHost(QStringLiteral("b")));
+        bench.begin(onHost(u"a"_s));
+        bench.begin(onHost(u"b"_s));
         const std::weak_ptr<GTMHTTPFetcherService> weak = bench.service;
         bench.service.reset();
-        bench.network.last().answer(200);
-        settle();
-        bench.network.last().answer(200);
-        settle();
+        bench.answer(200);
+        bench.answer(200);
         QCOMPARE(bench.calls, 2);
         QVERIFY(weak.expired());
     }
@@ -256,7 +249,7 @@ private Q_SLOTS:
         constexpr int count = 10000;
         Bench bench;
         bench.service->setMaxRunningFetchersPerHost(1);
-        const auto first = bench.begin(onHost(QStringLiteral("first")));
+        const auto first = bench.begin(onHost(u"first"_s));
         bench.network.refusesConnections = true;
         for (int i = 0; i < count; ++i)
             bench.begin(onHost(QString::number(i)));
@@ -283,8 +276,7 @@ private Q_SLOTS:
                 QObject context;
                 const auto connections = network.factory();
                 for (int k = 0; k < each; ++k) {
-                    const auto fetcher =
-                        service->fetcherWithRequest(URLRequest(QUrl(QStringLiteral("https://h.example/"))));
+                    const auto fetcher = service->fetcherWithRequest(URLRequest(QUrl(u"https://h.example/"_s)));
                     fetcher->setConnectionClass(
                         [&, home = QThread::currentThread()](const URLRequest& request, URLConnectionClient& client) {
                             if (QThread::currentThread() != home)

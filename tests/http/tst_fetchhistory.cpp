@@ -6,10 +6,11 @@
 using namespace quenby;
 using namespace quenby::testing;
 using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
 
 namespace {
 
-URLRequest requestFor(int number) { return URLRequest(QUrl(QStringLiteral("https://h.example/%1").arg(number))); }
+URLRequest requestFor(int number) { return URLRequest(QUrl(u"https://h.example/%1"_s.arg(number))); }
 
 HTTPResponse responseWith(int status, const QByteArray& etag) {
     HTTPResponse response;
@@ -56,13 +57,13 @@ private Q_SLOTS:
 
     void conditions() {
         remember(1);
-        QCOMPARE(condition(1), QByteArray("1"));
+        QCOMPARE(condition(1), "1");
         QCOMPARE(condition(1, false), QByteArray());
         QCOMPARE(condition(2), QByteArray());
         URLRequest own = requestFor(1); // the caller manages it: what is remembered goes
         own.headers.set("If-None-Match", "his");
         history_->updateRequest(own, true);
-        QCOMPARE(own.headers.value("If-None-Match"), QByteArray("his"));
+        QCOMPARE(own.headers.value("If-None-Match"), "his");
         QCOMPARE(condition(1), QByteArray());
     }
 
@@ -95,12 +96,12 @@ private Q_SLOTS:
 
     void dataOnlyWhenWanted() {
         remember(1);
-        QCOMPARE(history_->cachedDataForRequest(requestFor(1)), QByteArray("data"));
+        QCOMPARE(history_->cachedDataForRequest(requestFor(1)), "data");
         QVERIFY(history_->cachedDataForRequest(requestFor(2)).isNull());
         history_->setShouldCacheETaggedData(false); // drops what there was
         QCOMPARE(condition(1), QByteArray());
         remember(1);
-        QCOMPARE(condition(1), QByteArray("1"));
+        QCOMPARE(condition(1), "1");
         QVERIFY(history_->cachedDataForRequest(requestFor(1)).isEmpty());
     }
 
@@ -130,7 +131,7 @@ private Q_SLOTS:
         QFETCH(bool, used);
         QFETCH(bool, survives);
         remember(1, QByteArray(50, 'x'));
-        QCOMPARE(condition(1), QByteArray("1"));
+        QCOMPARE(condition(1), "1");
         if (used)
             history_->cachedDataForRequest(requestFor(1));
         time_->jumpWallClock(-48h);
@@ -146,7 +147,7 @@ private Q_SLOTS:
         remember(1, QByteArray(100, 'x'));
         QCOMPARE(condition(1), QByteArray());
         remember(1, QByteArray(99, 'x'));
-        QCOMPARE(condition(1), QByteArray("1"));
+        QCOMPARE(condition(1), "1");
     }
 
     void sizesAddUp() {

@@ -10,11 +10,13 @@
 
 #include <sys/stat.h>
 
+using namespace Qt::StringLiterals;
+
 namespace quenby {
 namespace {
 
-const QString processName = QStringLiteral("quenby");
-const QString dateStamp = QStringLiteral("6-07_01-02-03PM");
+const QString processName = u"quenby"_s;
+const QString dateStamp = u"6-07_01-02-03PM"_s;
 
 QByteArray contentsOf(const QString& path) {
     QFile file(path);
@@ -23,7 +25,7 @@ QByteArray contentsOf(const QString& path) {
 
 FetchRecord recordOf(const char* url, int status, const char* responseType = nullptr, const QByteArray& body = {}) {
     FetchRecord record;
-    record.comment = QStringLiteral("files.list <b>");
+    record.comment = u"files.list <b>"_s;
     record.started = QDateTime(QDate(2026, 6, 7), QTime(13, 2, 3), Qt::UTC);
     record.request = URLRequest(QUrl(QString::fromLatin1(url)));
     record.originalURL = record.request.url;
@@ -42,7 +44,7 @@ class FetchLogTest : public QObject {
 
     std::unique_ptr<QTemporaryDir> folder_;
 
-    QString directory() const { return folder_->filePath(QStringLiteral("deep/er")); }
+    QString directory() const { return folder_->filePath(u"deep/er"_s); }
     std::unique_ptr<FetchLog> makeLog() { return std::make_unique<FetchLog>(directory(), processName, dateStamp); }
 
     // Everything that a log of these records leaves on the disk, file names included.
@@ -60,13 +62,13 @@ class FetchLogTest : public QObject {
     }
 
     // The page's or the text file's contents after one record.
-    QByteArray pageOf(const FetchRecord& record) { return written(record, QStringLiteral("aperçu_http_log.html")); }
-    QByteArray textOf(const FetchRecord& record) { return written(record, QStringLiteral("fetch_1.txt")); }
+    QByteArray pageOf(const FetchRecord& record) { return written(record, u"aperçu_http_log.html"_s); }
+    QByteArray textOf(const FetchRecord& record) { return written(record, u"fetch_1.txt"_s); }
     QByteArray written(const FetchRecord& record, const QString& name) {
         auto log = makeLog();
         log->attemptDidEnd(record);
         log->flush();
-        return contentsOf(QFileInfo(log->pagePath()).path() + QLatin1Char('/') + name);
+        return contentsOf(QFileInfo(log->pagePath()).path() + '/'_L1 + name);
     }
 
 private Q_SLOTS:
@@ -78,10 +80,10 @@ private Q_SLOTS:
         log->attemptDidEnd(recordOf("https://h/1", 200));
         log->attemptDidEnd(recordOf("https://h/2", 200));
         log->flush();
-        const QString run = directory() + QStringLiteral("/quenby_log_6-07_01-02-03PM");
-        QCOMPARE(log->pagePath(), QString(run + QStringLiteral("/aperçu_http_log.html")));
+        const QString run = directory() + u"/quenby_log_6-07_01-02-03PM"_s;
+        QCOMPARE(log->pagePath(), QString(run + u"/aperçu_http_log.html"_s));
         QCOMPARE(QDir(run).entryList(QDir::Files | QDir::NoDotAndDotDot).size(), 3);
-        QVERIFY(contentsOf(run + QStringLiteral("/fetch_2.txt")).contains("GET https://h/2"));
+        QVERIFY(contentsOf(run + u"/fetch_2.txt"_s).contains("GET https://h/2"));
         QVERIFY(contentsOf(log->pagePath())
                     .startsWith("<html><head><meta http-equiv=\"content-type\" content=\"text/html; charset=UTF-8\">"
                                 "<title>quenby HTTP fetch log 6-07_01-02-03PM</title>"));
@@ -92,34 +94,34 @@ private Q_SLOTS:
         QCOMPARE(mode(directory()), 0700u);
         QCOMPARE(mode(run), 0700u);
         QCOMPARE(mode(log->pagePath()), 0600u);
-        QCOMPARE(mode(run + QStringLiteral("/fetch_1.txt")), 0600u);
+        QCOMPARE(mode(run + u"/fetch_1.txt"_s), 0600u);
 
         auto second = makeLog(); // of the same second
         second->attemptDidEnd(recordOf("https://h/3", 200));
         second->flush();
-        QCOMPARE(second->pagePath(), QString(run + QStringLiteral("_1/aperçu_http_log.html")));
-        QCOMPARE(QFile::symLinkTarget(directory() + QStringLiteral("/quenby_log_newest.html")), second->pagePath());
-        QCOMPARE(QDir(run + QStringLiteral("_1")).entryList(QDir::System | QDir::Files).size(), 2);
+        QCOMPARE(second->pagePath(), QString(run + u"_1/aperçu_http_log.html"_s));
+        QCOMPARE(QFile::symLinkTarget(directory() + u"/quenby_log_newest.html"_s), second->pagePath());
+        QCOMPARE(QDir(run + u"_1"_s).entryList(QDir::System | QDir::Files).size(), 2);
     }
 
     void dateStampIsLocalTwelveHourTime() {
         const auto stamp = [](int hour) {
             return FetchLog::loggingDateStamp(QDateTime(QDate(2026, 3, 5), QTime(hour, 4, 9), Qt::LocalTime));
         };
-        QCOMPARE(stamp(15), QStringLiteral("3-05_03-04-09PM"));
-        QCOMPARE(stamp(0), QStringLiteral("3-05_12-04-09AM"));
+        QCOMPARE(stamp(15), u"3-05_03-04-09PM"_s);
+        QCOMPARE(stamp(0), u"3-05_12-04-09AM"_s);
     }
 
     void pageShowsTheFetch() {
         FetchRecord record = recordOf("http://127.0.0.1:81/files?a=<x>&q=1", 404, "application/json",
                                       R"({"error":{"code":404,"message":"No <such> file"}})");
-        record.originalURL = QUrl(QStringLiteral("https://first/"));
+        record.originalURL = QUrl(u"https://first/"_s);
         record.request.httpMethod = "POST";
         for (const char* name : {"Authorization", "Cookie", "If-Match", "If-None-Match"})
             record.request.headers.set(name, "Bearer S3CRET");
         record.response->headers.set("Set-Cookie", "a=S3CRET; Path=/");
         record.response->headers.set("Location", "https://elsewhere/");
-        record.error = Error(errorDomain::httpStatus, 404, {{errorKey::reason, QStringLiteral("not <there>")}});
+        record.error = Error(errorDomain::httpStatus, 404, {{errorKey::reason, u"not <there>"_s}});
         record.willRetry = true;
         const QByteArray page = pageOf(record);
         for (const char* part :
@@ -159,7 +161,7 @@ private Q_SLOTS:
             "<a link='https://h/?token=S3CRET'/>");
         QTest::newRow("binary") << QByteArray("application/octet-stream") << QByteArray("\0\1access_token=S3CRET\0", 23)
                                 << QByteArray("application/octet-stream") << QByteArray("\0\"token\":\"S3CRET\"\0", 18);
-        const QString wide = QStringLiteral("\uFEFFaccess_token=S3CRET");
+        const QString wide = u"\uFEFFaccess_token=S3CRET"_s;
         QTest::newRow("utf-16") << QByteArray() << QByteArray() << QByteArray("text/plain")
                                 << QByteArray(reinterpret_cast<const char*>(wide.utf16()), wide.size() * 2);
     }
@@ -171,15 +173,14 @@ private Q_SLOTS:
         QFETCH(QByteArray, responseBody);
         FetchRecord record = recordOf("https://u:S3CRET@h/p?access_token=S3CRET#code=S3CRET", 400,
                                       responseType.constData(), responseBody);
-        record.comment = QStringLiteral("sign-in code=S3CRET");
-        record.originalURL = QUrl(QStringLiteral("https://h/?code=S3CRET"));
+        record.comment = u"sign-in code=S3CRET"_s;
+        record.originalURL = QUrl(u"https://h/?code=S3CRET"_s);
         record.request.body = requestBody;
         record.request.headers.set("Content-Type", requestType);
         record.request.headers.set("Authorization", "OAuth oauth_token=\"S3CRET\"");
         record.request.headers.set("Cookie", "SID=S3CRET");
         record.response->headers.set("Set-Cookie", "SID=S3CRET");
-        record.error =
-            Error(URLErrorCode::unknown, {{errorKey::reason, QStringLiteral("refused Bearer S3CRET-token")}});
+        record.error = Error(URLErrorCode::unknown, {{errorKey::reason, u"refused Bearer S3CRET-token"_s}});
         QByteArray all = everythingWritten(record);
         QVERIFY(all.contains("_snip_"));
         QVERIFY2(!all.contains("S3CRET") && !all.replace('\0', "").contains("S3CRET"), all);
@@ -205,7 +206,7 @@ private Q_SLOTS:
             record.request.headers.set("X-Upload-Content-Length", "5");
         } else {
             record.isURLSecret = true;
-            record.request.url = QUrl(QStringLiteral("https://h/")).resolved(QUrl::fromEncoded(location));
+            record.request.url = QUrl(u"https://h/"_s).resolved(QUrl::fromEncoded(location));
             record.originalURL = record.request.url;
             record.error = Error(URLErrorCode::timedOut, {{errorKey::reason, record.request.url.toString()}});
         }
@@ -237,13 +238,13 @@ private Q_SLOTS:
         QTest::newRow("latin-1 text") << QByteArray("text/plain") << QByteArray("gr\xfc\xdf")
                                       << QByteArray("gr\xc3\xbc\xc3\x9f") << QString();
         QTest::newRow("xml") << QByteArray("application/xml") << QByteArray("<a/>") << QByteArray("<a/>")
-                             << QStringLiteral("fetch_1_response.xml");
+                             << u"fetch_1_response.xml"_s;
         QTest::newRow("atom") << QByteArray("application/atom+xml") << QByteArray("<a/>") << QByteArray("<a/>")
-                              << QStringLiteral("fetch_1_response.xml");
+                              << u"fetch_1_response.xml"_s;
         for (const auto& [type, extension] : {std::pair("image/png", ".png"), std::pair("image/jpeg", ".jpg"),
                                               std::pair("image/gif", ".gif"), std::pair("application/zip", "")})
             QTest::newRow(type) << QByteArray(type) << binary << QByteArray("<7 bytes>")
-                                << QString(QStringLiteral("fetch_1_response") + QLatin1String(extension));
+                                << QString(u"fetch_1_response"_s + QLatin1String(extension));
     }
 
     void bodiesAreLaidOut() {
@@ -256,13 +257,13 @@ private Q_SLOTS:
         log->attemptDidEnd(record);
         log->flush();
         const QDir run = QFileInfo(log->pagePath()).dir();
-        const QByteArray text = contentsOf(run.filePath(QStringLiteral("fetch_1.txt")));
+        const QByteArray text = contentsOf(run.filePath(u"fetch_1.txt"_s));
         QVERIFY2(text.contains(inText), text);
-        QCOMPARE(run.entryList({QStringLiteral("*response*")}, QDir::Files).join(QLatin1Char(' ')), file);
+        QCOMPARE(run.entryList({u"*response*"_s}, QDir::Files).join(' '_L1), file);
         const QByteArray page = contentsOf(log->pagePath());
         QCOMPARE(page.contains(QByteArray("<a href=\"" + file.toUtf8() + "\">")), !file.isEmpty());
         QCOMPARE(page.contains(QByteArray("<img src=\"" + file.toUtf8())), type.startsWith("image/"));
-        if (!file.isEmpty() && !file.endsWith(QStringLiteral("xml")))
+        if (!file.isEmpty() && !file.endsWith(u"xml"_s))
             QCOMPARE(contentsOf(run.filePath(file)), body);
     }
 
@@ -270,15 +271,14 @@ private Q_SLOTS:
     void xmlToolIsUsedWhenPresent_data() {
         QTest::addColumn<QByteArray>("script");
         QTest::addColumn<QString>("shown");
-        QTest::newRow("present") << QByteArray("#!/bin/sh\necho \"$1 $2\"; cat\n")
-                                 << QStringLiteral("--format -\n<a/>");
-        QTest::newRow("failing") << QByteArray("#!/bin/sh\ncat; exit 1\n") << QStringLiteral("<a/>");
-        QTest::newRow("absent") << QByteArray() << QStringLiteral("<a/>");
+        QTest::newRow("present") << QByteArray("#!/bin/sh\necho \"$1 $2\"; cat\n") << u"--format -\n<a/>"_s;
+        QTest::newRow("failing") << QByteArray("#!/bin/sh\ncat; exit 1\n") << u"<a/>"_s;
+        QTest::newRow("absent") << QByteArray() << u"<a/>"_s;
     }
 
     void xmlToolIsUsedWhenPresent() {
         QFETCH(QByteArray, script);
-        const QString path = folder_->filePath(QStringLiteral("xmllint"));
+        const QString path = folder_->filePath(u"xmllint"_s);
         if (!script.isEmpty()) {
             QFile file(path);
             QVERIFY(file.open(QIODevice::WriteOnly));
@@ -317,7 +317,7 @@ private Q_SLOTS:
         }
         log->attemptDidEnd(record);
         log->flush();
-        const QByteArray text = contentsOf(QFileInfo(log->pagePath()).path() + QStringLiteral("/fetch_1.txt"));
+        const QByteArray text = contentsOf(QFileInfo(log->pagePath()).path() + u"/fetch_1.txt"_s);
         QVERIFY2(text.contains(shown), text.left(6000));
         QVERIFY(text.size() < 6000 && !text.contains("S3CRET"));
     }
@@ -327,8 +327,8 @@ private Q_SLOTS:
         log->attemptDidEnd(recordOf("https://h/1", 200));
         log->flush();
         const QString run = QFileInfo(log->pagePath()).path();
-        QVERIFY(QDir(run).mkdir(QStringLiteral("fetch_2.txt"))); // in the way, for root too
-        QVERIFY(QDir(run).mkdir(QStringLiteral("fetch_3.txt")));
+        QVERIFY(QDir(run).mkdir(u"fetch_2.txt"_s)); // in the way, for root too
+        QVERIFY(QDir(run).mkdir(u"fetch_3.txt"_s));
         QStringList warnings;
         static QStringList* sink = nullptr;
         sink = &warnings;
@@ -339,10 +339,10 @@ private Q_SLOTS:
         log->flush();
         qInstallMessageHandler(previous);
         QCOMPARE(warnings.size(), 1);
-        QVERIFY2(warnings.constFirst().startsWith(QStringLiteral("GTMHTTPFetcher logging write error:")) &&
-                     warnings.constFirst().endsWith(QString(QLatin1Char('(') + run + QStringLiteral("/fetch_2.txt)"))),
+        QVERIFY2(warnings.constFirst().startsWith(u"GTMHTTPFetcher logging write error:"_s) &&
+                     warnings.constFirst().endsWith(QString('('_L1 + run + u"/fetch_2.txt)"_s)),
                  qPrintable(warnings.constFirst()));
-        QVERIFY(QFile::exists(run + QStringLiteral("/fetch_4.txt")));
+        QVERIFY(QFile::exists(run + u"/fetch_4.txt"_s));
         QCOMPARE(contentsOf(log->pagePath()).count("request:"), 4);
     }
 };

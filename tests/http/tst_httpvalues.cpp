@@ -11,6 +11,7 @@
 #include <QTest>
 
 using namespace quenby;
+using namespace Qt::StringLiterals;
 
 class HTTPValuesTest : public QObject {
     Q_OBJECT
@@ -22,25 +23,25 @@ private Q_SLOTS:
         fields.append("X-One", "1");
         fields.append("set-cookie", "b=2");
         QCOMPARE(fields.values("SET-COOKIE"), (QList<QByteArray>{"a=1", "b=2"}));
-        QCOMPARE(fields.value("Set-Cookie"), QByteArray("a=1, b=2"));
+        QCOMPARE(fields.value("Set-Cookie"), "a=1, b=2");
         fields.set("SET-COOKIE", "c=3");
         QCOMPARE(fields.size(), 2);
-        QCOMPARE(fields.begin()->second, QByteArray("c=3")); // in the first one's place
+        QCOMPARE(fields.begin()->second, "c=3"); // in the first one's place
         fields.remove("x-one");
         QVERIFY(!fields.contains("X-One"));
         QVERIFY(fields.value("X-One").isNull());
         fields.set("X-Evil", QByteArray("a\r\nInjected: 1\0b", 16));
-        QCOMPARE(fields.value("X-Evil"), QByteArray("aInjected: 1b"));
+        QCOMPARE(fields.value("X-Evil"), "aInjected: 1b");
     }
 
     void dates_data() {
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<QString>("date"); // empty: none
-        const QString example = QStringLiteral("1994-11-06T08:49:37Z");
+        const QString example = u"1994-11-06T08:49:37Z"_s;
         QTest::newRow("IMF-fixdate") << QByteArray("Sun, 06 Nov 1994 08:49:37 GMT") << example;
         QTest::newRow("RFC 850") << QByteArray("Sunday, 06-Nov-94 08:49:37 GMT") << example;
         QTest::newRow("asctime") << QByteArray("Sun Nov  6 08:49:37 1994") << example;
-        QTest::newRow("century 20") << QByteArray("1 Jan 69 1:2:3") << QStringLiteral("2069-01-01T01:02:03Z");
+        QTest::newRow("century 20") << QByteArray("1 Jan 69 1:2:3") << u"2069-01-01T01:02:03Z"_s;
         QTest::newRow("no time") << QByteArray("Sun, 06 Nov 1994") << QString();
         QTest::newRow("no such time") << QByteArray("Sun, 06 Nov 1994 24:00:00 GMT") << QString();
         QTest::newRow("year too small") << QByteArray("Sun, 06 Nov 1600 08:49:37 GMT") << QString();
@@ -87,10 +88,10 @@ private Q_SLOTS:
         QTest::addColumn<int>("status");
         QTest::addColumn<QByteArray>("field");
         QTest::addColumn<QString>("found");
-        QTest::newRow("basic") << 401 << QByteArray("Basic realm=\"a b\"") << QStringLiteral("basic a b");
-        QTest::newRow("case") << 401 << QByteArray("bAsIc REALM=x") << QStringLiteral("basic x");
+        QTest::newRow("basic") << 401 << QByteArray("Basic realm=\"a b\"") << u"basic a b"_s;
+        QTest::newRow("case") << 401 << QByteArray("bAsIc REALM=x") << u"basic x"_s;
         QTest::newRow("the better one") << 401 << QByteArray("Basic realm=\"x\", Digest realm=\"x\", nonce=\"n\"")
-                                        << QStringLiteral("digest x");
+                                        << u"digest x"_s;
         QTest::newRow("bearer too") << 401 << QByteArray("Basic realm=\"x\", Bearer") << QString();
         QTest::newRow("a parameter named so") << 401 << QByteArray("Custom basic=\"x\"") << QString();
         QTest::newRow("other status") << 403 << QByteArray("Basic realm=\"x\"") << QString();
@@ -100,18 +101,16 @@ private Q_SLOTS:
     void challenges() {
         QFETCH(int, status);
         QFETCH(QByteArray, field);
-        QFETCH(QString, found);
         HTTPResponse response;
         response.statusCode = status;
         response.headers.set("WWW-Authenticate", field);
         const auto challenge = passwordChallenge(response);
         QString seen;
         if (challenge) {
-            seen = QStringLiteral("%1 %2").arg(challenge->scheme == ChallengeScheme::basic ? QStringLiteral("basic")
-                                                                                           : QStringLiteral("digest"),
-                                               challenge->challenge.realm);
+            seen = u"%1 %2"_s.arg(challenge->scheme == ChallengeScheme::basic ? u"basic"_s : u"digest"_s,
+                                  challenge->challenge.realm);
         }
-        QCOMPARE(seen, found);
+        QTEST(seen, "found");
     }
 
     void mediaTypes_data() {
@@ -141,8 +140,6 @@ private Q_SLOTS:
     }
     void malformedHeads() {
         QFETCH(QByteArray, head);
-        QFETCH(int, status);
-        QFETCH(int, fields);
         ResponseHead parser;
         bool complete = false;
         while (!head.isEmpty()) {
@@ -151,17 +148,16 @@ private Q_SLOTS:
             head.remove(0, end);
         }
         QVERIFY(complete);
-        QCOMPARE(parser.statusCode(), status);
-        QCOMPARE(int(parser.headers().size()), fields);
+        QTEST(parser.statusCode(), "status");
+        QTEST(int(parser.headers().size()), "fields");
     }
 
     void userAgents_data() {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("cleaned");
-        QTest::newRow("words") << QStringLiteral("My App, Pro") << QStringLiteral("My_App__Pro");
-        QTest::newRow("separators") << QStringLiteral("a(b)<c>@d;e:f\\g/h[i]j?k={l}\"m")
-                                    << QStringLiteral("abcdefghijklm");
-        QTest::newRow("white space") << QStringLiteral("a\tb\nc\u00a0d\u2028e") << QStringLiteral("abcde");
+        QTest::newRow("words") << u"My App, Pro"_s << u"My_App__Pro"_s;
+        QTest::newRow("separators") << u"a(b)<c>@d;e:f\\g/h[i]j?k={l}\"m"_s << u"abcdefghijklm"_s;
+        QTest::newRow("white space") << u"a\tb\nc\u00a0d\u2028e"_s << u"abcde"_s;
     }
     void userAgents() {
         QFETCH(QString, text);
@@ -170,28 +166,28 @@ private Q_SLOTS:
 
     void applicationIdentifiers() {
         userAgent::Application application;
-        application.processName = QStringLiteral("pro cess");
-        QCOMPARE(userAgent::applicationIdentifier(application), QStringLiteral("proc_pro_cess"));
-        application.identifier = QStringLiteral("org.example.App");
-        application.version = QStringLiteral("1.0 (7)");
-        QCOMPARE(userAgent::applicationIdentifier(application), QStringLiteral("org.example.App/1.0_7"));
-        application.userAgentID = QStringLiteral("App");
-        application.shortVersion = QStringLiteral("1.0");
-        QCOMPARE(userAgent::applicationIdentifier(application), QStringLiteral("App/1.0"));
+        application.processName = u"pro cess"_s;
+        QCOMPARE(userAgent::applicationIdentifier(application), u"proc_pro_cess"_s);
+        application.identifier = u"org.example.App"_s;
+        application.version = u"1.0 (7)"_s;
+        QCOMPARE(userAgent::applicationIdentifier(application), u"org.example.App/1.0_7"_s);
+        application.userAgentID = u"App"_s;
+        application.shortVersion = u"1.0"_s;
+        QCOMPARE(userAgent::applicationIdentifier(application), u"App/1.0"_s);
     }
 
     void systemVersions() {
-        QCOMPARE(userAgent::systemVersionString(QStringLiteral("/no/such/file")), QStringLiteral("MacOSX/10.?.?"));
+        QCOMPARE(userAgent::systemVersionString(u"/no/such/file"_s), u"MacOSX/10.?.?"_s);
         QTemporaryFile file;
         QVERIFY(file.open());
         file.write("<dict>\n<key>ProductVersion</key>\n\t<string>10.15.7</string>\n</dict>\n");
         file.close();
-        QCOMPARE(userAgent::systemVersionString(file.fileName()), QStringLiteral("MacOSX/10.15.7"));
+        QCOMPARE(userAgent::systemVersionString(file.fileName()), u"MacOSX/10.15.7"_s);
     }
 
     void statusTexts() {
-        QCOMPARE(statusText(404), QStringLiteral("404 Not Found"));
-        QCOMPARE(statusText(599), QStringLiteral("599"));
+        QCOMPARE(statusText(404), u"404 Not Found"_s);
+        QCOMPARE(statusText(599), u"599"_s);
     }
 };
 

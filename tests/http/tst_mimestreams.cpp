@@ -2,11 +2,14 @@
 #include "http/GTMGatherInputStream.h"
 #include "http/GTMMIMEDocument.h"
 #include "http/GTMReadMonitorInputStream.h"
+#include "tests/http/BrokenDevice.h"
 
 #include <QBuffer>
 #include <QRandomGenerator>
 #include <QTest>
 #include <QThread>
+
+using namespace Qt::StringLiterals;
 
 namespace quenby {
 namespace {
@@ -17,35 +20,6 @@ std::shared_ptr<QIODevice> deviceOf(const QByteArray& bytes) {
     device->open(QIODevice::ReadOnly);
     return device;
 }
-
-// Gives only so many bytes of what its size promises, then fails or ends.
-class BrokenDevice final : public QIODevice {
-public:
-    BrokenDevice(qint64 size, qint64 readable, bool fails)
-        : size_(size)
-        , readable_(readable)
-        , fails_(fails) {
-        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
-    }
-    qint64 size() const override { return size_; }
-
-protected:
-    qint64 readData(char* data, qint64 maxSize) override {
-        const qint64 count = std::min(maxSize, readable_ - pos());
-        if (count <= 0) {
-            setErrorString(QStringLiteral("the disk is gone"));
-            return fails_ ? -1 : 0;
-        }
-        memset(data, 'x', static_cast<size_t>(count));
-        return count;
-    }
-    qint64 writeData(const char*, qint64) override { return -1; }
-
-private:
-    qint64 size_;
-    qint64 readable_;
-    bool fails_;
-};
 
 QByteArray randomBytes(QRandomGenerator& random, int maxLength) {
     QByteArray bytes(random.bounded(maxLength + 1), Qt::Uninitialized);
@@ -172,14 +146,15 @@ private Q_SLOTS:
     void gatherStreamReportsABrokenPiece_data() {
         QTest::addColumn<bool>("fails");
         QTest::addColumn<QString>("reason");
-        QTest::newRow("fails") << true << QStringLiteral("the disk is gone");
-        QTest::newRow("ends early") << false << QStringLiteral("ended before its announced length");
+        QTest::newRow("fails") << true << u"the disk is gone"_s;
+        QTest::newRow("ends early") << false << u"ended before its announced length"_s;
     }
 
     void gatherStreamReportsABrokenPiece() {
         QFETCH(bool, fails);
         QFETCH(QString, reason);
-        GTMGatherInputStream stream({QByteArray("ab"), std::make_shared<BrokenDevice>(100, 5, fails), QByteArray("z")});
+        GTMGatherInputStream stream(
+            {QByteArray("ab"), std::make_shared<testing::BrokenDevice>(100, 5, fails), QByteArray("z")});
         QByteArray buffer(50, Qt::Uninitialized);
         QCOMPARE(stream.read(buffer.data(), buffer.size()), 7); // what there was
         QCOMPARE(stream.read(buffer.data(), buffer.size()), -1);
@@ -229,7 +204,7 @@ private Q_SLOTS:
 
     void monitorForgetsADeadDelegateAndPassesErrorsOn() {
         const auto monitor =
-            GTMReadMonitorInputStream::inputStreamWithStream(std::make_shared<BrokenDevice>(10, 2, true));
+            GTMReadMonitorInputStream::inputStreamWithStream(std::make_shared<testing::BrokenDevice>(10, 2, true));
         auto delegate = std::make_unique<QObject>();
         int calls = 0;
         monitor->setReadDelegate(delegate.get(), [&calls](QByteArrayView) { ++calls; });
@@ -238,7 +213,7 @@ private Q_SLOTS:
         QCOMPARE(monitor->read(buffer, 4), 2);
         QCOMPARE(calls, 0);
         QCOMPARE(monitor->read(buffer, 4), -1);
-        QCOMPARE(monitor->errorString(), QStringLiteral("the disk is gone"));
+        QCOMPARE(monitor->errorString(), u"the disk is gone"_s);
     }
 };
 

@@ -3,6 +3,8 @@
 
 Q_DECLARE_METATYPE(quenby::testing::Answer)
 
+using namespace Qt::StringLiterals;
+
 namespace quenby {
 
 using namespace testing;
@@ -23,8 +25,6 @@ private Q_SLOTS:
             QTest::addRow("two chunks, %s", from)
                 << 1'000'000 << quint64(500'000)
                 << QByteArrayList{"bytes 0-499999/1000000", "bytes 500000-999999/1000000"} << fromFile;
-            QTest::addRow("remainder folded in, %s", from)
-                << 501'000 << quint64(500'000) << QByteArrayList{"bytes 0-500999/501000"} << fromFile;
             QTest::addRow("no chunking, %s", from)
                 << 1'500'000 << noChunking << QByteArrayList{"bytes 0-1499999/1500000"} << fromFile;
             QTest::addRow("empty, %s", from) << 0 << noChunking << QByteArrayList{"bytes */0"} << fromFile;
@@ -59,7 +59,7 @@ private Q_SLOTS:
         QCOMPARE(fetcher_->statusCode(), 200);
         QCOMPARE(fetcher_->responseHeaders().value("Content-Type"), "application/json");
         QCOMPARE(lastSent, length + 7);
-        QCOMPARE(locations_, QStringList({QStringLiteral("/s/S3CRET"), QString()}));
+        QCOMPARE(locations_, QStringList({u"/s/S3CRET"_s, QString()}));
         QVERIFY(!fetcher_->isFetching());
 
         const auto& first = server.requests().front();
@@ -230,7 +230,7 @@ private Q_SLOTS:
 
     void expiredTokenInAChunkIsRefreshed() {
         UploadServer server({announced(), Answer::with(401), holding(40), created()});
-        upload(server, pattern(100), noChunking).setAuthorizer(std::make_shared<TestAuthorizer>());
+        upload(server, pattern(100), noChunking).setAuthorizer(refreshingAuthorizer());
         QVERIFY2(finish(), qPrintable(failure()));
         QVERIFY2(!error_, qPrintable(failure()));
         QCOMPARE(server.lines(),
@@ -238,13 +238,13 @@ private Q_SLOTS:
         QByteArrayList tokens;
         for (const auto& request : server.requests())
             tokens.append(request.header("authorization"));
-        QCOMPARE(tokens, QByteArrayList({"Bearer t1", "Bearer t1", "Bearer t2", "Bearer t2"}));
+        QCOMPARE(tokens, QByteArrayList({"Bearer token0", "Bearer token0", "Bearer token1", "Bearer token1"}));
     }
 
     void tokenStaysWithItsOrigin() {
         UploadServer elsewhere({created()});
         UploadServer server({announced(elsewhere.url(session).toEncoded())});
-        upload(server, pattern(100), noChunking).setAuthorizer(std::make_shared<TestAuthorizer>());
+        upload(server, pattern(100), noChunking).setAuthorizer(refreshingAuthorizer());
         QVERIFY2(finish(), qPrintable(failure()));
         QVERIFY2(!error_, qPrintable(failure()));
         QVERIFY(server.requests().front().headers.contains("authorization"));

@@ -3,6 +3,8 @@
 #include "http/GTMHTTPFetcherService.h"
 #include "tests/http/UploadTest.h"
 
+using namespace Qt::StringLiterals;
+
 namespace quenby {
 namespace {
 
@@ -14,7 +16,7 @@ constexpr bool isMemoryMeasurable = true;
 #endif
 
 qint64 peakMemory() {
-    QFile status(QStringLiteral("/proc/self/status"));
+    QFile status(u"/proc/self/status"_s);
     if (!status.open(QIODevice::ReadOnly))
         return -1;
     for (const QByteArray& line : status.readAll().split('\n')) {
@@ -43,9 +45,8 @@ private Q_SLOTS:
     void resumesAtAKnownLocation() {
         QFETCH(bool, hasBase);
         UploadServer server({holding(400), created()});
-        GTMHTTPUploadFetcher& fetcher =
-            resumed(server, pattern(1000), hasBase ? server.url(QStringLiteral("/upload/rpc")) : QUrl());
-        fetcher.setAuthorizer(std::make_shared<TestAuthorizer>());
+        GTMHTTPUploadFetcher& fetcher = resumed(server, pattern(1000), hasBase ? server.url(u"/upload/rpc"_s) : QUrl());
+        fetcher.setAuthorizer(refreshingAuthorizer());
         QList<qint64> sums;
         fetcher.setSentDataBlock([&sums](qint64, qint64 sent, qint64 expected) { sums = {sent, expected}; });
         QVERIFY2(finish(), qPrintable(failure()));
@@ -173,11 +174,10 @@ private Q_SLOTS:
             use(GTMHTTPUploadFetcher::uploadFetcherWithRequest(announcement(server), source, "x/y", noChunking, {}));
             fetcher_->setRetryEnabled(retries);
             fetcher_->setRetryBlock([](bool, const Error&) { return true; });
-            QTest::ignoreMessage(QtWarningMsg,
-                                 QRegularExpression(QStringLiteral("^uploadFileHandle exception: .*shorter")));
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"^uploadFileHandle exception: .*shorter"_s));
             QVERIFY2(finish(), qPrintable(failure()));
             QVERIFY2(error_->is(URLErrorCode::requestBodyUnreadable), qPrintable(failure()));
-            QVERIFY2(failure().contains(QStringLiteral("shorter")), qPrintable(failure()));
+            QVERIFY2(failure().contains(u"shorter"_s), qPrintable(failure()));
         }
     }
 
@@ -195,8 +195,7 @@ private Q_SLOTS:
         const auto service = GTMHTTPFetcherService::create();
         service->setUserAgent("from-service");
         service->setAllowLocalhostRequest(true);
-        const auto log = std::make_shared<FetchLog>(folder_.filePath(QStringLiteral("log")), QStringLiteral("p"),
-                                                    QStringLiteral("d"));
+        const auto log = std::make_shared<FetchLog>(folder_.filePath(u"log"_s), u"p"_s, u"d"_s);
         service->setLogger(log);
         URLRequest request = announcement(server);
         request.headers.remove("User-Agent");

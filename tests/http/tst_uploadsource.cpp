@@ -14,6 +14,8 @@
 
 Q_DECLARE_METATYPE(std::optional<quenby::ByteRange>)
 
+using namespace Qt::StringLiterals;
+
 namespace quenby {
 namespace {
 
@@ -32,7 +34,7 @@ class UploadSourceTest : public QObject {
     QTemporaryDir folder_;
 
     QString writeFile(const QByteArray& bytes) {
-        const QString path = folder_.filePath(QStringLiteral("body"));
+        const QString path = folder_.filePath(u"body"_s);
         QFile file(path);
         file.open(QIODevice::WriteOnly | QIODevice::Truncate);
         file.write(bytes);
@@ -173,7 +175,7 @@ private Q_SLOTS:
         char buffer[500];
         QCOMPARE(window->read(buffer, 500), 50);
         QCOMPARE(window->read(buffer, 500), -1);
-        QVERIFY(window->errorString().contains(QStringLiteral("shorter")));
+        QVERIFY(window->errorString().contains(u"shorter"_s));
     }
 
     void closedFileIsAReadError() {
@@ -182,13 +184,13 @@ private Q_SLOTS:
         file->close();
         char byte = 0;
         QCOMPARE(window->read(&byte, 1), -1);
-        QVERIFY(window->errorString().contains(QStringLiteral("could not be read")));
+        QVERIFY(window->errorString().contains(u"could not be read"_s));
     }
 
     void unusableSourcesAreRefused() {
         QVERIFY(UploadSource(std::shared_ptr<QFile>()).error()->is(URLErrorCode::requestBodyUnreadable));
         QVERIFY(UploadSource(std::make_shared<QFile>(writeFile("x"))).error()); // not open
-        const QString pipe = folder_.filePath(QStringLiteral("pipe"));
+        const QString pipe = folder_.filePath(u"pipe"_s);
         QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
         const auto both = std::make_shared<QFile>(pipe);
         QVERIFY(both->open(QIODevice::ReadWrite | QIODevice::Unbuffered));

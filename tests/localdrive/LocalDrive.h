@@ -28,6 +28,9 @@ inline QJsonObject parse(const char* json) {
     return document.object();
 }
 
+// The parameters of a call that changes something of a file.
+inline QJsonObject onFile(const QString& id, const char* resource) { return {{fileId, id}, {body, parse(resource)}}; }
+
 class LocalDrive {
 public:
     explicit LocalDrive(qint64 quota = qint64{1} << 30)

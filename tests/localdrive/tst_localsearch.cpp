@@ -8,6 +8,7 @@
 #include <random>
 
 using namespace quenby::localdrive;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -26,15 +27,13 @@ struct Expression {
     std::function<bool(const Item&)> matches;
 };
 
-const QStringList titles{QStringLiteral("Report"),      QStringLiteral("report 2"),   QStringLiteral("O'Brien's"),
-                         QStringLiteral("back\\slash"), QStringLiteral("two\nlines"), QStringLiteral("Ünïcode €"),
-                         QStringLiteral("50% _done_"),  QStringLiteral("and"),        QStringLiteral("\"quoted\""),
-                         QStringLiteral("𝔲nusual 😀")};
-const QStringList mimeTypes{QStringLiteral("text/plain"), QStringLiteral("image/png"), QStringLiteral("image/jpeg")};
+const QStringList titles{u"Report"_s,    u"report 2"_s,   u"O'Brien's"_s, u"back\\slash"_s, u"two\nlines"_s,
+                         u"Ünïcode €"_s, u"50% _done_"_s, u"and"_s,       u"\"quoted\""_s,  u"𝔲nusual 😀"_s};
+const QStringList mimeTypes{u"text/plain"_s, u"image/png"_s, u"image/jpeg"_s};
 
 QString quoted(QString text) {
-    text.replace(QLatin1Char('\\'), QLatin1String("\\\\")).replace(QLatin1Char('\''), QLatin1String("\\'"));
-    return QLatin1Char('\'') + text + QLatin1Char('\'');
+    text.replace('\\'_L1, "\\\\"_L1).replace('\''_L1, "\\'"_L1);
+    return '\''_L1 + text + '\''_L1;
 }
 
 // Makes expressions out of a fixed seed.
@@ -53,7 +52,7 @@ public:
             const Expression next = term(depth);
             const auto left = chain.matches;
             const auto right = next.matches;
-            chain.text = QString(chain.text + (both ? QStringLiteral(" and ") : QStringLiteral(" or ")) + next.text);
+            chain.text = QString(chain.text + (both ? u" and "_s : u" or "_s) + next.text);
             chain.matches = [=](const Item& item) {
                 return both ? left(item) && right(item) : left(item) || right(item);
             };
@@ -67,12 +66,12 @@ private:
     Expression term(int depth) {
         if (below(4) == 0) {
             const Expression inner = term(depth);
-            return {QString(QStringLiteral("not ") + inner.text),
+            return {QString(u"not "_s + inner.text),
                     [matches = inner.matches](const Item& item) { return !matches(item); }};
         }
         if (depth > 0 && below(3) == 0) {
             const Expression inner = query(depth - 1);
-            return {QString(QStringLiteral("( ") + inner.text + QLatin1Char(')')), inner.matches};
+            return {QString(u"( "_s + inner.text + ')'_L1), inner.matches};
         }
         return comparison();
     }
@@ -81,38 +80,33 @@ private:
         const QString title = titles[below(static_cast<int>(titles.size()))];
         const QString type = mimeTypes[below(static_cast<int>(mimeTypes.size()))];
         const bool flag = below(2) == 0;
-        const QString truth = flag ? QStringLiteral("true") : QStringLiteral("false");
+        const QString truth = flag ? u"true"_s : u"false"_s;
         switch (below(10)) {
         case 0:
-            return {QString(QStringLiteral("title=") + quoted(title)),
-                    [=](const Item& item) { return item.title == title; }};
+            return {QString(u"title="_s + quoted(title)), [=](const Item& item) { return item.title == title; }};
         case 1:
-            return {QString(QStringLiteral("title != ") + quoted(title)),
-                    [=](const Item& item) { return item.title != title; }};
+            return {QString(u"title != "_s + quoted(title)), [=](const Item& item) { return item.title != title; }};
         case 2: {
             const QString part = title.mid(below(3), 1 + below(4)).toUpper();
-            const QString key = part.isValidUtf16() ? part : QStringLiteral("e");
-            return {QString(QStringLiteral("title contains ") + quoted(key)),
+            const QString key = part.isValidUtf16() ? part : u"e"_s;
+            return {QString(u"title contains "_s + quoted(key)),
                     [=](const Item& item) { return item.title.contains(key, Qt::CaseInsensitive); }};
         }
         case 3:
-            return {QString(QStringLiteral("mimeType = ") + quoted(type)),
-                    [=](const Item& item) { return item.mimeType == type; }};
+            return {QString(u"mimeType = "_s + quoted(type)), [=](const Item& item) { return item.mimeType == type; }};
         case 4:
-            return {QStringLiteral("mimeType contains 'image/'"),
-                    [](const Item& item) { return item.mimeType.startsWith(QLatin1String("image/")); }};
+            return {u"mimeType contains 'image/'"_s,
+                    [](const Item& item) { return item.mimeType.startsWith("image/"_L1); }};
         case 5:
-            return {QString(QStringLiteral("trashed = ") + truth),
-                    [=](const Item& item) { return item.trashed == flag; }};
+            return {QString(u"trashed = "_s + truth), [=](const Item& item) { return item.trashed == flag; }};
         case 6:
-            return {QString(QStringLiteral("starred!=") + truth),
-                    [=](const Item& item) { return item.starred != flag; }};
+            return {QString(u"starred!="_s + truth), [=](const Item& item) { return item.starred != flag; }};
         case 7:
             return date();
         case 8:
-            return {QStringLiteral("'me' in owners"), [](const Item&) { return true; }};
+            return {u"'me' in owners"_s, [](const Item&) { return true; }};
         default:
-            return {QString(quoted(flag ? folder_ : QStringLiteral("root")) + QStringLiteral(" in parents")),
+            return {QString(quoted(flag ? folder_ : u"root"_s) + u" in parents"_s),
                     [=](const Item& item) { return item.inFolder == flag; }};
         }
     }
@@ -121,7 +115,7 @@ private:
         const QDateTime limit = middle_.addSecs(below(9) - 4);
         const QString value = quoted(limit.toOffsetFromUtc(5400).toString(Qt::ISODateWithMs));
         const auto made = [&](const char* sign, auto compare) {
-            return Expression{QStringLiteral("modifiedDate %1 %2").arg(QLatin1String(sign), value),
+            return Expression{u"modifiedDate %1 %2"_s.arg(QLatin1String(sign), value),
                               [=](const Item& item) { return compare(item.modified, limit); }};
         };
         switch (below(5)) {
@@ -149,154 +143,139 @@ class LocalSearchTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void findsWhatTheOracleFinds();
-    void folderSearchOfUploads();
-    void refusesWhatItCannotRead_data();
-    void refusesWhatItCannotRead();
-    void longQueries();
+    void findsWhatTheOracleFinds() {
+        LocalDrive drive;
+        const QString folder = drive.makeFolder(u"folder"_s);
+        const QDateTime start(QDate(2014, 7, 1), QTime(12, 0), Qt::UTC);
+        QList<Item> items;
+        std::mt19937 random(1);
+        for (int i = 0; i < 60; ++i) {
+            Item item{{},
+                      titles[i % titles.size()],
+                      mimeTypes[i % 3],
+                      random() % 3 == 0,
+                      random() % 2 == 0,
+                      start.addSecs(i % 9),
+                      random() % 2 == 0};
+            const QJsonObject labels{{u"trashed"_s, item.trashed}, {u"starred"_s, item.starred}};
+            const QJsonArray parents{QJsonObject{{u"id"_s, item.inFolder ? folder : u"root"_s}}};
+            const QJsonObject resource{{u"title"_s, item.title},
+                                       {u"mimeType"_s, item.mimeType},
+                                       {u"labels"_s, labels},
+                                       {u"parents"_s, parents},
+                                       {u"modifiedDate"_s, item.modified.toString(Qt::ISODateWithMs)}};
+            item.id = drive.result(u"files.insert"_s, {{u"resource"_s, resource}}).value("id"_L1).toString();
+            items.append(item);
+        }
+
+        Generator generator(20140701, start.addSecs(4), folder);
+        int between = 0;
+        for (int round = 0; round < 1500; ++round) {
+            const Expression expression = generator.query(3);
+            const QString q = u"(%1) and title != 'folder'"_s.arg(expression.text);
+            QSet<QString> expected;
+            for (const Item& item : std::as_const(items))
+                if (expression.matches(item))
+                    expected.insert(item.id);
+            const QStringList found =
+                column(drive.result(u"files.list"_s, {{u"q"_s, q}, {u"fields"_s, u"items(id)"_s}}));
+            if (QSet<QString>(found.begin(), found.end()) != expected || found.size() != expected.size())
+                QFAIL(qPrintable(u"%1 files instead of %2: %3"_s.arg(found.size()).arg(expected.size()).arg(q)));
+            between += !expected.isEmpty() && expected.size() < items.size();
+        }
+        // Expressions that find all or nothing would prove little.
+        QVERIFY(between > 700);
+    }
+
+    void folderSearchOfUploads() {
+        LocalDrive drive;
+        const QString title = u"Screen Shot"_s;
+        const auto search = [&drive, &title] {
+            const QString q = u"mimeType='application/vnd.google-apps.folder' and title = '%1' and trashed = "
+                              "false "_s.arg(title);
+            return column(drive.result(u"children.list"_s, {{u"folderId"_s, u"root"_s}, {u"q"_s, q}}));
+        };
+        QCOMPARE(search(), QStringList());
+        drive.makeFolder(u"screen shot"_s);                 // exact titles only
+        drive.upload(title, "a file of that name");         // folders only
+        drive.makeFolder(title, drive.makeFolder(u"up"_s)); // of the root only
+        QCOMPARE(search(), QStringList());
+        const QString folder = drive.makeFolder(title);
+        QCOMPARE(search(), QStringList{folder});
+        drive.result(u"files.trash"_s, {{u"fileId"_s, folder}});
+        QCOMPARE(search(), QStringList());
+    }
+
+    void refusesWhatItCannotRead_data() {
+        QTest::addColumn<QString>("query");
+        const char* queries[] = {"title",
+                                 "title =",
+                                 "title = unquoted",
+                                 "title = 'open",
+                                 "title = 'open\\'",
+                                 "title < 'a'",
+                                 "title = true",
+                                 "fullText = 'a'",
+                                 "trashed = 'true'",
+                                 "trashed contains true",
+                                 "trashed = true and",
+                                 "trashed = true or or trashed = true",
+                                 "trashed = true trashed = true",
+                                 "(trashed = true",
+                                 "trashed = true)",
+                                 "()",
+                                 "not",
+                                 "modifiedDate > 'yesterday'",
+                                 "modifiedDate > '2014-02-30'",
+                                 "modifiedDate > '2014-02-03T10:20'",
+                                 "'me' in parent",
+                                 "'me' = owners",
+                                 "parents = 'x'",
+                                 "size > 3",
+                                 "title == 'a'",
+                                 "title = 'a'; drop table files",
+                                 "AND"};
+        for (const char* query : queries)
+            QTest::newRow(query) << QString::fromLatin1(query);
+    }
+    void refusesWhatItCannotRead() {
+        QFETCH(QString, query);
+        const auto parsed = parseSearch(query);
+        QVERIFY(!parsed.ok());
+        QCOMPARE(parsed.error().code(), qint64{400});
+    }
+
+    // Whatever is accepted is within what the database can compile.
+    void longQueries() {
+        LocalDrive drive;
+        const QString id = drive.upload(u"a"_s, "1");
+        const auto search = [&drive](const QString& q) { return drive.call(u"files.list"_s, {{u"q"_s, q}}); };
+        const QString term = u"title = 'a'"_s;
+        const auto chain = [&term](int terms, const QStringList& joints) {
+            QString q = term;
+            for (int i = 1; i < terms; ++i)
+                q += joints[i % joints.size()] + term;
+            return q;
+        };
+        const QStringList same{u" or "_s};
+        const QStringList turns{u" or "_s, u" and "_s};
+        const auto nested = [&term](int depth, const QString& open) {
+            return QString(open.repeated(depth) + term + u")"_s.repeated(depth));
+        };
+        const QString worst = u"title = 'a' and not (title = 'b' or "_s;
+        QCOMPARE(column(search(chain(200, same))["result"_L1].toObject()), QStringList{id});
+        QCOMPARE(LocalDrive::reasonOf(search(chain(201, same))), u"invalid"_s);
+        QCOMPARE(column(search(chain(21, turns))["result"_L1].toObject()), QStringList{id});
+        QCOMPARE(LocalDrive::reasonOf(search(chain(30, turns))), u"invalid"_s);
+        QCOMPARE(LocalDrive::reasonOf(search(nested(100000, u"("_s))), u"invalid"_s);
+        // At the limit of nesting the worst kind of term must still do.
+        int depth = 1;
+        while (parseSearch(nested(depth + 1, worst)).ok())
+            ++depth;
+        QVERIFY(depth >= 5);
+        QVERIFY(search(nested(depth, worst)).contains("result"_L1));
+    }
 };
-
-void LocalSearchTest::findsWhatTheOracleFinds() {
-    LocalDrive drive;
-    const QString folder = drive.makeFolder(QStringLiteral("folder"));
-    const QDateTime start(QDate(2014, 7, 1), QTime(12, 0), Qt::UTC);
-    QList<Item> items;
-    std::mt19937 random(1);
-    for (int i = 0; i < 60; ++i) {
-        Item item{{},
-                  titles[i % titles.size()],
-                  mimeTypes[i % 3],
-                  random() % 3 == 0,
-                  random() % 2 == 0,
-                  start.addSecs(i % 9),
-                  random() % 2 == 0};
-        const QJsonObject labels{{QStringLiteral("trashed"), item.trashed}, {QStringLiteral("starred"), item.starred}};
-        const QJsonArray parents{QJsonObject{{QStringLiteral("id"), item.inFolder ? folder : QStringLiteral("root")}}};
-        const QJsonObject resource{{QStringLiteral("title"), item.title},
-                                   {QStringLiteral("mimeType"), item.mimeType},
-                                   {QStringLiteral("labels"), labels},
-                                   {QStringLiteral("parents"), parents},
-                                   {QStringLiteral("modifiedDate"), item.modified.toString(Qt::ISODateWithMs)}};
-        item.id = drive.result(QStringLiteral("files.insert"), {{QStringLiteral("resource"), resource}})
-                      .value(QLatin1String("id"))
-                      .toString();
-        items.append(item);
-    }
-
-    Generator generator(20140701, start.addSecs(4), folder);
-    int between = 0;
-    for (int round = 0; round < 1500; ++round) {
-        const Expression expression = generator.query(3);
-        const QString q = QStringLiteral("(%1) and title != 'folder'").arg(expression.text);
-        QSet<QString> expected;
-        for (const Item& item : std::as_const(items))
-            if (expression.matches(item))
-                expected.insert(item.id);
-        const QStringList found =
-            column(drive.result(QStringLiteral("files.list"),
-                                {{QStringLiteral("q"), q}, {QStringLiteral("fields"), QStringLiteral("items(id)")}}));
-        if (QSet<QString>(found.begin(), found.end()) != expected || found.size() != expected.size())
-            QFAIL(
-                qPrintable(QStringLiteral("%1 files instead of %2: %3").arg(found.size()).arg(expected.size()).arg(q)));
-        between += !expected.isEmpty() && expected.size() < items.size();
-    }
-    // Expressions that find all or nothing would prove little.
-    QVERIFY(between > 700);
-}
-
-void LocalSearchTest::folderSearchOfUploads() {
-    LocalDrive drive;
-    const QString title = QStringLiteral("Screen Shot");
-    const auto search = [&drive, &title] {
-        const QString q = QStringLiteral("mimeType='application/vnd.google-apps.folder' and title = '%1' and trashed = "
-                                         "false ")
-                              .arg(title);
-        return column(drive.result(QStringLiteral("children.list"),
-                                   {{QStringLiteral("folderId"), QStringLiteral("root")}, {QStringLiteral("q"), q}}));
-    };
-    QCOMPARE(search(), QStringList());
-    drive.makeFolder(QStringLiteral("screen shot"));                 // exact titles only
-    drive.upload(title, "a file of that name");                      // folders only
-    drive.makeFolder(title, drive.makeFolder(QStringLiteral("up"))); // of the root only
-    QCOMPARE(search(), QStringList());
-    const QString folder = drive.makeFolder(title);
-    QCOMPARE(search(), QStringList{folder});
-    drive.result(QStringLiteral("files.trash"), {{QStringLiteral("fileId"), folder}});
-    QCOMPARE(search(), QStringList());
-}
-
-void LocalSearchTest::refusesWhatItCannotRead_data() {
-    QTest::addColumn<QString>("query");
-    const char* queries[] = {"title",
-                             "title =",
-                             "title = unquoted",
-                             "title = 'open",
-                             "title = 'open\\'",
-                             "title < 'a'",
-                             "title = true",
-                             "fullText = 'a'",
-                             "trashed = 'true'",
-                             "trashed contains true",
-                             "trashed = true and",
-                             "trashed = true or or trashed = true",
-                             "trashed = true trashed = true",
-                             "(trashed = true",
-                             "trashed = true)",
-                             "()",
-                             "not",
-                             "modifiedDate > 'yesterday'",
-                             "modifiedDate > '2014-02-30'",
-                             "modifiedDate > '2014-02-03T10:20'",
-                             "'me' in parent",
-                             "'me' = owners",
-                             "parents = 'x'",
-                             "size > 3",
-                             "title == 'a'",
-                             "title = 'a'; drop table files",
-                             "AND"};
-    for (const char* query : queries)
-        QTest::newRow(query) << QString::fromLatin1(query);
-}
-
-void LocalSearchTest::refusesWhatItCannotRead() {
-    QFETCH(QString, query);
-    const auto parsed = parseSearch(query);
-    QVERIFY(!parsed.ok());
-    QCOMPARE(parsed.error().code(), qint64{400});
-}
-
-// Whatever is accepted is within what the database can compile.
-void LocalSearchTest::longQueries() {
-    LocalDrive drive;
-    const QString id = drive.upload(QStringLiteral("a"), "1");
-    const auto search = [&drive](const QString& q) {
-        return drive.call(QStringLiteral("files.list"), {{QStringLiteral("q"), q}});
-    };
-    const QString term = QStringLiteral("title = 'a'");
-    const auto chain = [&term](int terms, const QStringList& joints) {
-        QString q = term;
-        for (int i = 1; i < terms; ++i)
-            q += joints[i % joints.size()] + term;
-        return q;
-    };
-    const QStringList same{QStringLiteral(" or ")};
-    const QStringList turns{QStringLiteral(" or "), QStringLiteral(" and ")};
-    const auto nested = [&term](int depth, const QString& open) {
-        return QString(open.repeated(depth) + term + QStringLiteral(")").repeated(depth));
-    };
-    const QString worst = QStringLiteral("title = 'a' and not (title = 'b' or ");
-    QCOMPARE(column(search(chain(200, same))[QLatin1String("result")].toObject()), QStringList{id});
-    QCOMPARE(LocalDrive::reasonOf(search(chain(201, same))), QStringLiteral("invalid"));
-    QCOMPARE(column(search(chain(21, turns))[QLatin1String("result")].toObject()), QStringList{id});
-    QCOMPARE(LocalDrive::reasonOf(search(chain(30, turns))), QStringLiteral("invalid"));
-    QCOMPARE(LocalDrive::reasonOf(search(nested(100000, QStringLiteral("(")))), QStringLiteral("invalid"));
-    // At the limit of nesting the worst kind of term must still do.
-    int depth = 1;
-    while (parseSearch(nested(depth + 1, worst)).ok())
-        ++depth;
-    QVERIFY(depth >= 5);
-    QVERIFY(search(nested(depth, worst)).contains(QLatin1String("result")));
-}
 
 QTEST_GUILESS_MAIN(LocalSearchTest)
 #include "tst_localsearch.moc"

@@ -9,13 +9,14 @@
 #include <csignal>
 
 using namespace quenby::testing;
+using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString titleUri = QStringLiteral("urn:ietf:wg:oauth:2.0:oob");
-const QString loopbackUri = QStringLiteral("http://127.0.0.1:4999/done?x=1");
-const QString driveScope = QStringLiteral("https://www.googleapis.com/auth/drive "
-                                          "https://www.googleapis.com/auth/userinfo.email");
+const QString titleUri = u"urn:ietf:wg:oauth:2.0:oob"_s;
+const QString loopbackUri = u"http://127.0.0.1:4999/done?x=1"_s;
+const QString driveScope = u"https://www.googleapis.com/auth/drive "
+                           "https://www.googleapis.com/auth/userinfo.email"_s;
 const QByteArray formType = "Content-Type: application/x-www-form-urlencoded";
 constexpr auto base64url = QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals;
 
@@ -27,15 +28,15 @@ QString challengeFor(const QString& verifier) {
 }
 
 Fields authorizationFields(const QString& redirectUri, const Fields& further = {}) {
-    return Fields{{QStringLiteral("client_id"), QStringLiteral("client-1")},
-                  {QStringLiteral("redirect_uri"), redirectUri},
-                  {QStringLiteral("response_type"), QStringLiteral("code")},
-                  {QStringLiteral("scope"), driveScope}} +
+    return Fields{{u"client_id"_s, u"client-1"_s},
+                  {u"redirect_uri"_s, redirectUri},
+                  {u"response_type"_s, u"code"_s},
+                  {u"scope"_s, driveScope}} +
            further;
 }
 
 QString hiddenField(const RawReply& page, const QString& name) {
-    const QRegularExpression field(QStringLiteral("name=\"%1\" value=\"([^\"]*)\"").arg(name));
+    const QRegularExpression field(u"name=\"%1\" value=\"([^\"]*)\""_s.arg(name));
     return field.match(QString::fromUtf8(page.body)).captured(1);
 }
 
@@ -55,8 +56,8 @@ private Q_SLOTS:
     void titleCarriesTheAnswer_data() {
         QTest::addColumn<QString>("decision");
         QTest::addColumn<QByteArray>("title");
-        QTest::newRow("allowed") << QStringLiteral("allow") << QByteArray("Success code=");
-        QTest::newRow("cancelled") << QStringLiteral("cancel") << QByteArray("Denied error=access_denied");
+        QTest::newRow("allowed") << u"allow"_s << QByteArray("Success code=");
+        QTest::newRow("cancelled") << u"cancel"_s << QByteArray("Denied error=access_denied");
     }
     void titleCarriesTheAnswer() {
         QFETCH(QString, decision);
@@ -67,14 +68,14 @@ private Q_SLOTS:
     }
 
     void redirectCarriesTheAnswer() {
-        const Fields state{{QStringLiteral("state"), QStringLiteral("a b&c=d")}};
-        const RawReply answer = decide(showPage(authorizationFields(loopbackUri, state)), QStringLiteral("allow"));
+        const Fields state{{u"state"_s, u"a b&c=d"_s}};
+        const RawReply answer = decide(showPage(authorizationFields(loopbackUri, state)), u"allow"_s);
         QCOMPARE(answer.status, 302);
         const QUrl location = QUrl::fromEncoded(answer.header("Location"));
         const QUrlQuery query(location);
         QVERIFY(answer.header("Location").startsWith("http://127.0.0.1:4999/done?x=1&code="));
-        QCOMPARE(query.queryItemValue(QStringLiteral("state"), QUrl::FullyDecoded), QStringLiteral("a b&c=d"));
-        QCOMPARE(exchangeCode(query.queryItemValue(QStringLiteral("code")), loopbackUri).status, 200);
+        QCOMPARE(query.queryItemValue(u"state"_s, QUrl::FullyDecoded), u"a b&c=d"_s);
+        QCOMPARE(exchangeCode(query.queryItemValue(u"code"_s), loopbackUri).status, 200);
     }
 
     void pageRefuses_data() {
@@ -99,13 +100,12 @@ private Q_SLOTS:
         QFETCH(QString, value);
         QFETCH(int, status);
         QFETCH(QByteArray, error);
-        Fields fields = authorizationFields(loopbackUri, {{QStringLiteral("code_challenge"), challengeFor(verifier_)}});
+        Fields fields = authorizationFields(loopbackUri, {{u"code_challenge"_s, challengeFor(verifier_)}});
         fields.removeIf([&field](const auto& pair) { return pair.first == field; });
         fields.append({field, value});
         const RawReply reply = showPage(fields);
         QCOMPARE(reply.status, status);
-        const QString named =
-            QUrlQuery(QUrl::fromEncoded(reply.header("Location"))).queryItemValue(QStringLiteral("error"));
+        const QString named = QUrlQuery(QUrl::fromEncoded(reply.header("Location"))).queryItemValue(u"error"_s);
         QCOMPARE(named, QString::fromLatin1(error));
     }
 
@@ -114,14 +114,14 @@ private Q_SLOTS:
         const RawReply page = showPage(authorizationFields(titleUri));
         QVERIFY(page.header("Content-Security-Policy").contains("default-src 'none'"));
         RawReply forged = page;
-        forged.body.replace(hiddenField(page, QStringLiteral("csrf")).toLatin1(), "guessed");
-        QCOMPARE(decide(forged, QStringLiteral("allow")).status, 403);
+        forged.body.replace(hiddenField(page, u"csrf"_s).toLatin1(), "guessed");
+        QCOMPARE(decide(forged, u"allow"_s).status, 403);
         RawReply withoutCookie = page;
         withoutCookie.headers.clear();
-        QCOMPARE(decide(withoutCookie, QStringLiteral("allow")).status, 403);
+        QCOMPARE(decide(withoutCookie, u"allow"_s).status, 403);
         RawReply otherRequest = page;
-        otherRequest.body.replace(hiddenField(page, QStringLiteral("request")).toLatin1(), "eyJjbGllbnQiOiJ4In0");
-        QCOMPARE(decide(otherRequest, QStringLiteral("allow")).status, 403);
+        otherRequest.body.replace(hiddenField(page, u"request"_s).toLatin1(), "eyJjbGllbnQiOiJ4In0");
+        QCOMPARE(decide(otherRequest, u"allow"_s).status, 403);
     }
 
     void codesBuyTokensOnce_data() {
@@ -131,15 +131,15 @@ private Q_SLOTS:
         QTest::addColumn<int>("secondsLater");
         QTest::addColumn<QString>("error");
         const QString none;
-        const QString refused = QStringLiteral("invalid_grant");
-        const QString client = QStringLiteral("client-1");
+        const QString refused = u"invalid_grant"_s;
+        const QString client = u"client-1"_s;
         QTest::newRow("good") << verifier_ << titleUri << client << 0 << none;
         QTest::newRow("nearly too late") << verifier_ << titleUri << client << 590 << none;
         QTest::newRow("expired") << verifier_ << titleUri << client << 610 << refused;
-        QTest::newRow("wrong verifier") << verifier_ + QLatin1Char('x') << titleUri << client << 0 << refused;
+        QTest::newRow("wrong verifier") << verifier_ + 'x'_L1 << titleUri << client << 0 << refused;
         QTest::newRow("no verifier") << none << titleUri << client << 0 << refused;
         QTest::newRow("other redirect") << verifier_ << loopbackUri << client << 0 << refused;
-        QTest::newRow("other client") << verifier_ << titleUri << QStringLiteral("client-2") << 0 << refused;
+        QTest::newRow("other client") << verifier_ << titleUri << u"client-2"_s << 0 << refused;
     }
     void codesBuyTokensOnce() {
         QFETCH(QString, verifier);
@@ -147,21 +147,21 @@ private Q_SLOTS:
         QFETCH(QString, client);
         QFETCH(int, secondsLater);
         QFETCH(QString, error);
-        const QString code = newCode({{QStringLiteral("code_challenge"), challengeFor(verifier_)},
-                                      {QStringLiteral("code_challenge_method"), QStringLiteral("S256")}});
+        const QString code =
+            newCode({{u"code_challenge"_s, challengeFor(verifier_)}, {u"code_challenge_method"_s, u"S256"_s}});
         QVERIFY(!code.isEmpty());
         setClock(secondsLater);
-        const Fields with{{QStringLiteral("code_verifier"), verifier}};
+        const Fields with{{u"code_verifier"_s, verifier}};
         const RawReply reply = exchangeCode(code, redirectUri, client, with);
         setClock(0);
         const QJsonObject answer = jsonOf(reply.body);
-        QCOMPARE(answer[QLatin1String("error")].toString(), error);
+        QCOMPARE(answer["error"_L1].toString(), error);
         QCOMPARE(reply.status, error.isEmpty() ? 200 : 400);
         if (!error.isEmpty())
             return;
-        QCOMPARE(answer[QLatin1String("token_type")].toString(), QStringLiteral("Bearer"));
-        QCOMPARE(answer[QLatin1String("expires_in")].toInt(), 3600);
-        const QString accessToken = answer[QLatin1String("access_token")].toString();
+        QCOMPARE(answer["token_type"_L1].toString(), u"Bearer"_s);
+        QCOMPARE(answer["expires_in"_L1].toInt(), 3600);
+        const QString accessToken = answer["access_token"_L1].toString();
         QCOMPARE(userInfo(accessToken).status, 200);
         // A code that comes back has leaked: what it led to ends.
         QCOMPARE(exchangeCode(code, redirectUri, client, with).status, 400);
@@ -170,11 +170,11 @@ private Q_SLOTS:
 
     void identityTokenTellsWhoSignedIn() {
         const QJsonObject answer = jsonOf(exchangeCode(newCode(), titleUri).body);
-        const QStringList parts = answer[QLatin1String("id_token")].toString().split(QLatin1Char('.'));
+        const QStringList parts = answer["id_token"_L1].toString().split('.'_L1);
         QCOMPARE(parts.size(), 3);
         const QJsonObject claims = jsonOf(QByteArray::fromBase64(parts[1].toLatin1(), base64url));
-        const QJsonObject info = jsonOf(userInfo(answer[QLatin1String("access_token")].toString()).body);
-        for (const QString& key : {QStringLiteral("sub"), QStringLiteral("email"), QStringLiteral("email_verified")}) {
+        const QJsonObject info = jsonOf(userInfo(answer["access_token"_L1].toString()).body);
+        for (const QString& key : {u"sub"_s, u"email"_s, u"email_verified"_s}) {
             QVERIFY2(!info[key].isUndefined(), qPrintable(key));
             QCOMPARE(claims[key], info[key]);
         }
@@ -183,22 +183,21 @@ private Q_SLOTS:
     void refreshesAndRevokes_data() {
         QTest::addColumn<QString>("revoked");
         QTest::addColumn<QByteArray>("method");
-        QTest::newRow("refresh token") << QStringLiteral("refresh_token") << QByteArray("POST");
-        QTest::newRow("access token") << QStringLiteral("access_token") << QByteArray("GET");
+        QTest::newRow("refresh token") << u"refresh_token"_s << QByteArray("POST");
+        QTest::newRow("access token") << u"access_token"_s << QByteArray("GET");
     }
     void refreshesAndRevokes() {
         QFETCH(QString, revoked);
         QFETCH(QByteArray, method);
         const QJsonObject first = jsonOf(exchangeCode(newCode(), titleUri).body);
-        const QString refreshToken = first[QLatin1String("refresh_token")].toString();
+        const QString refreshToken = first["refresh_token"_L1].toString();
         const QJsonObject second = jsonOf(refresh(refreshToken).body);
-        const QString accessToken = second[QLatin1String("access_token")].toString();
-        QVERIFY(!second.contains(QLatin1String("refresh_token")));
+        const QString accessToken = second["access_token"_L1].toString();
+        QVERIFY(!second.contains("refresh_token"_L1));
         QCOMPARE(userInfo(accessToken).status, 200);
-        QCOMPARE(jsonOf(refresh(QStringLiteral("unknown")).body)[QLatin1String("error")].toString(),
-                 QStringLiteral("invalid_grant"));
+        QCOMPARE(jsonOf(refresh(u"unknown"_s).body)["error"_L1].toString(), u"invalid_grant"_s);
 
-        const QByteArray form = formOf({{QStringLiteral("token"), first[revoked].toString()}});
+        const QByteArray form = formOf({{u"token"_s, first[revoked].toString()}});
         const auto revoking = method == "POST" ? RawHttp::request("POST", "/o/oauth2/revoke", {formType}, form)
                                                : RawHttp::request("GET", "/o/oauth2/revoke?" + form);
         QCOMPARE(RawHttp::exchange(drive_.url(), revoking).status, 200);
@@ -216,14 +215,14 @@ private Q_SLOTS:
         };
         const auto client = field("client_id", "client-1");
         const auto refresh = field("grant_type", "refresh_token");
-        QTest::newRow("no grant type") << Fields{client} << 400 << QStringLiteral("invalid_request");
+        QTest::newRow("no grant type") << Fields{client} << 400 << u"invalid_request"_s;
         QTest::newRow("other grant type")
-            << Fields{client, field("grant_type", "password")} << 400 << QStringLiteral("unsupported_grant_type");
-        QTest::newRow("no client") << Fields{refresh} << 400 << QStringLiteral("invalid_request");
-        QTest::newRow("no token") << Fields{client, refresh} << 400 << QStringLiteral("invalid_request");
-        QTest::newRow("repeated") << Fields{client, client, refresh} << 400 << QStringLiteral("invalid_request");
+            << Fields{client, field("grant_type", "password")} << 400 << u"unsupported_grant_type"_s;
+        QTest::newRow("no client") << Fields{refresh} << 400 << u"invalid_request"_s;
+        QTest::newRow("no token") << Fields{client, refresh} << 400 << u"invalid_request"_s;
+        QTest::newRow("repeated") << Fields{client, client, refresh} << 400 << u"invalid_request"_s;
         QTest::newRow("wrong secret") << Fields{field("client_id", "pinned"), field("client_secret", "no"), refresh}
-                                      << 401 << QStringLiteral("invalid_client");
+                                      << 401 << u"invalid_client"_s;
     }
     void tokenEndpointNamesFaults() {
         QFETCH(Fields, fields);
@@ -231,7 +230,7 @@ private Q_SLOTS:
         QFETCH(QString, error);
         const RawReply reply = postToken(fields);
         QCOMPARE(reply.status, status);
-        QCOMPARE(jsonOf(reply.body)[QLatin1String("error")].toString(), error);
+        QCOMPARE(jsonOf(reply.body)["error"_L1].toString(), error);
     }
 
     void tokensSurviveAKill() {
@@ -239,36 +238,36 @@ private Q_SLOTS:
         const QString unusedCode = newCode();
         drive_.kill();
         QVERIFY2(drive_.start(), drive_.log());
-        QCOMPARE(userInfo(answer[QLatin1String("access_token")].toString()).status, 200);
-        QCOMPARE(refresh(answer[QLatin1String("refresh_token")].toString()).status, 200);
+        QCOMPARE(userInfo(answer["access_token"_L1].toString()).status, 200);
+        QCOMPARE(refresh(answer["refresh_token"_L1].toString()).status, 200);
         QCOMPARE(exchangeCode(unusedCode, titleUri).status, 200);
     }
 
     void secondServerSaysWhereTheFirstIs() {
         QProcess second;
-        second.start(LocalDriveProcess::program(), {QStringLiteral("--data"), drive_.dataFolder()});
+        second.start(LocalDriveProcess::program(), {u"--data"_s, drive_.dataFolder()});
         QVERIFY(second.waitForFinished());
         QCOMPARE(second.exitCode(), 3);
         QVERIFY(second.readAllStandardError().contains(drive_.url().toEncoded()));
     }
 
     void endpointFileNamesTheServer() {
-        QFile file(drive_.dataFolder() + QStringLiteral("/endpoint.json"));
+        QFile file(drive_.dataFolder() + u"/endpoint.json"_s);
         QVERIFY(file.open(QIODevice::ReadOnly));
         const QJsonObject note = jsonOf(file.readAll());
-        QCOMPARE(note[QLatin1String("url")].toString(), drive_.url().toString());
-        QCOMPARE(::kill(static_cast<pid_t>(note[QLatin1String("pid")].toInteger()), 0), 0);
+        QCOMPARE(note["url"_L1].toString(), drive_.url().toString());
+        QCOMPARE(::kill(static_cast<pid_t>(note["pid"_L1].toInteger()), 0), 0);
     }
 
     // A page of another site may point its own name at 127.0.0.1.
     void foreignHostNamesAreRefused() {
-        QByteArray request = LocalClient(drive_).callRequest(QStringLiteral("drive.about.get"));
+        QByteArray request = LocalClient(drive_).callRequest(u"drive.about.get"_s);
         request.replace("Host: 127.0.0.1", "Host: evil.example");
         QCOMPARE(RawHttp::exchange(drive_.url(), request).status, 403);
     }
 
     void compressesWhenAsked() {
-        QByteArray request = LocalClient(drive_).callRequest(QStringLiteral("drive.about.get"));
+        QByteArray request = LocalClient(drive_).callRequest(u"drive.about.get"_s);
         request.replace("Host:", "Accept-Encoding: gzip\r\nHost:");
         const RawReply reply = RawHttp::exchange(drive_.url(), request);
         QCOMPARE(reply.header("Content-Encoding"), "gzip");
@@ -290,10 +289,10 @@ private:
 
     // What a browser sends when a button of the page is pressed.
     RawReply decide(const RawReply& page, const QString& decision) {
-        const Fields fields{{QStringLiteral("decision"), decision},
-                            {QStringLiteral("email"), QStringLiteral("robin.hale@example.com")},
-                            {QStringLiteral("request"), hiddenField(page, QStringLiteral("request"))},
-                            {QStringLiteral("csrf"), hiddenField(page, QStringLiteral("csrf"))}};
+        const Fields fields{{u"decision"_s, decision},
+                            {u"email"_s, u"robin.hale@example.com"_s},
+                            {u"request"_s, hiddenField(page, u"request"_s)},
+                            {u"csrf"_s, hiddenField(page, u"csrf"_s)}};
         const QByteArray cookie = "Cookie: " + page.header("Set-Cookie").split(';').first();
         return RawHttp::exchange(drive_.url(),
                                  RawHttp::request("POST", "/o/oauth2/approve", {formType, cookie}, formOf(fields)));
@@ -301,24 +300,24 @@ private:
 
     QString newCode(const Fields& further = {}) {
         const RawReply page = showPage(authorizationFields(titleUri, further));
-        return QString::fromLatin1(titleOf(decide(page, QStringLiteral("allow")))).section(QLatin1Char('='), 1);
+        return QString::fromLatin1(titleOf(decide(page, u"allow"_s))).section('='_L1, 1);
     }
 
     RawReply postToken(const Fields& fields) {
         return RawHttp::exchange(drive_.url(), RawHttp::request("POST", "/o/oauth2/token", {formType}, formOf(fields)));
     }
-    RawReply exchangeCode(const QString& code, const QString& redirectUri,
-                          const QString& client = QStringLiteral("client-1"), const Fields& further = {}) {
-        return postToken(Fields{{QStringLiteral("grant_type"), QStringLiteral("authorization_code")},
-                                {QStringLiteral("client_id"), client},
-                                {QStringLiteral("code"), code},
-                                {QStringLiteral("redirect_uri"), redirectUri}} +
+    RawReply exchangeCode(const QString& code, const QString& redirectUri, const QString& client = u"client-1"_s,
+                          const Fields& further = {}) {
+        return postToken(Fields{{u"grant_type"_s, u"authorization_code"_s},
+                                {u"client_id"_s, client},
+                                {u"code"_s, code},
+                                {u"redirect_uri"_s, redirectUri}} +
                          further);
     }
     RawReply refresh(const QString& refreshToken) {
-        return postToken({{QStringLiteral("grant_type"), QStringLiteral("refresh_token")},
-                          {QStringLiteral("client_id"), QStringLiteral("client-1")},
-                          {QStringLiteral("refresh_token"), refreshToken}});
+        return postToken({{u"grant_type"_s, u"refresh_token"_s},
+                          {u"client_id"_s, u"client-1"_s},
+                          {u"refresh_token"_s, refreshToken}});
     }
     RawReply userInfo(const QString& accessToken) {
         return RawHttp::exchange(drive_.url(), RawHttp::request("GET", "/oauth2/v3/userinfo",
@@ -332,8 +331,8 @@ private:
         RawHttp::exchange(drive_.url(), RawHttp::request("GET", "/icons/folder.png"));
     }
 
-    LocalDriveProcess drive_{{QStringLiteral("--client"), QStringLiteral("pinned:secret")}};
-    const QString verifier_ = QStringLiteral("0123456789abcdefghijklmnopqrstuvwxyzABCDEFG");
+    LocalDriveProcess drive_{{u"--client"_s, u"pinned:secret"_s}};
+    const QString verifier_ = u"0123456789abcdefghijklmnopqrstuvwxyzABCDEFG"_s;
 };
 
 QTEST_GUILESS_MAIN(TestLocalServer)

@@ -5,37 +5,35 @@
 #include <QTest>
 
 using namespace quenby::testing;
+using namespace Qt::StringLiterals;
 
 namespace {
 
 const QByteArray permissions = "/sharing/permissions";
-const QString writer = QStringLiteral("writer");
-const QString reader = QStringLiteral("reader");
-const QString commenter = QStringLiteral("commenter");
-const QString guest = QStringLiteral("guest@example.com");
+const QString writer = u"writer"_s;
+const QString reader = u"reader"_s;
+const QString commenter = u"commenter"_s;
+const QString guest = u"guest@example.com"_s;
 
 QString dataOf(const RawReply& page, const char* name) {
-    const QRegularExpression attribute(QStringLiteral("data-%1=\"([^\"]*)\"").arg(QString::fromLatin1(name)));
-    return attribute.match(QString::fromUtf8(page.body))
-        .captured(1)
-        .replace(QStringLiteral("&quot;"), QStringLiteral("\""));
+    const QRegularExpression attribute(u"data-%1=\"([^\"]*)\""_s.arg(QString::fromLatin1(name)));
+    return attribute.match(QString::fromUtf8(page.body)).captured(1).replace(u"&quot;"_s, u"\""_s);
 }
 
 // "ADDRESS ROLE" of everybody but the owner.
 QStringList guestsIn(const QJsonObject& state) {
     QStringList guests;
-    for (const QJsonValue person : state[QLatin1String("people")].toArray()) {
-        if (person[QLatin1String("role")] != QLatin1String("owner"))
-            guests.append(person[QLatin1String("email")].toString() + QLatin1Char(' ') +
-                          person[QLatin1String("role")].toString());
+    for (const QJsonValue person : state["people"_L1].toArray()) {
+        if (person["role"_L1] != "owner"_L1)
+            guests.append(person["email"_L1].toString() + ' '_L1 + person["role"_L1].toString());
     }
     guests.sort();
     return guests;
 }
 
-QByteArray roleBody(const QString& role) { return QJsonDocument(QJsonObject{{QStringLiteral("role"), role}}).toJson(); }
+QByteArray roleBody(const QString& role) { return QJsonDocument(QJsonObject{{u"role"_s, role}}).toJson(); }
 QByteArray peopleBody(const QString& people, const QString& role) {
-    return QJsonDocument(QJsonObject{{QStringLiteral("people"), people}, {QStringLiteral("role"), role}}).toJson();
+    return QJsonDocument(QJsonObject{{u"people"_s, people}, {u"role"_s, role}}).toJson();
 }
 
 } // namespace
@@ -47,9 +45,9 @@ private Q_SLOTS:
     void initTestCase() {
         QVERIFY2(drive_.start(), drive_.log());
         client_ = std::make_unique<LocalClient>(drive_);
-        refreshToken_ = drive_.grant()[QLatin1String("refresh_token")].toString();
+        refreshToken_ = drive_.grant()["refresh_token"_L1].toString();
     }
-    void init() { file_ = newFile(QStringLiteral("<Plan> & \"more\"")); }
+    void init() { file_ = newFile(u"<Plan> & \"more\""_s); }
     // The address with its token and the dialogs' keys stay out of the log.
     void cleanupTestCase() {
         const QByteArray log = drive_.log();
@@ -63,7 +61,7 @@ private Q_SLOTS:
         const QByteArray policy = page.header("Content-Security-Policy");
         QVERIFY(policy.contains("default-src 'none'") && policy.contains("script-src 'self'"));
         QVERIFY(!policy.contains("unsafe") && policy.contains("frame-ancestors 'none'"));
-        QVERIFY(!QRegularExpression(QStringLiteral("<script(?! src)|\\son\\w+=|\\sstyle="))
+        QVERIFY(!QRegularExpression(u"<script(?! src)|\\son\\w+=|\\sstyle="_s)
                      .match(QString::fromUtf8(page.body))
                      .hasMatch());
         QVERIFY(page.body.contains("Share “&lt;Plan&gt; &amp; &quot;more&quot;”"));
@@ -71,20 +69,19 @@ private Q_SLOTS:
         QVERIFY(page.header("Set-Cookie").isEmpty());
         QVERIFY2(!page.body.contains(refreshToken_.toLatin1()), "the token came back in the page");
         const QJsonObject state = QJsonDocument::fromJson(dataOf(page, "state").toUtf8()).object();
-        QCOMPARE(state[QLatin1String("linkRole")].toString(), QStringLiteral("off"));
-        QVERIFY(state[QLatin1String("canShare")].toBool());
-        QVERIFY(state[QLatin1String("people")][0][QLatin1String("isYou")].toBool());
+        QCOMPARE(state["linkRole"_L1].toString(), u"off"_s);
+        QVERIFY(state["canShare"_L1].toBool());
+        QVERIFY(state["people"_L1][0]["isYou"_L1].toBool());
     }
 
     void whoMayOpenIt_data() {
         QTest::addColumn<QString>("token");
         QTest::addColumn<bool>("knownFile");
         QTest::addColumn<int>("status");
-        const QString other =
-            drive_.grant(QStringLiteral("stranger@example.com"))[QLatin1String("refresh_token")].toString();
+        const QString other = drive_.grant(u"stranger@example.com"_s)["refresh_token"_L1].toString();
         QTest::newRow("refresh token") << refreshToken_ << true << 200;
         QTest::newRow("access token") << QString::fromLatin1(drive_.newAccessToken()) << true << 200;
-        QTest::newRow("wrong token") << QStringLiteral("wrong") << true << 403;
+        QTest::newRow("wrong token") << u"wrong"_s << true << 403;
         QTest::newRow("no token and no cookie") << QString() << true << 403;
         QTest::newRow("somebody who can't see the file") << other << true << 404;
         QTest::newRow("no such file") << refreshToken_ << false << 404;
@@ -93,7 +90,7 @@ private Q_SLOTS:
         QFETCH(QString, token);
         QFETCH(bool, knownFile);
         QFETCH(int, status);
-        const RawReply page = show(token, knownFile ? file_ : QStringLiteral("nonesuch"));
+        const RawReply page = show(token, knownFile ? file_ : u"nonesuch"_s);
         QCOMPARE(page.status, status);
         QCOMPARE(dataOf(page, "key").isEmpty(), status != 200);
         QVERIFY2(page.body.contains("class=\"dialog"), "even a refusal is a dialog that can be measured and closed");
@@ -103,31 +100,29 @@ private Q_SLOTS:
     void changesAreTheApis() {
         const QByteArray key = open();
         const qint64 before = largestChange();
-        const QString both = guest + QStringLiteral(", second@example.com");
+        const QString both = guest + u", second@example.com"_s;
         QCOMPARE(guestsIn(ask(key, "POST", permissions, peopleBody(both, writer))),
-                 (QStringList{guest + QStringLiteral(" writer"), QStringLiteral("second@example.com writer")}));
+                 (QStringList{guest + u" writer"_s, u"second@example.com writer"_s}));
         const QString guestId = permissionIdOf(guest);
         QVERIFY(!guestId.isEmpty());
-        QCOMPARE(guestsIn(ask(key, "PUT", one(guestId), roleBody(commenter))).first(),
-                 guest + QStringLiteral(" commenter"));
-        QVERIFY(!guestsIn(ask(key, "DELETE", one(guestId), {})).join(QLatin1Char(' ')).contains(guest));
+        QCOMPARE(guestsIn(ask(key, "PUT", one(guestId), roleBody(commenter))).first(), guest + u" commenter"_s);
+        QVERIFY(!guestsIn(ask(key, "DELETE", one(guestId), {})).join(' '_L1).contains(guest));
         QCOMPARE(permissionIdOf(guest), QString());
-        QVERIFY(!permissionIdOf(QStringLiteral("second@example.com")).isEmpty());
+        QVERIFY(!permissionIdOf(u"second@example.com"_s).isEmpty());
         QVERIFY(largestChange() >= before + 4);
     }
 
     void linkIsSwitched() {
         const QByteArray key = open();
-        const QString stranger =
-            drive_.grant(QStringLiteral("stranger@example.com"))[QLatin1String("refresh_token")].toString();
+        const QString stranger = drive_.grant(u"stranger@example.com"_s)["refresh_token"_L1].toString();
         for (const QString& role : {reader, writer}) {
-            const QJsonObject state = ask(key, "PUT", one(QStringLiteral("anyoneWithLink")), roleBody(role));
-            QCOMPARE(state[QLatin1String("linkRole")].toString(), role);
+            const QJsonObject state = ask(key, "PUT", one(u"anyoneWithLink"_s), roleBody(role));
+            QCOMPARE(state["linkRole"_L1].toString(), role);
             QCOMPARE(guestsIn(state), QStringList());
             QCOMPARE(show(stranger).status, 200);
         }
-        const QJsonObject off = ask(key, "DELETE", one(QStringLiteral("anyoneWithLink")), {});
-        QCOMPARE(off[QLatin1String("linkRole")].toString(), QStringLiteral("off"));
+        const QJsonObject off = ask(key, "DELETE", one(u"anyoneWithLink"_s), {});
+        QCOMPARE(off["linkRole"_L1].toString(), u"off"_s);
         QCOMPARE(show(stranger).status, 404);
     }
 
@@ -136,15 +131,15 @@ private Q_SLOTS:
         QTest::addColumn<QString>("permission");
         QTest::addColumn<QByteArray>("body");
         QTest::addColumn<int>("status");
-        const QString owner = QStringLiteral("owner");
+        const QString owner = u"owner"_s;
         const QByteArray good = peopleBody(guest, reader);
-        QTest::newRow("nobody") << QByteArray("POST") << QString() << peopleBody(QStringLiteral(" ,"), reader) << 400;
+        QTest::newRow("nobody") << QByteArray("POST") << QString() << peopleBody(u" ,"_s, reader) << 400;
         QTest::newRow("one bad address of two")
-            << QByteArray("POST") << QString() << peopleBody(guest + QStringLiteral(" nonsense"), reader) << 400;
+            << QByteArray("POST") << QString() << peopleBody(guest + u" nonsense"_s, reader) << 400;
         QTest::newRow("an owner") << QByteArray("POST") << QString() << peopleBody(guest, owner) << 400;
         QTest::newRow("less for the owner") << QByteArray("PUT") << owner << roleBody(reader) << 403;
         QTest::newRow("without the owner") << QByteArray("DELETE") << owner << QByteArray() << 403;
-        QTest::newRow("no such permission") << QByteArray("PUT") << QStringLiteral("17") << roleBody(reader) << 404;
+        QTest::newRow("no such permission") << QByteArray("PUT") << u"17"_s << roleBody(reader) << 404;
         QTest::newRow("no JSON") << QByteArray("POST") << QString() << QByteArray("people=x") << 400;
     }
     void wishesAreRefused() {
@@ -152,12 +147,12 @@ private Q_SLOTS:
         QFETCH(QString, permission);
         QFETCH(QByteArray, body);
         QFETCH(int, status);
-        if (permission == QLatin1String("owner"))
-            permission = permissionIdOf(QStringLiteral("robin.hale@example.com"));
+        if (permission == "owner"_L1)
+            permission = permissionIdOf(u"robin.hale@example.com"_s);
         const RawReply reply =
             askRaw(headersFor(open()), method, permission.isEmpty() ? permissions : one(permission), body);
         QCOMPARE(reply.status, status);
-        QVERIFY(!jsonOf(reply.body)[QLatin1String("error")][QLatin1String("message")].toString().isEmpty());
+        QVERIFY(!jsonOf(reply.body)["error"_L1]["message"_L1].toString().isEmpty());
         QCOMPARE(permissionIdOf(guest), QString());
     }
 
@@ -180,7 +175,7 @@ private Q_SLOTS:
 
     // A key is good for its file and no longer than the sign-in.
     void keyEndsWithTheSignIn() {
-        const QString mine = drive_.grant()[QLatin1String("refresh_token")].toString();
+        const QString mine = drive_.grant()["refresh_token"_L1].toString();
         const QByteArray key = dataOf(show(mine), "key").toLatin1();
         QCOMPARE(askRaw(headersFor(key), "GET", permissions, {}).status, 200);
         RawHttp::exchange(drive_.url(), RawHttp::request("GET", "/o/oauth2/revoke?token=" + mine.toLatin1()));
@@ -190,39 +185,37 @@ private Q_SLOTS:
 
     void readersOnlyLook() {
         ask(open(), "POST", permissions, peopleBody(guest, reader));
-        const RawReply page = show(drive_.grant(guest)[QLatin1String("refresh_token")].toString());
-        QVERIFY(dataOf(page, "state").contains(QStringLiteral("\"canShare\":false")));
+        const RawReply page = show(drive_.grant(guest)["refresh_token"_L1].toString());
+        QVERIFY(dataOf(page, "state").contains(u"\"canShare\":false"_s));
         const RawReply reply = askRaw(headersFor(dataOf(page, "key").toLatin1()), "POST", permissions,
-                                      peopleBody(QStringLiteral("third@example.com"), reader));
+                                      peopleBody(u"third@example.com"_s, reader));
         QCOMPARE(reply.status, 403);
     }
 
 private:
     QString newFile(const QString& title) {
-        const QJsonObject resource{{QStringLiteral("title"), title}};
-        const RawReply reply =
-            client_->call(QStringLiteral("drive.files.insert"), {{QStringLiteral("resource"), resource}});
-        return jsonOf(reply.body)[QLatin1String("result")][QLatin1String("id")].toString();
+        const QJsonObject resource{{u"title"_s, title}};
+        const RawReply reply = client_->call(u"drive.files.insert"_s, {{u"resource"_s, resource}});
+        return jsonOf(reply.body)["result"_L1]["id"_L1].toString();
     }
     QString permissionIdOf(const QString& email) {
-        const RawReply reply =
-            client_->call(QStringLiteral("drive.permissions.list"), {{QStringLiteral("fileId"), file_}});
-        for (const QJsonValue item : jsonOf(reply.body)[QLatin1String("result")][QLatin1String("items")].toArray())
-            if (item[QLatin1String("emailAddress")].toString() == email)
-                return item[QLatin1String("id")].toString();
+        const RawReply reply = client_->call(u"drive.permissions.list"_s, {{u"fileId"_s, file_}});
+        for (const QJsonValue item : jsonOf(reply.body)["result"_L1]["items"_L1].toArray())
+            if (item["emailAddress"_L1].toString() == email)
+                return item["id"_L1].toString();
         return {};
     }
     qint64 largestChange() {
         const QJsonObject about = jsonOf(client_->about().body);
-        return about[QLatin1String("result")][QLatin1String("largestChangeId")].toString().toLongLong();
+        return about["result"_L1]["largestChangeId"_L1].toString().toLongLong();
     }
 
     RawReply show(const QString& token) { return show(token, file_); }
     RawReply show(const QString& token, const QString& file) {
-        const QByteArray query = formOf({{QStringLiteral("shareUiType"), QStringLiteral("default")},
-                                         {QStringLiteral("access_token"), token},
-                                         {QStringLiteral("command"), QStringLiteral("settings")},
-                                         {QStringLiteral("id"), file}});
+        const QByteArray query = formOf({{u"shareUiType"_s, u"default"_s},
+                                         {u"access_token"_s, token},
+                                         {u"command"_s, u"settings"_s},
+                                         {u"id"_s, file}});
         return RawHttp::exchange(drive_.url(), RawHttp::request("GET", "/sharing/share?" + query));
     }
     QByteArray open() { return dataOf(show(refreshToken_, file_), "key").toLatin1(); }

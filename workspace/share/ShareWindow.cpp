@@ -1,9 +1,9 @@
 #include "workspace/share/ShareWindow.h"
 
 #include "core/Redaction.h"
+#include "widgets/ActivityIndicator.h"
 #include "workspace/share/MeasuringScript.h"
 #include "workspace/share/ProblemPane.h"
-#include "workspace/share/ProgressIndicator.h"
 #include "workspace/share/ShareTitleBar.h"
 #include "workspace/share/ctmWindow.h"
 
@@ -83,14 +83,12 @@ void ShareWindow::loadStarted() {
     webShare_->widget()->show();
     progressIndicator_->show();
     progressIndicator_->raise();
-    progressIndicator_->startAnimation();
 }
 
 void ShareWindow::loadFinished() {
     if (hasFailed_ || webShare_->isLoading() || window_->isDismissed())
         return;
     done_ = true;
-    progressIndicator_->stopAnimation();
     progressIndicator_->hide();
     webShare_->widget()->setFocus();
     webShare_->evaluate(measuringScript(), this,
@@ -101,7 +99,6 @@ void ShareWindow::tellProblem(const QString& heading, const QString& text, bool 
     if (window_->isDismissed())
         return;
     hasFailed_ = true;
-    progressIndicator_->stopAnimation();
     progressIndicator_->hide();
     if (webShare_)
         webShare_->widget()->hide();

@@ -15,7 +15,7 @@
 namespace quenby {
 
 class ctmWindow;
-class ProgressIndicator;
+class ActivityIndicator;
 
 // Threads: the main thread. The views' maker must outlive it.
 class ShareWindow final : public QObject {
@@ -53,7 +53,7 @@ private:
     const ShareWindowUi ui_;
     // Below the window, because it must go before the widget that it is shown in.
     std::unique_ptr<WebView> webShare_;
-    QPointer<ProgressIndicator> progressIndicator_;
+    QPointer<ActivityIndicator> progressIndicator_;
     QUrl address_;
     bool done_ = false;
     bool hasFailed_ = false; // since the page began to load

@@ -1,7 +1,7 @@
 #include "workspace/share/ShareWindowUi.h"
 
+#include "widgets/ActivityIndicator.h"
 #include "workspace/share/ProblemPane.h"
-#include "workspace/share/ProgressIndicator.h"
 #include "workspace/share/ShareFrame.h"
 #include "workspace/share/ShareTitleBar.h"
 #include "workspace/share/ctmWindow.h"
@@ -17,14 +17,19 @@ namespace {
 
 constexpr QSize initialSize(480, 476);
 constexpr int border = 1;
+constexpr int wheelDiameter = 28;
 
 } // namespace
 
 ShareWindowUi::ShareWindowUi(ctmWindow& window)
     : titleBar(new ShareTitleBar(&window))
-    , progressIndicator(new ProgressIndicator(&window))
+    , progressIndicator(new ActivityIndicator(&window))
     , problem(new ProblemPane(&window))
     , content(new QGridLayout) {
+    progressIndicator->setDiameter(wheelDiameter);
+    progressIndicator->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    progressIndicator->setAutoFillBackground(true); // the page below is not to be seen before it is whole
+    progressIndicator->setAccessibleName(QStringLiteral("Loading"));
     content->setContentsMargins(0, 0, 0, 0);
     content->addWidget(progressIndicator, 0, 0);
     content->addWidget(problem, 0, 0);

@@ -9,7 +9,7 @@ namespace quenby {
 
 class ctmWindow;
 class ProblemPane;
-class ProgressIndicator;
+class ActivityIndicator;
 class ShareTitleBar;
 
 // The widgets belong to the window.
@@ -17,7 +17,7 @@ struct ShareWindowUi {
     explicit ShareWindowUi(ctmWindow& window);
 
     ShareTitleBar* titleBar;
-    ProgressIndicator* progressIndicator;
+    ActivityIndicator* progressIndicator;
     ProblemPane* problem;
     // The page, the indicator and the problem lie on one another in its one cell.
     QGridLayout* content;

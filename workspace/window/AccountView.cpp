@@ -1,7 +1,7 @@
 #include "workspace/window/AccountView.h"
 
+#include "widgets/QuotaBar.h"
 #include "workspace/window/AccountViewUi.h"
-#include "workspace/window/QuotaBar.h"
 #include "workspace/window/UploadRows.h"
 
 #include <QLabel>

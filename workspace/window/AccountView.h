@@ -4,11 +4,12 @@
 // Threads: the main thread.
 #pragma once
 
+#include "core/AccountDisplay.h"
+
 #include <QString>
 #include <QWidget>
 
 #include <memory>
-#include <optional>
 
 class QMenu;
 
@@ -16,13 +17,6 @@ namespace quenby {
 
 struct AccountViewUi;
 class UploadRows;
-
-struct AccountDisplay {
-    QString userName;
-    QString accountName; // the e-mail address
-    QString quota;       // "37% of 15 GB used", or why there is nothing to tell
-    std::optional<int> percentUsed;
-};
 
 class AccountView : public QWidget {
     Q_OBJECT

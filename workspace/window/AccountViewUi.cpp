@@ -1,7 +1,7 @@
 #include "workspace/window/AccountViewUi.h"
 
-#include "workspace/window/QuotaBar.h"
-#include "workspace/window/SecondaryLabel.h"
+#include "widgets/QuotaBar.h"
+#include "widgets/SecondaryLabel.h"
 #include "workspace/window/UploadRowDelegate.h"
 
 #include <QHBoxLayout>

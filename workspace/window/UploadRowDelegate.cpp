@@ -1,6 +1,6 @@
 #include "workspace/window/UploadRowDelegate.h"
 
-#include "workspace/window/ProgressPainting.h"
+#include "widgets/ProgressPainting.h"
 #include "workspace/window/UploadRows.h"
 
 #include <QApplication>

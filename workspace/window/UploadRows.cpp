@@ -1,6 +1,6 @@
 #include "workspace/window/UploadRows.h"
 
-#include "workspace/window/PlainToolTip.h"
+#include "widgets/PlainToolTip.h"
 
 #include <algorithm>
 

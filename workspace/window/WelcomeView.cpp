@@ -1,6 +1,6 @@
 #include "workspace/window/WelcomeView.h"
 
-#include "workspace/window/ActivityIndicator.h"
+#include "widgets/ActivityIndicator.h"
 #include "workspace/window/WelcomeViewUi.h"
 
 #include <QAccessible>

@@ -1,8 +1,8 @@
 #include "workspace/window/WelcomeViewUi.h"
 
-#include "workspace/window/ActivityIndicator.h"
-#include "workspace/window/ElidedLabel.h"
-#include "workspace/window/SecondaryLabel.h"
+#include "widgets/ActivityIndicator.h"
+#include "widgets/ElidedLabel.h"
+#include "widgets/SecondaryLabel.h"
 
 #include <QApplication>
 #include <QHBoxLayout>

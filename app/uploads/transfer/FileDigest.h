@@ -1,8 +1,9 @@
-// The MD5 sum of an open file, computed on a thread of its own in constant memory.
+// The MD5 sum of an open file, computed on a thread of its own in constant memory. That thread makes way for all
+// others: the window's first of all.
 //
-// Threads: made and destroyed on the thread that gets the result. Destroying it makes the thread stop soon and waits
-// for that; the result then never comes. The file's position is neither used nor moved, so that the file can be sent
-// at the same time.
+// Threads: made and destroyed on the thread that gets the result. Destroying it makes the thread stop soon, without
+// waiting for that; the result then never comes. The file stays open until the thread has stopped. The file's position
+// is neither used nor moved, so that the file can be sent at the same time.
 #pragma once
 
 #include "core/CompletionGate.h"
@@ -14,7 +15,6 @@
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <thread>
 
 namespace quenby {
 
@@ -30,8 +30,7 @@ public:
 
 private:
     CompletionGate<Result<QByteArray>> gate_;
-    std::atomic_bool isStopped_{false};
-    std::thread thread_;
+    const std::shared_ptr<std::atomic_bool> isStopped_; // the thread's too
 };
 
 } // namespace quenby

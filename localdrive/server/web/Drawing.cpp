@@ -1,11 +1,10 @@
 #include "localdrive/server/web/Drawing.h"
 
+#include "localdrive/server/web/Png.h"
 #include "localdrive/store/NativeTypes.h"
 
 #include <QHash>
-#include <QtEndian>
-
-#include <zlib.h>
+#include <QRandomGenerator>
 
 namespace quenby::localdrive {
 namespace {
@@ -36,24 +35,20 @@ bool isSheetPixel(int x, int y) { return x >= 6 && x < 26 && y >= 3 && y < 29 &&
 // Lines of writing on the sheet.
 bool isInk(int x, int y) { return x >= 10 && x < 22 && y >= 12 && y < 25 && y % 4 == 0; }
 
-// PNG, section 5.3: length, type, data and a checksum of type and data.
-QByteArray chunk(const QByteArray& type, const QByteArray& data) {
-    const QByteArray checked = type + data;
-    const auto* bytes = reinterpret_cast<const Bytef*>(checked.constData());
-    const auto sum = static_cast<quint32>(::crc32(0, bytes, static_cast<uInt>(checked.size())));
-    QByteArray ends(8, '\0');
-    qToBigEndian(static_cast<quint32>(data.size()), ends.data());
-    qToBigEndian(sum, ends.data() + 4);
-    return ends.first(4) + checked + ends.last(4);
+void append(QByteArray& pixels, Colour colour, quint8 alpha = 0xff) {
+    for (const quint8 sample : {colour.red, colour.green, colour.blue, alpha})
+        pixels.append(static_cast<char>(sample));
 }
 
-QByteArray header() {
-    QByteArray data(13, '\0');
-    qToBigEndian<quint32>(side, data.data());
-    qToBigEndian<quint32>(side, data.data() + 4);
-    data[8] = 8; // bits a sample
-    data[9] = 6; // red, green, blue, alpha
-    return data;
+// From one colour to the other, `part` of `whole` of the way.
+Colour between(Colour one, Colour other, int part, int whole) {
+    const auto mixed = [=](int from, int to) { return static_cast<quint8>(from + (to - from) * part / whole); };
+    return {mixed(one.red, other.red), mixed(one.green, other.green), mixed(one.blue, other.blue)};
+}
+
+// A hill's height at this column: a parabola around its middle.
+int hillHeight(int x, int middle, int height, int width) {
+    return height - height * (x - middle) * (x - middle) / (width * width);
 }
 
 } // namespace
@@ -63,20 +58,49 @@ std::optional<QByteArray> iconPng(const QString& name) {
         return std::nullopt;
     const Colour colour = colourOf(name);
     const bool isFolder = name == QLatin1String("folder");
-    QByteArray rows;
+    QByteArray pixels;
     for (int y = 0; y < side; ++y) {
-        rows.append('\0'); // no filter
         for (int x = 0; x < side; ++x) {
             const bool isFilled = isFolder ? isFolderPixel(x, y) : isSheetPixel(x, y);
             const bool isWhite = isFilled && !isFolder && isInk(x, y);
-            for (const quint8 sample : {colour.red, colour.green, colour.blue})
-                rows.append(static_cast<char>(isWhite ? 0xff : sample));
-            rows.append(static_cast<char>(isFilled ? 0xff : 0));
+            append(pixels, isWhite ? Colour{0xff, 0xff, 0xff} : colour, isFilled ? 0xff : 0);
         }
     }
-    constexpr int lengthPrefix = 4; // that qCompress puts before the zlib stream
-    return QByteArray("\x89PNG\r\n\x1a\n") + chunk("IHDR", header()) +
-           chunk("IDAT", qCompress(rows).mid(lengthPrefix)) + chunk("IEND", {});
+    return encodedPng(side, side, pixels);
+}
+
+QByteArray landscapePng(quint32 seed) {
+    constexpr int width = 320;
+    constexpr int height = 220;
+    QRandomGenerator random(seed);
+    const auto colour = [&random](int least, int most) {
+        const auto sample = [&] { return static_cast<quint8>(random.bounded(least, most)); };
+        return Colour{sample(), sample(), sample()};
+    };
+    const Colour zenith = colour(30, 160);
+    const Colour horizon = colour(170, 256);
+    const Colour sun{0xff, static_cast<quint8>(random.bounded(160, 256)), 0x90};
+    const Colour hills[] = {colour(40, 120), colour(20, 80)};
+    const int middles[] = {random.bounded(width), random.bounded(width)};
+    const int sunX = random.bounded(40, width - 40);
+    const int sunY = random.bounded(30, height / 2);
+    constexpr int sunRadius = 18;
+
+    QByteArray pixels;
+    pixels.reserve(4 * width * height);
+    for (int y = 0; y < height; ++y) {
+        const Colour sky = between(zenith, horizon, y, height);
+        for (int x = 0; x < width; ++x) {
+            const int fromSun = (x - sunX) * (x - sunX) + (y - sunY) * (y - sunY);
+            if (height - y < hillHeight(x, middles[1], height / 4, width))
+                append(pixels, hills[1]);
+            else if (height - y < hillHeight(x, middles[0], height / 2, width))
+                append(pixels, hills[0]);
+            else
+                append(pixels, fromSun < sunRadius * sunRadius ? sun : sky);
+        }
+    }
+    return encodedPng(width, height, pixels);
 }
 
 } // namespace quenby::localdrive

@@ -1,7 +1,6 @@
 #include "platform/linux/desktop/BusNotifications.h"
 
 #include "platform/linux/desktop/BusCall.h"
-#include "platform/linux/desktop/NotificationText.h"
 #include "platform/linux/desktop/NotifyCall.h"
 
 #include <QDBusMessage>
@@ -21,29 +20,12 @@ QDBusMessage callOf(const QString& method, const QVariantList& arguments = {}) {
     return call;
 }
 
-QVariantList notifyArguments(const Notification& notification, uint replaces, bool readsMarkup) {
-    QStringList actions;
-    for (const NotificationAction& action : notification.actions)
-        actions << action.key << action.label;
-    const QVariantMap hints{{QStringLiteral("desktop-entry"), QStringLiteral("org.quenby.Quenby")},
-                            {QStringLiteral("category"), QStringLiteral("transfer")}};
-    const int serverDecidesHowLong = -1;
-    return {QStringLiteral("Quenby"),
-            replaces,
-            QStringLiteral("quenby"),
-            notificationTitle(notification.title),
-            notificationBody(notification.text, readsMarkup),
-            actions,
-            hints,
-            serverDecidesHowLong};
-}
-
 } // namespace
 
 BusNotifications::BusNotifications(const QDBusConnection& bus)
     : bus_(bus)
     , service_(bus, serviceName) {
-    connect(&service_, &BusService::came, this, &BusNotifications::askCapabilities);
+    connect(&service_, &BusService::came, this, &BusNotifications::askAboutService);
     connect(&service_, &BusService::went, this, &BusNotifications::forgetService);
 }
 
@@ -71,7 +53,7 @@ quint64 BusNotifications::post(const Notification& notification) {
     if (knowledge_ == Knowledge::known)
         sendNext(place);
     else
-        askCapabilities();
+        askAboutService();
     return identifier;
 }
 
@@ -90,10 +72,21 @@ void BusNotifications::withdraw(quint64 identifier) {
     forgetEmptyPlaces();
 }
 
-void BusNotifications::askCapabilities() {
+void BusNotifications::askAboutService() {
     if (knowledge_ != Knowledge::none)
         return;
     knowledge_ = Knowledge::asked;
+    // The name comes first in the reply; older services tell less of the rest. One that doesn't tell is taken as usual.
+    whenReplied(bus_.asyncCall(callOf(QStringLiteral("GetServerInformation"))), this,
+                [this, number = serviceNumber_](const QDBusPendingReply<QString>& reply) {
+                    if (number != serviceNumber_)
+                        return;
+                    traits_.drawsClickAsButton = reply.isValid() && drawsClickAsButton(reply.value());
+                    askCapabilities();
+                });
+}
+
+void BusNotifications::askCapabilities() {
     whenReplied(bus_.asyncCall(callOf(QStringLiteral("GetCapabilities"))), this,
                 [this, number = serviceNumber_](const QDBusPendingReply<QStringList>& reply) {
                     if (number != serviceNumber_)
@@ -107,8 +100,8 @@ void BusNotifications::askCapabilities() {
 
 void BusNotifications::takeCapabilities(const QStringList& capabilities) {
     knowledge_ = Knowledge::known;
-    readsMarkup_ = capabilities.contains(QLatin1String("body-markup"));
-    hasButtons_ = capabilities.contains(QLatin1String("actions"));
+    traits_.readsMarkup = capabilities.contains(QLatin1String("body-markup"));
+    traits_.hasButtons = capabilities.contains(QLatin1String("actions"));
     for (Place& place : places_)
         sendNext(place);
 }
@@ -116,7 +109,7 @@ void BusNotifications::takeCapabilities(const QStringList& capabilities) {
 void BusNotifications::forgetService() {
     ++serviceNumber_;
     knowledge_ = Knowledge::none;
-    readsMarkup_ = hasButtons_ = false;
+    traits_ = {};
     endAll();
 }
 
@@ -139,9 +132,10 @@ void BusNotifications::sendNext(Place& place) {
         tellClosed(place.current);
     const Numbered next = *std::exchange(place.next, std::nullopt);
     place.current = next.identifier;
+    place.clickKey = next.notification.clickKey;
     place.isSending = true;
     place.isWithdrawn = false;
-    const QVariantList arguments = notifyArguments(next.notification, place.onServer, readsMarkup_);
+    const QVariantList arguments = notifyArguments(next.notification, place.onServer, traits_);
     new NotifyCall(
         bus_, callOf(QStringLiteral("Notify"), arguments), this,
         [this, identifier = next.identifier](std::optional<uint> onServer) { takeReply(identifier, onServer); });
@@ -232,8 +226,12 @@ void BusNotifications::listenWhileNeeded() {
 }
 
 void BusNotifications::takeActionInvoked(uint onServer, const QString& key) {
-    if (const Place* place = placeOnServer(onServer); place && onServer != 0)
-        Q_EMIT actionInvoked(place->current, key);
+    const Place* const place = placeOnServer(onServer);
+    if (!place || onServer == 0)
+        return;
+    const QString ours = key == keyOfClick ? place->clickKey : key;
+    if (!ours.isEmpty())
+        Q_EMIT actionInvoked(place->current, ours);
 }
 
 void BusNotifications::takeNotificationClosed(uint onServer, uint) {

@@ -6,6 +6,7 @@
 
 #include "platform/Notifications.h"
 #include "platform/linux/desktop/BusService.h"
+#include "platform/linux/desktop/NotifyArguments.h"
 
 #include <QDBusConnection>
 
@@ -25,7 +26,7 @@ public:
     quint64 post(const Notification& notification) override;
     void withdraw(quint64 identifier) override;
     // False until the service has told.
-    bool hasButtons() const override { return hasButtons_; }
+    bool hasButtons() const override { return traits_.hasButtons; }
 
 private:
     struct Numbered {
@@ -38,12 +39,14 @@ private:
     struct Place {
         QString tag;
         quint64 current = 0;      // the notification that was sent; 0 before the first
+        QString clickKey;         // what a click on it invokes
         uint onServer = 0;        // the service's number for the place
         bool isSending = false;   // the reply to the current one is not there yet
         bool isWithdrawn = false; // the current one is to go as soon as the reply is there
         std::optional<Numbered> next;
     };
 
+    void askAboutService();
     void askCapabilities();
     void takeCapabilities(const QStringList& capabilities);
     void forgetService();
@@ -74,8 +77,7 @@ private:
     BusService service_;
     Knowledge knowledge_ = Knowledge::none;
     quint64 serviceNumber_ = 0; // tells the replies of services apart that came one after the other
-    bool readsMarkup_ = false;
-    bool hasButtons_ = false;
+    NotificationServiceTraits traits_;
     bool isListening_ = false;
     quint64 lastIdentifier_ = 0;
     std::list<Place> places_;

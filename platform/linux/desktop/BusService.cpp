@@ -34,8 +34,8 @@ void BusService::ask() {
     QDBusMessage question = questionToBus(QStringLiteral("NameHasOwner"));
     question << name_;
     whenReplied(bus_.asyncCall(question), this, [this](const QDBusPendingReply<bool>& reply) {
-        if (presence_ != Presence::unknown)
-            return; // the bus told meanwhile
+        if (wasTold_)
+            return; // of what happened after this reply, which a signal may overtake
         if (reply.isValid() && reply.value()) {
             presence_ = Presence::running;
             Q_EMIT came();
@@ -55,6 +55,7 @@ void BusService::askWhetherStartable() {
 }
 
 void BusService::setOwner(const QString& owner) {
+    wasTold_ = true;
     const bool wasRunning = presence_ == Presence::running;
     presence_ = owner.isEmpty() ? Presence::unknown : Presence::running;
     if (owner.isEmpty())

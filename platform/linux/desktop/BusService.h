@@ -38,6 +38,7 @@ private:
     QString name_;
     QDBusServiceWatcher* watcher_; // a child
     Presence presence_ = Presence::unknown;
+    bool wasTold_ = false; // by the bus, unasked
 };
 
 } // namespace quenby

@@ -3,6 +3,7 @@
 #include "app/agent/AppDelegate.h"
 #include "app/agent/HandoverLines.h"
 #include "driveapi/GTLServiceDrive.h"
+#include "oauth2/window/GTMOAuth2WindowUi.h"
 #include "tests/app/session/KeptGrant.h"
 #include "tests/oauth2/FakeReachability.h"
 #include "tests/platform/fakes/FakeAlerts.h"
@@ -89,8 +90,12 @@ private Q_SLOTS:
         window()->close();
         QVERIFY(delegate_->applicationShouldHandleReopen() && window()->isVisible());
         window()->close();
+        Q_EMIT hosts_->fake()->clicked();
+        QVERIFY(window()->isVisible() && !popover());
         Q_EMIT hosts_->fake()->middleClicked();
-        QVERIFY(window()->isVisible());
+        QVERIFY(popover() && popover()->isVisible());
+        Q_EMIT hosts_->fake()->middleClicked();
+        QVERIFY(!popover()->isVisible());
         delegate_->applicationWillTerminate();
         QCOMPARE(caches_->removed().mid(1),
                  (QStringList{u"ScreenShotCaches"_s, u"ScreenCastCache"_s, u"imageCache"_s}));
@@ -254,11 +259,23 @@ private Q_SLOTS:
 
     void reasonsToEnd() {
         QSignalSpy quit(delegate_.get(), &AppDelegate::quitRequested);
+        keep(keptGrant(*local_, owner));
         launch();
-        QTRY_COMPARE(webViews_->views.size(), 1U); // underneath the sign-in dialog, too
+        QTRY_VERIFY_WITH_TIMEOUT(hosts_->fake() && hosts_->fake()->face(), patiently);
+        delegate_->logoutUser();
+        QTRY_VERIFY_WITH_TIMEOUT(visibleSheet(), patiently);
+        choose(u"Quit Quenby"_s); // not underneath the sign-in dialog, which says why
+        QCOMPARE(quit.size(), 0);
+        QVERIFY(visibleSheet()->notice().contains(u"To quit"_s));
         sessionEnd_->requestEnd();
         sessionEnd_->requestEnd();
         QCOMPARE(quit.size(), 2);
+        instance_->playNewerInstance();
+        QCOMPARE(quit.size(), 3);
+        visibleSheet()->reject();
+        QVERIFY(!visibleSheet());
+        choose(u"Quit Quenby"_s);
+        QCOMPARE(quit.size(), 4);
         delegate_->applicationWillTerminate();
         defaults_->tellTrouble(u"The settings are damaged."_s);
         QCOMPARE(alerts_->shown().last().alert.informativeText, u"The settings are damaged."_s);
@@ -293,13 +310,16 @@ private:
             complete += upload["complete"_L1].toBool();
         return complete;
     }
-    static WorkspaceWindow* window() {
+    template <typename Window>
+    static Window* topLevel() {
         for (QWidget* widget : QApplication::topLevelWidgets()) {
-            if (auto* found = qobject_cast<WorkspaceWindow*>(widget))
+            if (auto* found = qobject_cast<Window*>(widget))
                 return found;
         }
         return nullptr;
     }
+    static WorkspaceWindow* window() { return topLevel<WorkspaceWindow>(); }
+    static PopoverWindow* popover() { return topLevel<PopoverWindow>(); } // null before it was first opened
     static bool shows(const QString& text) {
         for (const QLabel* label : window()->findChildren<QLabel*>()) {
             if (label->isVisible() && label->text().contains(text))
@@ -307,12 +327,24 @@ private:
         }
         return false;
     }
-    bool visibleInMenu(const QString& text) const {
-        for (const QAction* action : hosts_->fake()->menu()->actions()) {
-            if (action->isVisible() && action->text().remove(QLatin1Char('&')) == text)
-                return true;
+    static GTMOAuth2Window* visibleSheet() {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (auto* found = qobject_cast<GTMOAuth2Window*>(widget); found && found->isVisible())
+                return found;
         }
-        return false;
+        return nullptr;
+    }
+    QAction* visibleInMenu(const QString& text) const {
+        for (QAction* action : hosts_->fake()->menu()->actions()) {
+            if (action->isVisible() && action->text().remove(QLatin1Char('&')) == text)
+                return action;
+        }
+        return nullptr;
+    }
+    void choose(const QString& text) const {
+        QAction* const action = visibleInMenu(text);
+        QVERIFY2(action && action->isEnabled(), qPrintable(text));
+        action->trigger();
     }
 
     std::unique_ptr<LocalDriveProcess> local_;

@@ -132,6 +132,20 @@ private Q_SLOTS:
         QVERIFY(drag.enter(view));
         QCOMPARE(view.grab().toImage().pixelColor(20, 20), QColor(170, 170, 170));
     }
+
+    // In a button's place there is an arrow still, and it keeps clear of the frame.
+    void aSmallOneHasItsArrow() {
+        dragFileImageView view;
+        view.setFixedSize(28, 28);
+        const QImage picture = view.grab().toImage();
+        const QColor ground = picture.pixelColor(14, 3);
+        int different = 0;
+        for (int y = 4; y < 24; ++y)
+            different += picture.pixelColor(14, y) != ground;
+        QVERIFY2(different >= 10, qPrintable(QString::number(different)));
+        for (int x = 9; x < 19; ++x)
+            QCOMPARE(picture.pixelColor(x, 4), ground);
+    }
 };
 
 QTEST_MAIN(DropViewTest)

@@ -6,8 +6,8 @@
 #include "app/session/SharingAddress.h"
 #include "core/Endpoints.h"
 #include "driveapi/GTLServiceDrive.h"
-#include "tests/driveapi/FakeNetwork.h"
 #include "tests/oauth2/FakeReachability.h"
+#include "tests/support/FakeNetwork.h"
 #include "tests/support/ManualTimeSource.h"
 
 #include <QJsonArray>

@@ -1,6 +1,7 @@
 // Who is signed in, on a keyring that behaves as it is told and a real local Drive.
 
 #include "app/session/AccountSession.h"
+#include "app/session/SecondChanceAuthorizer.h"
 #include "driveapi/GTLQueryDrive.h"
 #include "driveapi/GTLServiceDrive.h"
 #include "oauth2/HostReachability.h"
@@ -9,6 +10,7 @@
 #include "tests/platform/fakes/FakeKeyring.h"
 #include "tests/platform/fakes/FakeOpener.h"
 #include "tests/platform/fakes/FakeWebViews.h"
+#include "tests/support/ManualTimeSource.h"
 
 #include <QRegularExpression>
 #include <QSignalSpy>
@@ -31,8 +33,8 @@ private Q_SLOTS:
     void initTestCase() { QVERIFY2(local_.start(), local_.log().constData()); }
     void init() {
         session_.reset();
-        drive_ = std::make_unique<DriveConnection>(Endpoints::localDrive(local_.url()), grantedClient(),
-                                                   makeSystemTimeSource(), nullptr);
+        drive_ =
+            std::make_unique<DriveConnection>(Endpoints::localDrive(local_.url()), grantedClient(), time_, nullptr);
         item_ = itemOf(drive_->endpoints());
         mark_ = KeychainPersistence::prefsKeyForName(item_.serviceName);
         keyring_ = std::make_unique<FakeKeyring>();
@@ -73,7 +75,7 @@ private Q_SLOTS:
         QCOMPARE(session_->signedInUsername(), isSignedIn ? owner_ : QString());
         QCOMPARE(session_->strSHARE().isEmpty(), !isSignedIn);
         if (isSignedIn)
-            QVERIFY(!askTheDrive());
+            QVERIFY(!askTheDrive(1).value(0, unanswered_));
     }
 
     void ofTwoChecksTheLaterAnswers() {
@@ -87,15 +89,72 @@ private Q_SLOTS:
         QVERIFY(session_->UserLogin());
     }
 
+    // What the keyring holds by the time at which the Drive refuses what was restored from it.
+    void refusedRefresh_data() {
+        QTest::addColumn<QByteArray>("kept"); // "good", "guest's": ones that the Drive gave out; empty: removed
+        QTest::addColumn<bool>("isRefused");
+        QTest::addColumn<int>("reads"); // after the first
+        QTest::newRow("the same") << refusedGrant(owner_) << true << 1;
+        QTest::newRow("a newer one") << QByteArray("good") << false << 1;
+        QTest::newRow("a newer one that is refused too") << refusedGrant(owner_).replace("never", "nor") << true << 2;
+        QTest::newRow("somebody else's") << QByteArray("guest's") << true << 1;
+        QTest::newRow("rubbish") << QByteArray("rubbish") << true << 1;
+        QTest::newRow("signed out") << QByteArray() << true << 1;
+    }
     void refusedRefresh() {
+        QFETCH(QByteArray, kept);
+        QFETCH(bool, isRefused);
+        QFETCH(int, reads);
         store(refusedGrant(owner_), true);
         QSignalSpy refused(session_.get(), &AccountSession::signInRefused);
         QCOMPARE(check(), std::optional(false));
         QVERIFY(session_->UserLogin()); // nobody can know before it is used
-        QVERIFY(askTheDrive());
-        QCOMPARE(refused.size(), 1);
-        QVERIFY(!session_->UserLogin() && !session_->isSignedIn() && session_->strSHARE().isEmpty());
-        QVERIFY(!drive_->driveService()->authorizer());
+        const QString oldAddress = session_->strSHARE();
+        store(kept == "good" ? keptGrant(local_, owner_) : kept == "guest's" ? keptGrant(local_, guest_) : kept, true);
+        if (kept.isEmpty())
+            defaults_->removeValueForKey(mark_);
+        const QList<MaybeError> answers = askTheDrive(3);
+        QCOMPARE(answers.size(), 3);
+        for (const MaybeError& error : answers)
+            QCOMPARE(error.has_value(), isRefused);
+        QCOMPARE(refused.size(), isRefused ? 1 : 0);
+        QCOMPARE(session_->UserLogin() && session_->isSignedIn(), !isRefused);
+        QCOMPARE(bool(drive_->driveService()->authorizer()), !isRefused);
+        QCOMPARE(session_->strSHARE().isEmpty(), isRefused);
+        QVERIFY(session_->strSHARE() != oldAddress);
+        // What is there need not be written again.
+        QCOMPARE(keyring_->calls().size(), kept.isEmpty() ? 1 : 1 + reads);
+        for (const FakeKeyring::Call& call : keyring_->calls())
+            QCOMPARE(call.kind, FakeKeyring::Call::Kind::read);
+    }
+
+    void refusedWhileTheKeyringHangs_data() {
+        QTest::addColumn<bool>("isSignedOut"); // by the user; otherwise the patience ends
+        QTest::newRow("for too long") << false;
+        QTest::newRow("signed out meanwhile") << true;
+    }
+    void refusedWhileTheKeyringHangs() {
+        QFETCH(bool, isSignedOut);
+        store(refusedGrant(owner_), true);
+        QSignalSpy refused(session_.get(), &AccountSession::signInRefused);
+        QCOMPARE(check(), std::optional(false));
+        keyring_->hold();
+        QList<MaybeError> answers;
+        askTheDrive(answers);
+        QTRY_COMPARE_WITH_TIMEOUT(keyring_->waitingCalls(), 1, patiently);
+        QVERIFY(answers.isEmpty() && session_->UserLogin());
+        if (isSignedOut)
+            session_->makeLogoutFromGoogle(this, [] {});
+        else
+            time_->advance(std::chrono::minutes(1));
+        QVERIFY(!session_->UserLogin());
+        QCOMPARE(refused.size(), isSignedOut ? 0 : 1);
+        QTRY_COMPARE_WITH_TIMEOUT(answers.size(), 1, patiently);
+        QVERIFY(answers.first());
+        keyring_->setItem(item_, keptGrant(local_, owner_));
+        keyring_->release(); // too late
+        QTest::qWait(0);
+        QVERIFY(!session_->UserLogin() && !drive_->driveService()->authorizer());
     }
 
     void newRefreshToken_data() {
@@ -171,19 +230,28 @@ private:
         session_->loginCheck(this, [&](const MaybeError& error) { isTrouble = error.has_value(); });
         return QTest::qWaitFor([&] { return isTrouble.has_value(); }, patiently) ? isTrouble : std::nullopt;
     }
-    MaybeError askTheDrive() {
-        std::optional<MaybeError> answer;
-        drive_->driveService()->executeQuery(GTLQueryDrive::queryForAboutGet(), this,
-                                             [&](const auto&, const auto&, const MaybeError& e) { answer = e; });
-        const bool isAnswered = QTest::qWaitFor([&] { return answer.has_value(); }, patiently);
-        return isAnswered ? *answer : MaybeError(Error(u"the test"_s, 0));
+    void askTheDrive(QList<MaybeError>& answers) {
+        drive_->driveService()->executeQuery(
+            GTLQueryDrive::queryForAboutGet(), this,
+            [&](const auto&, const auto&, const MaybeError& error) { answers.append(error); });
+    }
+    // So many times at once; fewer answers when one does not come.
+    QList<MaybeError> askTheDrive(int times) {
+        QList<MaybeError> answers;
+        for (int i = 0; i < times; ++i)
+            askTheDrive(answers);
+        (void)QTest::qWaitFor([&] { return answers.size() == times; }, patiently);
+        return answers;
     }
     GTMOAuth2Authentication& authorizer() {
-        return dynamic_cast<GTMOAuth2Authentication&>(*drive_->driveService()->authorizer());
+        return *dynamic_cast<SecondChanceAuthorizer&>(*drive_->driveService()->authorizer()).authentication();
     }
 
     const QString owner_ = u"ann@example.com"_s;
+    const Error unanswered_{u"the test"_s, 0};
+    const QString guest_ = u"guest@example.com"_s;
     LocalDriveProcess local_;
+    const std::shared_ptr<ManualTimeSource> time_ = std::make_shared<ManualTimeSource>();
     FakeWebViews webViews_;
     FakeOpener opener_;
     KeyringItem item_;

@@ -127,7 +127,7 @@ private Q_SLOTS:
         notifications_->invoke(identifier, QStringLiteral("copy"));
         QCOMPARE(pasteboard_->text(), link);
         QVERIFY(opener_->opened().isEmpty());
-        notifications_->invoke(tell(link), QStringLiteral("default"));
+        notifications_->click(tell(link));
         notifications_->invoke(tell(link), QStringLiteral("show"));
         QCOMPARE(opener_->opened(), (QList<QUrl>{QUrl(link), QUrl(link)}));
 

@@ -4,11 +4,12 @@
 #include "oauth2/window/KeychainPersistence.h"
 #include "oauth2/window/SignInPage.h"
 #include "tests/oauth2/FakeReachability.h"
-#include "tests/oauth2/FakeServer.h"
 #include "tests/platform/fakes/FakeDefaults.h"
 #include "tests/platform/fakes/FakeKeyring.h"
 #include "tests/platform/fakes/FakeOpener.h"
 #include "tests/platform/fakes/FakeWebViews.h"
+#include "tests/support/FakeNetwork.h"
+#include "tests/support/ManualTimeSource.h"
 
 #include <QCheckBox>
 #include <QPushButton>
@@ -62,7 +63,7 @@ private:
     const KeyringItem item_{u"Drive: Test"_s, u"OAuth"_s};
     std::shared_ptr<ManualTimeSource> time_;
     std::shared_ptr<FakeReachability> network_;
-    FakeServer server_;
+    FakeNetwork server_;
     std::shared_ptr<GTMHTTPFetcherService> service_;
     std::unique_ptr<FakeKeyring> keyring_;
     std::unique_ptr<FakeDefaults> defaults_;
@@ -77,12 +78,12 @@ private:
 void TestGTMOAuth2WindowController::init() {
     time_ = std::make_shared<ManualTimeSource>();
     network_ = std::make_shared<FakeReachability>();
-    server_ = FakeServer();
-    server_.handler = [](const URLRequest&) -> Reply {
+    server_ = FakeNetwork();
+    server_.handler = [](const URLRequest&) -> FakeReply {
         return {200,
                 R"({"access_token":"token","refresh_token":"refresh","expires_in":3600,"sub":"7","email":"me@x"})"};
     };
-    service_ = server_.makeService(time_);
+    service_ = server_.makeFetcherService(time_);
     keyring_ = std::make_unique<FakeKeyring>();
     defaults_ = std::make_unique<FakeDefaults>();
     opener_ = std::make_unique<FakeOpener>();
@@ -217,7 +218,7 @@ void TestGTMOAuth2WindowController::closing() {
 }
 
 void TestGTMOAuth2WindowController::nothingMoreIsToldAfterTheAnswer() {
-    server_.hold();
+    server_.isHolding = true;
     start();
     view().finish(u"Success code=abc"_s);
     window().close();

@@ -12,15 +12,16 @@ namespace quenby::testing {
 
 // The user in front of the screen.
 struct NotificationsUser {
-    // Chooses the default action of what was shown last.
-    std::function<void()> invokesDefault;
+    // Opens what was shown last: by a click on it, or by its button where the service has no such clicks.
+    std::function<void()> opens;
     std::function<void()> closesAll;
     // How many stand on the screen.
     std::function<int()> sees;
 };
 
 inline Notification someNotification(const QString& title, const QString& tag = {}) {
-    return {tag, title, QStringLiteral("text"), {{QStringLiteral("default"), QStringLiteral("Open")}}};
+    const QString open = QStringLiteral("open");
+    return {tag, title, QStringLiteral("text"), {{open, QStringLiteral("Open")}}, open, {}};
 }
 
 inline void notificationsKeepTheirContract(Notifications& notifications, const NotificationsUser& user) {
@@ -33,10 +34,10 @@ inline void notificationsKeepTheirContract(Notifications& notifications, const N
     const quint64 first = notifications.post(someNotification(QStringLiteral("first")));
     QVERIFY(first != 0);
     QTRY_COMPARE_WITH_TIMEOUT(user.sees(), 1, patience);
-    user.invokesDefault();
+    user.opens();
     QTRY_COMPARE_WITH_TIMEOUT(closedLast(), first, patience);
     QCOMPARE(invoked.size(), 1);
-    QCOMPARE(invoked.first(), (QVariantList{first, QStringLiteral("default")}));
+    QCOMPARE(invoked.first(), (QVariantList{first, QStringLiteral("open")}));
 
     // The same tag takes the same place; the former one is told as closed, and only once.
     const quint64 second = notifications.post(someNotification(QStringLiteral("second"), QStringLiteral("tag")));
@@ -62,6 +63,18 @@ inline void notificationsKeepTheirContract(Notifications& notifications, const N
     notifications.withdraw(other);
     notifications.withdraw(12'345);
     QCOMPARE(closed.size(), 6);
+
+    // What the user closed is gone, even before it was told: the same tag makes it appear anew.
+    const quint64 fifth = notifications.post(someNotification(QStringLiteral("fifth"), QStringLiteral("tag")));
+    QTRY_COMPARE_WITH_TIMEOUT(user.sees(), 1, patience);
+    user.closesAll();
+    const quint64 sixth = notifications.post(someNotification(QStringLiteral("sixth"), QStringLiteral("tag")));
+    QTRY_COMPARE_WITH_TIMEOUT(user.sees(), 1, patience);
+    QTRY_COMPARE_WITH_TIMEOUT(closedLast(), fifth, patience);
+    notifications.withdraw(sixth);
+    QTRY_COMPARE_WITH_TIMEOUT(closedLast(), sixth, patience);
+    QTRY_COMPARE_WITH_TIMEOUT(user.sees(), 0, patience);
+    QCOMPARE(closed.size(), 8);
     QCOMPARE(invoked.size(), 1);
 }
 

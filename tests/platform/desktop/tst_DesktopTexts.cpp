@@ -37,13 +37,17 @@ private Q_SLOTS:
         const QString odd = QStringLiteral(" \n <b>&amp;\"x\".txt added");
         QTest::newRow("markup") << odd << true << QStringLiteral("&lt;b&gt;&amp;amp;\"x\".txt added");
         QTest::newRow("no markup") << odd << false << QStringLiteral("<b>&amp;\"x\".txt added");
-        QTest::newRow("controls") << QStringLiteral("a\tb%1c\nd").arg(QChar(QChar::Null)) << false
+        QTest::newRow("controls") << QStringLiteral("\033\033a\tb%1\002c\nd").arg(QChar(QChar::Null)) << false
                                   << QStringLiteral("a b c\nd");
+        QTest::newRow("too many lines") << QStringLiteral("x\n").repeated(900) << false
+                                        << QStringLiteral("x\nx\nx\nx\nx\nx\nx\nx") + QChar(0x2026);
+        QTest::newRow("just enough lines")
+            << QStringLiteral("1\n2\n3\n4\n5\n6\n7\n8\n") << false << QStringLiteral("1\n2\n3\n4\n5\n6\n7\n8");
         // Neither the pair of surrogates nor the accent is cut off from what it belongs to.
-        QTest::newRow("too long") << QString(1998, QLatin1Char('a')) + QString::fromUtf8("\U0001F600 and more") << false
-                                  << QString(1998, QLatin1Char('a')) + QChar(0x2026);
+        QTest::newRow("too long") << QString(298, QLatin1Char('a')) + QString::fromUtf8("\U0001F600 and more") << false
+                                  << QString(298, QLatin1Char('a')) + QChar(0x2026);
         QTest::newRow("too long, escaped afterwards")
-            << QString(3000, QLatin1Char('<')) << true << QStringLiteral("&lt;").repeated(1999) + QChar(0x2026);
+            << QString(10'000, QLatin1Char('<')) << true << QStringLiteral("&lt;").repeated(299) + QChar(0x2026);
     }
     void bodies() {
         QFETCH(QString, text);
@@ -52,8 +56,10 @@ private Q_SLOTS:
     }
 
     void aTitleIsOneLineWithoutEscapes() {
-        QCOMPARE(notificationTitle(QStringLiteral(" <b>A & B</b>\nC ")), QStringLiteral("<b>A & B</b> C"));
-        QCOMPARE(notificationTitle(QString(1000, QLatin1Char('x'))).size(), 200);
+        const QString separators = QString(QChar::LineSeparator) + QChar::ParagraphSeparator;
+        QCOMPARE(notificationTitle(QStringLiteral(" <b>A & B</b>\r\nC%1D ").arg(separators)),
+                 QStringLiteral("<b>A & B</b> C D"));
+        QCOMPARE(notificationTitle(QString(10'000, QLatin1Char('x'))), QString(119, QLatin1Char('x')) + QChar(0x2026));
     }
 };
 

@@ -2,6 +2,7 @@
 #include "platform/linux/desktop/AutomaticStatusItemHosts.h"
 #include "tests/platform/desktop/PaintedFace.h"
 #include "tests/platform/desktop/VirtualDesktop.h"
+#include "tests/support/Settled.h"
 
 #include <QApplication>
 #include <QMenu>
@@ -81,7 +82,7 @@ private Q_SLOTS:
     void theTrayThatIsThereShowsTheItem() {
         hosts_->start();
         QTRY_VERIFY_WITH_TIMEOUT(isIn(StatusItemPlace::tray), patience);
-        QTRY_VERIFY_WITH_TIMEOUT(isItemSeen(), patience);
+        QVERIFY(settles(isItemSeen, patience));
     }
 
     void clicksArrive() {
@@ -119,7 +120,7 @@ private Q_SLOTS:
         // What was sent before these two has arrived with them.
         QTRY_COMPARE_WITH_TIMEOUT(newToolTips_, isOnBus ? 1 : 0, patience);
         QTRY_COMPARE_WITH_TIMEOUT(newIcons_, isOnBus ? 1 : 0, patience);
-        QTRY_VERIFY_WITH_TIMEOUT(trayPicture() != before && isItemSeen(), patience);
+        QVERIFY(settles([&] { return trayPicture() != before && isItemSeen(); }, patience));
         // A picture that nobody sees is not painted over and over.
         const int paints = face_.iconPaints;
         host()->update();
@@ -131,9 +132,9 @@ private Q_SLOTS:
         const QImage light = trayPicture();
         const QPalette former = QApplication::palette();
         QApplication::setPalette(QPalette(QColor(40, 40, 40)));
-        QTRY_VERIFY_WITH_TIMEOUT(trayPicture() != light && isItemSeen(), patience);
+        QVERIFY(settles([&] { return trayPicture() != light && isItemSeen(); }, patience));
         QApplication::setPalette(former);
-        QTRY_VERIFY_WITH_TIMEOUT(trayPicture() == light && isItemSeen(), patience);
+        QVERIFY(settles([&] { return trayPicture() == light && isItemSeen(); }, patience));
     }
 
     void aPanelThatGoesAndComesBack() {
@@ -142,7 +143,7 @@ private Q_SLOTS:
         QVERIFY(!host()->geometry().isEmpty());
         panel_.start(panelKind_);
         QTRY_VERIFY_WITH_TIMEOUT(isIn(StatusItemPlace::tray), patience);
-        QTRY_VERIFY_WITH_TIMEOUT(isItemSeen(), patience);
+        QVERIFY(settles(isItemSeen, patience));
         QSignalSpy clicked(host(), &StatusItemHost::clicked);
         clickAt(trayArea().center());
         QTRY_COMPARE_WITH_TIMEOUT(clicked.size(), 1, patience);

@@ -40,20 +40,28 @@ public:
 
     // What the user does. A notification closes by itself after its action; one that is not on screen does nothing.
     void invoke(quint64 identifier, const QString& key) {
-        if (!isOnScreen(identifier))
+        if (!findOnScreen(identifier))
             return;
         Q_EMIT actionInvoked(identifier, key);
         userCloses(identifier);
     }
+    // A click on the notification itself.
+    void click(quint64 identifier) {
+        const Posted* const one = findOnScreen(identifier);
+        if (one && !one->notification.clickKey.isEmpty())
+            invoke(identifier, QString(one->notification.clickKey));
+        else
+            userCloses(identifier);
+    }
     void userCloses(quint64 identifier) { withdraw(identifier); }
 
 private:
-    bool isOnScreen(quint64 identifier) const {
+    const Posted* findOnScreen(quint64 identifier) const {
         for (const Posted& one : onScreen_) {
             if (one.identifier == identifier)
-                return true;
+                return &one;
         }
-        return false;
+        return nullptr;
     }
 
     template <typename Condition>

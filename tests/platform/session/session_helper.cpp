@@ -3,6 +3,7 @@
 //   session_helper instance WORK...   is the one instance with this work; ends when it is asked to
 //   session_helper stubborn WORK...   the same, but stays
 //   session_helper end                waits for the session's end
+//   session_helper over               has done so, and does no more
 #include "platform/linux/session/BusSingleInstance.h"
 #include "platform/linux/session/PosixSessionEnd.h"
 
@@ -47,6 +48,11 @@ int main(int argc, char** argv) {
     if (role == QLatin1String("end")) {
         PosixSessionEnd sessionEnd;
         QObject::connect(&sessionEnd, &SessionEnd::endRequested, &application, [] { say("end"); });
+        say("ready");
+        return QCoreApplication::exec();
+    }
+    if (role == QLatin1String("over")) {
+        std::make_unique<PosixSessionEnd>().reset();
         say("ready");
         return QCoreApplication::exec();
     }

@@ -1,5 +1,7 @@
 // The signals that end the program, and those that do not.
 #include "platform/linux/session/PosixSessionEnd.h"
+#include "tests/platform/contracts/SessionEndContract.h"
+#include "tests/platform/fakes/FakeSessionEnd.h"
 #include "tests/platform/session/HelperProcess.h"
 
 #include <QGuiApplication>
@@ -24,17 +26,41 @@ class SessionEndTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void signals_data() {
-        QTest::addColumn<int>("number");
-        QTest::newRow("SIGTERM") << SIGTERM;
-        QTest::newRow("SIGHUP") << SIGHUP;
-        QTest::newRow("SIGINT") << SIGINT;
+    void theFakeKeepsTheContract() {
+        auto fake = std::make_unique<FakeSessionEnd>();
+        FakeSessionEnd& told = *fake;
+        sessionEndKeepsItsContract(std::move(fake), [&told] { told.requestEnd(); });
     }
-    void signals() {
-        QFETCH(int, number);
+
+    void theRealOneKeepsTheContract_data() {
+        QTest::addColumn<std::function<void()>>("reason");
+        const auto row = [](const char* title, std::function<void()> reason) { QTest::newRow(title) << reason; };
+        row("SIGTERM", [] { ::kill(::getpid(), SIGTERM); });
+        row("SIGHUP", [] { ::kill(::getpid(), SIGHUP); });
+        row("another thread gets it", [] { std::thread([] { std::raise(SIGHUP); }).join(); });
+        // What the toolkit emits on the session manager's behalf; nobody reads the manager.
+        row("the session manager's word", [] {
+            alignas(std::max_align_t) std::array<char, 256> nobody{};
+            Q_EMIT qGuiApp->commitDataRequest(*reinterpret_cast<QSessionManager*>(nobody.data()));
+        });
+    }
+    void theRealOneKeepsTheContract() {
+        QFETCH(std::function<void()>, reason);
+        sessionEndKeepsItsContract(std::make_unique<PosixSessionEnd>(), reason);
+    }
+
+    // What a signal does is undone with the object: without one, it ends the program as it would any other.
+    void afterwardsSignalsEndTheProgram() {
+        HelperProcess helper({QStringLiteral("over")});
+        QCOMPARE(helper.nextLine(), QByteArray("ready"));
+        helper.signal(SIGTERM);
+        QCOMPARE(helper.endingSignal(), SIGTERM);
+    }
+
+    void aSignalIsToldByTheEventLoopAlone() {
         PosixSessionEnd sessionEnd;
         QSignalSpy ended(&sessionEnd, &SessionEnd::endRequested);
-        ::kill(::getpid(), number);
+        ::kill(::getpid(), SIGINT);
         QVERIFY(ended.isEmpty());
         QTRY_COMPARE_WITH_TIMEOUT(ended.size(), 1, patience);
     }
@@ -49,15 +75,6 @@ private Q_SLOTS:
             QTRY_COMPARE_WITH_TIMEOUT(ended.size(), 1, patience);
         }
         QVERIFY(std::signal(SIGHUP, SIG_DFL) == SIG_IGN);
-    }
-
-    void theSessionManagersWordEndsIt() {
-        PosixSessionEnd sessionEnd;
-        QSignalSpy ended(&sessionEnd, &SessionEnd::endRequested);
-        // What the toolkit emits on the session manager's behalf; nobody reads the manager.
-        alignas(std::max_align_t) std::array<char, 256> nobody{};
-        Q_EMIT qGuiApp->commitDataRequest(*reinterpret_cast<QSessionManager*>(nobody.data()));
-        QCOMPARE(ended.size(), 1);
     }
 
     void impatienceIsHeard() {

@@ -1,9 +1,9 @@
 // The rules of the share windows, on pages that the test plays.
 #include "tests/platform/fakes/FakeWebViews.h"
 #include "tests/support/ManualTimeSource.h"
+#include "widgets/ActivityIndicator.h"
 #include "workspace/share/MeasuringScript.h"
 #include "workspace/share/ProblemPane.h"
-#include "workspace/share/ProgressIndicator.h"
 #include "workspace/share/ShareFrame.h"
 #include "workspace/share/ShareWindow.h"
 #include "workspace/share/ShareWindows.h"
@@ -226,7 +226,7 @@ private Q_SLOTS:
 private:
     ShareWindow& share(size_t index = 0) { return *windows_->shareFileList().at(index); }
     ctmWindow& window(size_t index = 0) { return share(index).window(); }
-    ProgressIndicator& indicator() { return *window().findChild<ProgressIndicator*>(); }
+    ActivityIndicator& indicator() { return *window().findChild<ActivityIndicator*>(); }
     ProblemPane& problem() { return *window().findChild<ProblemPane*>(); }
     QPushButton* button(const QString& text) {
         for (QPushButton* one : problem().findChildren<QPushButton*>())
@@ -248,7 +248,7 @@ private:
         FakeWebView& page = open();
         ShareWindow& opened = *windows_->shareFileList().back();
         pageMeasures(page, dialogHeight);
-        const auto begun = [&] { return opened.window().findChild<ProgressIndicator*>()->isAnimating(); };
+        const auto begun = [&] { return opened.window().findChild<ActivityIndicator*>()->isAnimating(); };
         if (!QTest::qWaitFor(begun))
             qFatal("the page does not begin to load");
         page.finish();

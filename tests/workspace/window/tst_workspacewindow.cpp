@@ -1,9 +1,9 @@
 // The workspace window: closing, coming back, its place, what it shows, and that the keyboard reaches everything.
 
 #include "tests/platform/fakes/FakeDefaults.h"
+#include "widgets/ElidedLabel.h"
+#include "widgets/SecondaryLabel.h"
 #include "workspace/window/AccountView.h"
-#include "workspace/window/ElidedLabel.h"
-#include "workspace/window/SecondaryLabel.h"
 #include "workspace/window/UploadRows.h"
 #include "workspace/window/WelcomeView.h"
 #include "workspace/window/WorkspaceWindow.h"

@@ -1,0 +1,135 @@
+#include "app/changes/ChangeFeed.h"
+
+#include "app/changes/FeedAnswerReader.h"
+#include "app/changes/PollCompletion.h"
+#include "driveapi/GTLDriveChange.h"
+#include "driveapi/GTLQueryDrive.h"
+#include "driveapi/GTLServiceDrive.h"
+#include "http/GTMHTTPFetcher.h"
+#include "http/HTTPDate.h"
+#include "platform/Defaults.h"
+
+namespace quenby {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto pollInterval = 30s;
+// The most that the server puts on a page. An account's whole feed has to fit into the pages that are followed.
+constexpr qint64 changesPerPage = 1000;
+
+const QString notificationDisplay = QStringLiteral("notificationDisplay");
+
+std::shared_ptr<GTLQueryDrive> pollQuery(qint64 maxFileChangeId) {
+    auto query = GTLQueryDrive::queryForChangesList();
+    if (maxFileChangeId == 0)
+        query->setIncludeDeleted(false);
+    else
+        query->setStartChangeId(maxFileChangeId + 1);
+    query->setMaxResults(changesPerPage);
+    query->setFields(feedAnswerFields());
+    return query;
+}
+
+} // namespace
+
+ChangeFeed::ChangeFeed(std::shared_ptr<GTLServiceDrive> driveService, const Defaults& defaults, SharingAddress strSHARE,
+                       std::shared_ptr<TimeSource> timeSource)
+    : driveService_(std::move(driveService))
+    , defaults_(defaults)
+    , strSHARE_(std::move(strSHARE))
+    , timeSource_(std::move(timeSource))
+    , serverClock_(timeSource_) {}
+
+ChangeFeed::~ChangeFeed() { giveUpPoll(); }
+
+void ChangeFeed::GetChangeListGoogleDrive() {
+    isPolling_ = true;
+    poll();
+    if (isFetchingFirst() != saidFetchingFirst_)
+        tellChanged();
+}
+
+void ChangeFeed::clear() {
+    giveUpPoll();
+    const bool showed = !store_.DriveChangeInfoAPI.isEmpty();
+    isPolling_ = false;
+    isAnswered_ = false;
+    store_ = {};
+    if (showed || isFetchingFirst() != saidFetchingFirst_)
+        tellChanged();
+}
+
+void ChangeFeed::addUploaded(const QString& identifier) {
+    if (identifier.isEmpty())
+        return;
+    store_.listNotificationDontDisplay.insert(identifier);
+    uploadedMeanwhile_.insert(identifier);
+}
+
+void ChangeFeed::poll() {
+    giveUpPoll();
+    ticket_ =
+        driveService_->executeQuery(pollQuery(store_.maxFileChangeId), this,
+                                    [this, number = number_](const GTLServiceTicketPtr& ticket,
+                                                             const GTLObjectPtr& object, const MaybeError& error) {
+                                        if (number == number_)
+                                            answered(*ticket, object, error);
+                                    });
+}
+
+void ChangeFeed::answered(const GTLServiceTicket& ticket, const GTLObjectPtr& object, const MaybeError& error) {
+    ticket_.reset();
+    if (const auto& fetcher = ticket.objectFetcher())
+        serverClock_.heard(parseHTTPDate(fetcher->responseHeaders().value("Date")));
+    const FeedSurroundings surroundings{.now = serverClock_.now(),
+                                        .strSHARE = strSHARE_(),
+                                        .notificationDisplay = defaults_.boolForKey(notificationDisplay, true)};
+    auto list = std::dynamic_pointer_cast<GTLDriveChangeList>(object);
+    if (error || !list)
+        return completed(pollCompleted(store_, std::nullopt, surroundings));
+    const CompletionGate<PolledStore> gate(this, [this](PolledStore polled) {
+        leaveOutUploaded(polled);
+        isAnswered_ = true;
+        completed(std::move(polled));
+    });
+    completion_ = gate.ticket();
+    uploadedMeanwhile_.clear();
+    completePoll(driveService_->parseQueue(), {std::move(list), store_, surroundings}, gate);
+}
+
+void ChangeFeed::leaveOutUploaded(PolledStore& polled) {
+    for (const QString& identifier : std::exchange(uploadedMeanwhile_, {})) {
+        const auto isOfFile = [&](const ChangeNotice& notice) { return notice.record.identifier == identifier; };
+        if (polled.notices.removeIf(isOfFile) == 0)
+            polled.store.listNotificationDontDisplay.insert(identifier);
+    }
+}
+
+void ChangeFeed::completed(PolledStore polled) {
+    store_ = std::move(polled.store);
+    nextPoll_ = timeSource_->startTimer(pollInterval, [this] { poll(); });
+    const quint64 number = number_; // who hears of it may sign out
+    if (polled.hasNews || isFetchingFirst() != saidFetchingFirst_)
+        tellChanged();
+    for (const ChangeNotice& notice : polled.notices) {
+        if (number == number_)
+            Q_EMIT noticed(notice);
+    }
+}
+
+void ChangeFeed::tellChanged() {
+    saidFetchingFirst_ = isFetchingFirst();
+    Q_EMIT changed();
+}
+
+void ChangeFeed::giveUpPoll() {
+    ++number_;
+    nextPoll_.reset();
+    if (ticket_)
+        ticket_->cancelTicket();
+    ticket_.reset();
+    completion_.cancel();
+}
+
+} // namespace quenby

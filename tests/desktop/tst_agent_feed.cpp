@@ -1,0 +1,308 @@
+// The popover of changes in the real program, under a real panel: the ways to open and close it, its rows by pointer
+// and keyboard, its grip, and what another poll brings, with the notifications of it.
+//
+// A poll comes half a minute after the one before: one of them is waited for, with all that it has to show.
+
+#include "tests/desktop/support/AgentStage.h"
+#include "tests/localdrive/LocalClient.h"
+#include "tests/support/Settled.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QProcess>
+#include <QScreen>
+#include <QTest>
+
+#include <algorithm>
+
+using namespace quenby::testing;
+
+namespace {
+
+constexpr int patience = QuenbyProcess::patience;
+
+// In the popover under a panel at the lower edge, from its upper edge: the grip, the header and the rows.
+constexpr int middleOfGrip = 5;
+constexpr int startOfRows = 87;
+constexpr int rowHeight = 65;
+
+QPoint trayItem() { return QGuiApplication::primaryScreen()->geometry().bottomRight() - QPoint(15, 15); }
+
+// The panel takes the item when it likes. A gauge is drawn: there is more than the panel's own ground.
+bool isItemSeen() {
+    const QPoint item = trayItem();
+    const QImage picture =
+        QGuiApplication::primaryScreen()->grabWindow(0, item.x() - 11, item.y() - 11, 23, 23).toImage();
+    int darkest = 255;
+    int lightest = 0;
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x) {
+            darkest = qMin(darkest, qGray(picture.pixel(x, y)));
+            lightest = qMax(lightest, qGray(picture.pixel(x, y)));
+        }
+    return lightest - darkest > 90;
+}
+
+QByteArray notificationService(const QStringList& arguments) {
+    QProcess tool;
+    tool.start(QStringLiteral("dunstctl"), arguments);
+    tool.waitForFinished(patience);
+    return tool.readAllStandardOutput().trimmed();
+}
+
+// "TITLE: TEXT" of every notification so far, in alphabetical order. Takes those off the screen that are there.
+QStringList notifications() {
+    notificationService({QStringLiteral("close-all")});
+    const QJsonDocument history = QJsonDocument::fromJson(notificationService({QStringLiteral("history")}));
+    QStringList told;
+    for (const QJsonValue entry : history[QStringLiteral("data")][0].toArray())
+        told.append(entry[QStringLiteral("summary")][QStringLiteral("data")].toString() + QStringLiteral(": ") +
+                    entry[QStringLiteral("body")][QStringLiteral("data")].toString().trimmed());
+    told.sort();
+    return told;
+}
+
+} // namespace
+
+class AgentFeedTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init() { stage_.skipAfterFailure(); }
+    void cleanup() { stage_.afterTest(); }
+
+    void theItemsMiddleButtonOpensAndCloses();
+    void theMenusFirstEntryOpens();
+    void theWindowsButtonOpens();
+    void theKeyboardOpensAPage();
+    void aClickOpensAPage();
+    void theKeyboardShares();
+    void whatWasThereIsNotNotified() { QCOMPARE(notifications(), QStringList()); }
+    void theGripStopsAtTheLimits();
+    void everyChangeIsToldOnce();
+    void theNewestRowIsTheNewestChange();
+    void theHeightStays();
+
+private:
+    void addFromElsewhere(const QString& title);
+    QString pageOf(const QString& title);
+    QString lastOpenedPage() const;
+
+    WindowId popover() { return stage_.input.find(QStringLiteral("Quenby Changes"), stage_.quenby.pid()); }
+    // Waits for it and for the row with the keys' focus; 0 when it does not come.
+    WindowId openedPopover();
+    WindowId openPopover() {
+        stage_.input.click(trayItem(), DesktopInput::middle);
+        return openedPopover();
+    }
+    bool isClosed(WindowId popover) { return popover != 0 && stage_.input.waitUntilGone(popover); }
+    QPoint row(WindowId popover, int number);
+    bool showsRow(WindowId popover, int number);
+    void pressKeys(const QStringList& keys);
+    // Pulls the grip so many pixels up; the height after that.
+    int pullGrip(WindowId popover, int pixels, int expectedHeight);
+
+    const QString older_ = QStringLiteral("Older.txt");
+    const QString newer_ = QStringLiteral("Newer.txt");
+    const QString own_ = QStringLiteral("By the program.txt");
+    const QString foreign_ = QStringLiteral("From elsewhere.txt");
+    AgentStage stage_;
+    QString openedPages_; // what stands for the browser notes here
+    int keptHeight_ = 0;
+};
+
+// --- The stage ------------------------------------------------------------------------------------------------------
+
+void AgentFeedTest::initTestCase() {
+    openedPages_ = stage_.home.path(QStringLiteral("opened-pages"));
+    const QString browser = stage_.home.makeFile(QStringLiteral("bin/xdg-open"),
+                                                 "#!/bin/sh\necho \"$1\" >>'" + openedPages_.toUtf8() + "'\n");
+    QVERIFY(QFile::setPermissions(browser, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    QProcessEnvironment& environment = stage_.home.environment();
+    environment.insert(QStringLiteral("PATH"),
+                       stage_.home.path(QStringLiteral("bin:")) + environment.value(QStringLiteral("PATH")));
+    QVERIFY2(stage_.drive.start(), stage_.drive.log().constData());
+    for (const QString& title : {older_, newer_})
+        addFromElsewhere(title);
+    QVERIFY(stage_.startAndSignIn());
+    QVERIFY(settles(isItemSeen, patience));
+}
+
+// As another computer of the same person would.
+void AgentFeedTest::addFromElsewhere(const QString& title) {
+    const LocalClient elsewhere(stage_.drive);
+    const QByteArray content = "Not by this program.";
+    const QByteArray target = elsewhere.announce(content.size(), title);
+    QVERIFY(!target.isEmpty());
+    QCOMPARE(elsewhere.put(target, content, 0, content.size()).status, 200);
+}
+
+QString AgentFeedTest::pageOf(const QString& title) {
+    const QStringList files = LocalClient(stage_.drive).filesNamed(title);
+    return stage_.drive.url().toString() + QStringLiteral("/file/d/") + files.value(0) + QStringLiteral("/view");
+}
+
+QString AgentFeedTest::lastOpenedPage() const {
+    QFile file(openedPages_);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll().trimmed().split('\n').last()) : QString();
+}
+
+WindowId AgentFeedTest::openedPopover() {
+    const WindowId opened = stage_.input.waitForWindow(QStringLiteral("Quenby Changes"), stage_.quenby.pid());
+    if (opened == 0 || !settles([&] { return showsRow(opened, 0) && showsRow(opened, 1); }, patience))
+        return 0;
+    return opened;
+}
+
+QPoint AgentFeedTest::row(WindowId popover, int number) {
+    const QRect place = stage_.input.geometry(popover);
+    return {place.center().x(), place.top() + startOfRows + number * rowHeight + rowHeight / 2};
+}
+
+// Its name is there, dark on the light ground.
+bool AgentFeedTest::showsRow(WindowId popover, int number) {
+    const QPoint middle = row(popover, number);
+    const QImage picture = QGuiApplication::primaryScreen()
+                               ->grabWindow(0, middle.x() - 70, middle.y() - 20, 40, 20)
+                               .toImage()
+                               .convertToFormat(QImage::Format_Grayscale8);
+    const auto isDark = [&](int y) {
+        const uchar* const line = picture.constScanLine(y);
+        return std::any_of(line, line + picture.width(), [](uchar grey) { return grey < 100; });
+    };
+    return isDark(picture.height() / 2) && qGray(picture.pixel(0, 0)) > 200;
+}
+
+void AgentFeedTest::pressKeys(const QStringList& keys) {
+    for (const QString& key : keys)
+        stage_.input.key(key);
+}
+
+// --- Opening and closing --------------------------------------------------------------------------------------------
+
+void AgentFeedTest::theItemsMiddleButtonOpensAndCloses() {
+    const WindowId byMiddle = openPopover();
+    QVERIFY(byMiddle != 0);
+    stage_.input.click(trayItem(), DesktopInput::middle);
+    QVERIFY(isClosed(byMiddle));
+}
+
+void AgentFeedTest::theMenusFirstEntryOpens() {
+    QVERIFY(stage_.chooseFromItemMenu(trayItem(), {QStringLiteral("Down"), QStringLiteral("Return")}));
+    const WindowId byMenu = openedPopover();
+    QVERIFY(byMenu != 0);
+    stage_.input.key(QStringLiteral("Escape"));
+    QVERIFY(isClosed(byMenu));
+}
+
+void AgentFeedTest::theWindowsButtonOpens() {
+    const WindowId window = stage_.waitForWindow();
+    QVERIFY(stage_.input.activate(window));
+    stage_.input.key(QStringLiteral("alt+c"));
+    const WindowId byButton = openedPopover();
+    QVERIFY(byButton != 0);
+    // Outside of it, where the window behind it has nothing to click on.
+    const QRect behind = stage_.input.geometry(window);
+    stage_.input.click({behind.left() + behind.width() / 4, behind.top() + 10});
+    QVERIFY(isClosed(byButton));
+    QVERIFY(stage_.input.isVisible(window));
+}
+
+// --- Rows -----------------------------------------------------------------------------------------------------------
+
+// The first key only shows where the keyboard is.
+void AgentFeedTest::theKeyboardOpensAPage() {
+    const WindowId opened = openPopover();
+    QVERIFY(opened != 0);
+    pressKeys({QStringLiteral("Home"), QStringLiteral("Home"), QStringLiteral("Down"), QStringLiteral("Return")});
+    QTRY_COMPARE_WITH_TIMEOUT(lastOpenedPage(), pageOf(older_), patience);
+    QVERIFY(isClosed(opened));
+}
+
+void AgentFeedTest::aClickOpensAPage() {
+    const WindowId opened = openPopover();
+    QVERIFY(opened != 0);
+    stage_.input.click(row(opened, 0));
+    QTRY_COMPARE_WITH_TIMEOUT(lastOpenedPage(), pageOf(newer_), patience);
+    QVERIFY(isClosed(opened));
+}
+
+void AgentFeedTest::theKeyboardShares() {
+    const WindowId opened = openPopover();
+    QVERIFY(opened != 0);
+    pressKeys({QStringLiteral("Home"), QStringLiteral("Home"), QStringLiteral("Down"), QStringLiteral("shift+Return")});
+    const WindowId share = stage_.input.waitForWindow(older_, stage_.quenby.pid());
+    QVERIFY(share != 0);
+    QVERIFY(isClosed(opened));
+    QTRY_VERIFY_WITH_TIMEOUT(stage_.showsPageButton(share), patience);
+    QVERIFY(stage_.input.activate(share));
+    stage_.input.key(QStringLiteral("Escape"));
+    QVERIFY(stage_.input.waitUntilGone(share));
+}
+
+// --- The grip -------------------------------------------------------------------------------------------------------
+
+int AgentFeedTest::pullGrip(WindowId popover, int pixels, int expectedHeight) {
+    const QRect before = stage_.input.geometry(popover);
+    const QPoint grip(before.center().x(), before.top() + middleOfGrip);
+    stage_.input.moveTo(grip);
+    stage_.input.press();
+    for (int step = 1; step <= 4; ++step)
+        stage_.input.moveTo(grip - QPoint(0, pixels * step / 4));
+    QRect after;
+    (void)QTest::qWaitFor([&] { return (after = stage_.input.geometry(popover)).height() == expectedHeight; },
+                          patience);
+    stage_.input.release();
+    return after.bottom() == before.bottom() ? after.height() : -1;
+}
+
+// What another poll will bring goes on its way before: nobody has to wait for all of it.
+void AgentFeedTest::theGripStopsAtTheLimits() {
+    const QString path = stage_.home.makeFile(own_, "By this program.");
+    QVERIFY(stage_.chooseFromItemMenu(trayItem(), {QStringLiteral("u")}));
+    QVERIFY(stage_.fillPanel(QStringLiteral("Upload File"), path));
+    QTRY_COMPARE_WITH_TIMEOUT(notifications().size(), 1, patience);
+    addFromElsewhere(foreign_);
+
+    const WindowId opened = openPopover();
+    QVERIFY(opened != 0);
+    QCOMPARE(pullGrip(opened, 300, 550), 550);
+    QCOMPARE(pullGrip(opened, -400, 250), 250);
+    keptHeight_ = 310;
+    QCOMPARE(pullGrip(opened, 60, keptHeight_), keptHeight_);
+    stage_.input.key(QStringLiteral("Escape"));
+    QVERIFY(isClosed(opened));
+}
+
+// --- Another poll ---------------------------------------------------------------------------------------------------
+
+void AgentFeedTest::everyChangeIsToldOnce() {
+    const QString update = QStringLiteral("Quenby New Update!: %1 added");
+    QTRY_VERIFY_WITH_TIMEOUT(notifications().contains(update.arg(foreign_)), patience);
+    // All of a poll is told at once: a second one of the own file would be there with the other's.
+    const auto areAllTold = [&] { return notifications() == (QStringList{update.arg(own_), update.arg(foreign_)}); };
+    QVERIFY2(settles(areAllTold), qPrintable(notifications().join(QLatin1Char('\n'))));
+}
+
+void AgentFeedTest::theNewestRowIsTheNewestChange() {
+    const WindowId opened = openPopover();
+    QVERIFY(opened != 0);
+    stage_.input.click(row(opened, 0));
+    QTRY_COMPARE_WITH_TIMEOUT(lastOpenedPage(), pageOf(foreign_), patience);
+}
+
+void AgentFeedTest::theHeightStays() {
+    QCOMPARE(stage_.quenby.terminate(), 0);
+    QVERIFY(settles([] { return !isItemSeen(); }, patience));
+    QVERIFY(stage_.startSignedIn());
+    QVERIFY(settles(isItemSeen, patience));
+    const WindowId opened = openPopover();
+    QVERIFY(opened != 0);
+    QCOMPARE(stage_.input.geometry(opened).height(), keptHeight_);
+}
+
+QTEST_MAIN(AgentFeedTest)
+#include "tst_agent_feed.moc"
