@@ -4,6 +4,7 @@
 // A poll comes half a minute after the one before: one of them is waited for, with all that it has to show.
 
 #include "tests/desktop/support/AgentStage.h"
+#include "tests/desktop/support/DesktopLooks.h"
 #include "tests/localdrive/LocalClient.h"
 #include "tests/support/Settled.h"
 
@@ -11,8 +12,6 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QProcess>
-#include <QScreen>
 #include <QTest>
 
 #include <algorithm>
@@ -27,30 +26,6 @@ constexpr int patience = QuenbyProcess::patience;
 constexpr int middleOfGrip = 5;
 constexpr int startOfRows = 87;
 constexpr int rowHeight = 65;
-
-QPoint trayItem() { return QGuiApplication::primaryScreen()->geometry().bottomRight() - QPoint(15, 15); }
-
-// The panel takes the item when it likes. A gauge is drawn: there is more than the panel's own ground.
-bool isItemSeen() {
-    const QPoint item = trayItem();
-    const QImage picture =
-        QGuiApplication::primaryScreen()->grabWindow(0, item.x() - 11, item.y() - 11, 23, 23).toImage();
-    int darkest = 255;
-    int lightest = 0;
-    for (int y = 0; y < picture.height(); ++y)
-        for (int x = 0; x < picture.width(); ++x) {
-            darkest = qMin(darkest, qGray(picture.pixel(x, y)));
-            lightest = qMax(lightest, qGray(picture.pixel(x, y)));
-        }
-    return lightest - darkest > 90;
-}
-
-QByteArray notificationService(const QStringList& arguments) {
-    QProcess tool;
-    tool.start(QStringLiteral("dunstctl"), arguments);
-    tool.waitForFinished(patience);
-    return tool.readAllStandardOutput().trimmed();
-}
 
 // "TITLE: TEXT" of every notification so far, in alphabetical order. Takes those off the screen that are there.
 QStringList notifications() {

@@ -2,6 +2,7 @@
 // pointer and keyboard. Runs under a panel with StatusNotifierItem and under one with XEmbed.
 
 #include "tests/desktop/support/AgentStage.h"
+#include "tests/desktop/support/DesktopLooks.h"
 #include "tests/support/Settled.h"
 
 #include <QApplication>
@@ -9,8 +10,6 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QProcess>
-#include <QScreen>
 #include <QTest>
 
 using namespace quenby::testing;
@@ -18,31 +17,6 @@ using namespace quenby::testing;
 namespace {
 
 constexpr int patience = QuenbyProcess::patience;
-
-// The panel lies along the lower edge; its tray is at the right end, and has nothing but our item.
-QPoint trayItem() { return QGuiApplication::primaryScreen()->geometry().bottomRight() - QPoint(15, 15); }
-
-// A gauge is drawn: there is more than the panel's own ground.
-bool isItemSeen() {
-    const QPoint item = trayItem();
-    const QImage picture =
-        QGuiApplication::primaryScreen()->grabWindow(0, item.x() - 11, item.y() - 11, 23, 23).toImage();
-    int darkest = 255;
-    int lightest = 0;
-    for (int y = 0; y < picture.height(); ++y)
-        for (int x = 0; x < picture.width(); ++x) {
-            darkest = qMin(darkest, qGray(picture.pixel(x, y)));
-            lightest = qMax(lightest, qGray(picture.pixel(x, y)));
-        }
-    return lightest - darkest > 90;
-}
-
-QByteArray notificationService(const QStringList& arguments) {
-    QProcess tool;
-    tool.start(QStringLiteral("dunstctl"), arguments);
-    tool.waitForFinished(patience);
-    return tool.readAllStandardOutput().trimmed();
-}
 
 // Title and text of the notification that was closed last.
 QStringList lastInHistory() {
