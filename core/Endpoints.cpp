@@ -34,6 +34,7 @@ Endpoints Endpoints::provider() {
                              QUrl(QStringLiteral("https://drive.google.com")), apiHost);
     endpoints.keychainItemName = QStringLiteral("Drive: Google Drive");
     endpoints.providerDomain = QStringLiteral("google.com");
+    endpoints.webPlaces = WebPlaces::provider();
     return endpoints;
 }
 
@@ -42,6 +43,7 @@ Endpoints Endpoints::localDrive(const QUrl& base) {
     Endpoints endpoints = at(base, base, base, QStringLiteral("https://www.googleapis.com"));
     endpoints.keychainItemName = QStringLiteral("Drive: Local Drive");
     endpoints.providerDomain = base.host();
+    endpoints.webPlaces = WebPlaces::localDrive(base);
     endpoints.isLocal = true;
     return endpoints;
 }

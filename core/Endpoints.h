@@ -1,6 +1,8 @@
 // Every host and path of the service, in one value. There are two: the provider's and the local Drive's.
 #pragma once
 
+#include "core/WebPlaces.h"
+
 #include <QString>
 #include <QUrl>
 
@@ -16,6 +18,7 @@ struct Endpoints {
     QUrl downloadBaseURL;     // files' contents are served below it
     QUrl webURL;              // the Drive's web application
     QUrl sharingPageURL;      // its page on which one file is shared, without query
+    WebPlaces webPlaces;      // which pages belong to it
     QString keychainItemName; // under which the sign-in is kept
     QString emailScope;
     QString profileScope;

@@ -21,6 +21,10 @@ public:
     // Several existing files, no folders (they can be opened, but not chosen). The prompt is the button's text.
     virtual CompletionTicket openFiles(QWidget* window, const QString& title, const QString& prompt, QObject* context,
                                        Chosen chosen) = 0;
+    // One place to write a file to, which may exist: the user has agreed to its end then. Folders can be made. The
+    // proposal is an absolute path; its folder is shown first.
+    virtual CompletionTicket saveFile(QWidget* window, const QString& title, const QByteArray& proposal,
+                                      QObject* context, Chosen chosen) = 0;
 };
 
 } // namespace quenby

@@ -4,6 +4,7 @@
 #include "platform/Alerts.h"
 #include "platform/CacheFolders.h"
 #include "platform/Defaults.h"
+#include "platform/FileBrowser.h"
 #include "platform/FilePanels.h"
 #include "platform/Keyring.h"
 #include "platform/Notifications.h"
@@ -32,6 +33,7 @@ struct PlatformServices {
     std::unique_ptr<StatusItemHosts> statusItemHosts;
     std::unique_ptr<Alerts> alerts;
     std::unique_ptr<FilePanels> filePanels;
+    std::unique_ptr<FileBrowser> fileBrowser;
     std::unique_ptr<Pasteboard> pasteboard;
     std::unique_ptr<Opener> opener;
     std::unique_ptr<WebViews> webViews;

@@ -28,6 +28,8 @@ struct WebNavigation {
 };
 enum class WebNavigationPolicy { use, ignore };
 
+// A script's messages, questions and file choosers appear over the view's window by themselves. The engine rests while
+// one is open, with all of its pages and downloads; the program does not. The view may be destroyed meanwhile.
 class WebView : public QObject {
     Q_OBJECT
 
@@ -70,16 +72,22 @@ Q_SIGNALS:
     void leftButtonReleased();
 };
 
+class BrowserView;
+
 struct WebViewProfile {
     // Empty: a private session, whose cookies and cache end with the view. Otherwise the name of an account, whose
     // cookies and cache are kept under the user's folders.
     QString account;
+    // What pages are told of the program; empty: the engine's own words. It holds for all views of the account, from
+    // the first that has one.
+    QString userAgent = {};
 };
 
 class WebViews : public PlatformService {
 public:
     // Fails with the reason when there is no engine.
     virtual Result<std::unique_ptr<WebView>> create(const WebViewProfile& profile) = 0;
+    virtual Result<std::unique_ptr<BrowserView>> createBrowser(const WebViewProfile& profile) = 0;
     // Forgets an account's cookies and cache, also in the views that show it.
     virtual void forget(const QString& account) = 0;
 };

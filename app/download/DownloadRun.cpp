@@ -1,8 +1,9 @@
 #include "app/download/DownloadRun.h"
 
 #include "app/cli/Folders.h"
-#include "app/download/SafeFileName.h"
 #include "app/uploads/transfer/SourceFile.h"
+#include "core/FileMoves.h"
+#include "core/SafeFileName.h"
 #include "driveapi/GTLDriveFile.h"
 #include "driveapi/GTLQueryDrive.h"
 #include "driveapi/GTLServiceDrive.h"
@@ -19,20 +20,8 @@
 namespace quenby {
 namespace {
 
-constexpr int mostNames = 10000; // tries for a name that is not taken
-
 Error downloadError(int code, const QString& reason) {
     return Error(errorDomain::posix, code, {{errorKey::reason, reason}});
-}
-
-// Gives the file its name without ever replacing another one; errno tells what was in the way.
-bool renameWithoutReplacing(const QByteArray& from, const QByteArray& to) {
-    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
-        return true;
-    if (errno != EINVAL && errno != ENOSYS)
-        return false;
-    // A file system that can't do it in one step: a hard link is never made over anything.
-    return ::link(from.constData(), to.constData()) == 0 && ::unlink(from.constData()) == 0;
 }
 
 bool isSameOrigin(const QUrl& one, const QUrl& other) {
@@ -136,21 +125,18 @@ void DownloadRun::summed(const Result<QByteArray>& md5) {
 }
 
 Result<QByteArray> DownloadRun::giveName() {
-    const auto inFolder = [this](const QByteArray& name) {
-        return folder_ == "." ? name : folder_.endsWith('/') ? QByteArray(folder_ + name) : folder_ + '/' + name;
-    };
-    for (int number = 1; number <= mostNames; ++number) {
-        const QByteArray path = mayReplace_ ? settings_.output : inFolder(numberedFileName(name_, number));
-        const bool isNamed = mayReplace_ ? ::rename(temporaryPath_.constData(), path.constData()) == 0
-                                         : renameWithoutReplacing(temporaryPath_, path);
-        if (isNamed) {
-            temporaryPath_.clear();
-            return path;
-        }
-        if (mayReplace_ || errno != EEXIST)
-            return fileError(errno, QStringLiteral("can't save as"), path);
+    QByteArray path = settings_.output;
+    if (!mayReplace_)
+        path = renameIntoFolder(temporaryPath_, folder_, name_);
+    else if (::rename(temporaryPath_.constData(), path.constData()) != 0)
+        path.clear();
+    if (path.isEmpty()) {
+        if (errno == EEXIST)
+            return downloadError(EEXIST, QStringLiteral("every name for it is taken; choose one with -o"));
+        return fileError(errno, QStringLiteral("can't save as"), mayReplace_ ? settings_.output : name_);
     }
-    return downloadError(EEXIST, QStringLiteral("every name for it is taken; choose one with -o"));
+    temporaryPath_.clear();
+    return path;
 }
 
 void DownloadRun::finish(const Result<Outcome>& outcome) {

@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxPlatform.h"
 
 #include "platform/linux/desktop/AutomaticStatusItemHosts.h"
+#include "platform/linux/desktop/BusFileBrowser.h"
 #include "platform/linux/desktop/BusNotifications.h"
 #include "platform/linux/desktop/ClipboardPasteboard.h"
 #include "platform/linux/desktop/DarkPreference.h"
@@ -40,6 +41,7 @@ PlatformServices makeLinuxPlatform(const LinuxPlatformOptions& options, const st
         timeSource);
     services.alerts = std::make_unique<MessageBoxAlerts>();
     services.filePanels = std::make_unique<DialogFilePanels>();
+    services.fileBrowser = std::make_unique<BusFileBrowser>();
     services.pasteboard = std::make_unique<ClipboardPasteboard>();
     services.opener = std::make_unique<DesktopOpener>();
     services.webViews = std::make_unique<PluginWebViews>(PluginWebViewsPlaces::standard(options.profile));

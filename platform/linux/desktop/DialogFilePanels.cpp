@@ -3,7 +3,9 @@
 #include "platform/linux/desktop/LocalPaths.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileDialog>
+#include <QFileInfo>
 
 #include <sys/stat.h>
 
@@ -37,15 +39,11 @@ DialogFilePanels::~DialogFilePanels() = default;
 CompletionTicket DialogFilePanels::openFiles(QWidget* window, const QString& title, const QString& prompt,
                                              QObject* context, Chosen chosen) {
     const CompletionGate<QList<QByteArray>> gate(context, std::move(chosen));
-    QWidget* const topLevel = window ? window->window() : nullptr;
-    auto* dialog = new QFileDialog(topLevel && topLevel->isVisible() ? topLevel : nullptr, title);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    QFileDialog* dialog = makePanel(window, title);
     dialog->setAcceptMode(QFileDialog::AcceptOpen);
     dialog->setFileMode(QFileDialog::ExistingFiles);
-    dialog->setSupportedSchemes({QStringLiteral("file")});
     dialog->setDirectoryUrl(folder_);
     dialog->setLabelText(QFileDialog::Accept, prompt);
-    dialog->setWindowModality(dialog->parentWidget() ? Qt::WindowModal : Qt::NonModal);
     connect(dialog, &QDialog::finished, this, [this, dialog, gate](int result) {
         if (result != QDialog::Accepted || dialog->selectedUrls().isEmpty()) {
             gate.deliver(QList<QByteArray>());
@@ -55,12 +53,41 @@ CompletionTicket DialogFilePanels::openFiles(QWidget* window, const QString& tit
         folder_ = dialog->selectedUrls().constFirst().adjusted(QUrl::RemoveFilename | QUrl::StripTrailingSlash);
         gate.deliver(chosenFiles(*dialog));
     });
+    present(*dialog);
+    return gate.ticket();
+}
+
+CompletionTicket DialogFilePanels::saveFile(QWidget* window, const QString& title, const QByteArray& proposal,
+                                            QObject* context, Chosen chosen) {
+    const CompletionGate<QList<QByteArray>> gate(context, std::move(chosen));
+    QFileDialog* dialog = makePanel(window, title);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setFileMode(QFileDialog::AnyFile);
+    const QFileInfo proposed(QFile::decodeName(proposal));
+    dialog->setDirectory(proposed.absolutePath());
+    dialog->selectFile(proposed.fileName());
+    connect(dialog, &QDialog::finished, this, [dialog, gate](int result) {
+        gate.deliver(result == QDialog::Accepted ? chosenFiles(*dialog) : QList<QByteArray>());
+    });
+    present(*dialog);
+    return gate.ticket();
+}
+
+QFileDialog* DialogFilePanels::makePanel(QWidget* window, const QString& title) const {
+    QWidget* const topLevel = window ? window->window() : nullptr;
+    auto* dialog = new QFileDialog(topLevel && topLevel->isVisible() ? topLevel : nullptr, title);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setSupportedSchemes({QStringLiteral("file")});
+    dialog->setWindowModality(dialog->parentWidget() ? Qt::WindowModal : Qt::NonModal);
     // The panel dies with its service, also when it has no window.
     connect(this, &QObject::destroyed, dialog, [dialog] { delete dialog; });
-    dialog->show();
-    dialog->raise();
-    dialog->activateWindow();
-    return gate.ticket();
+    return dialog;
+}
+
+void DialogFilePanels::present(QFileDialog& dialog) {
+    dialog.show();
+    dialog.raise();
+    dialog.activateWindow();
 }
 
 } // namespace quenby

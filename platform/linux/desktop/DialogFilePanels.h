@@ -5,6 +5,8 @@
 
 #include <QObject>
 
+class QFileDialog;
+
 namespace quenby {
 
 class DialogFilePanels final : public QObject, public FilePanels {
@@ -17,8 +19,13 @@ public:
 
     CompletionTicket openFiles(QWidget* window, const QString& title, const QString& prompt, QObject* context,
                                Chosen chosen) override;
+    CompletionTicket saveFile(QWidget* window, const QString& title, const QByteArray& proposal, QObject* context,
+                              Chosen chosen) override;
 
 private:
+    QFileDialog* makePanel(QWidget* window, const QString& title) const;
+    static void present(QFileDialog& dialog);
+
     QUrl folder_; // where the user chose last; for this run of the program
 };
 

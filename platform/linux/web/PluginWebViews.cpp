@@ -93,8 +93,14 @@ PluginWebViews::~PluginWebViews() = default;
 
 Result<std::unique_ptr<WebView>> PluginWebViews::create(const WebViewProfile& profile) {
     if (!engine_ && !load())
-        return Error(URLErrorCode::unknown, {{errorKey::reason, unavailableBecause_}});
-    return engine_->createView(profile.account.isEmpty() ? WebProfileFolders() : folders_.foldersOf(profile.account));
+        return unavailable();
+    return engine_->createView(foldersOf(profile), profile.userAgent);
+}
+
+Result<std::unique_ptr<BrowserView>> PluginWebViews::createBrowser(const WebViewProfile& profile) {
+    if (!engine_ && !load())
+        return unavailable();
+    return engine_->createBrowserView(foldersOf(profile), profile.userAgent);
 }
 
 void PluginWebViews::forget(const QString& account) {
@@ -103,6 +109,14 @@ void PluginWebViews::forget(const QString& account) {
         engine_->forget(left);
     else
         AccountWebFolders::remove(left);
+}
+
+WebProfileFolders PluginWebViews::foldersOf(const WebViewProfile& profile) {
+    return profile.account.isEmpty() ? WebProfileFolders() : folders_.foldersOf(profile.account);
+}
+
+Error PluginWebViews::unavailable() const {
+    return Error(URLErrorCode::unknown, {{errorKey::reason, unavailableBecause_}});
 }
 
 // A failure is tried again with the next page: the user may have installed what was missing.

@@ -26,12 +26,15 @@ public:
     ~PluginWebViews() override;
 
     Result<std::unique_ptr<WebView>> create(const WebViewProfile& profile) override;
+    Result<std::unique_ptr<BrowserView>> createBrowser(const WebViewProfile& profile) override;
     void forget(const QString& account) override;
     // Known after the first page only: looking would cost what is to be saved.
     QString unavailableBecause() const override { return unavailableBecause_; }
 
 private:
     bool load();
+    WebProfileFolders foldersOf(const WebViewProfile& profile);
+    Error unavailable() const;
 
     const QStringList moduleFolders_;
     AccountWebFolders folders_;

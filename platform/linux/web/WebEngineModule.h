@@ -3,7 +3,7 @@
 // Threads: the main thread. Everything that the module made must be gone before the application object is.
 #pragma once
 
-#include "platform/WebView.h"
+#include "platform/BrowserView.h"
 
 #include <QtPlugin>
 
@@ -24,8 +24,10 @@ class WebEngine {
 public:
     virtual ~WebEngine() = default;
 
-    // Views with the same folders share their cookies.
-    virtual std::unique_ptr<WebView> createView(const WebProfileFolders& folders) = 0;
+    // Views with the same folders share their cookies, and the first user agent that is not empty.
+    virtual std::unique_ptr<WebView> createView(const WebProfileFolders& folders, const QString& userAgent) = 0;
+    virtual std::unique_ptr<BrowserView> createBrowserView(const WebProfileFolders& folders,
+                                                           const QString& userAgent) = 0;
     // Removes cookies and cache from under the views that are shown. The folders are not used by later views.
     virtual void forget(const WebProfileFolders& folders) = 0;
 };
@@ -40,4 +42,4 @@ public:
 
 } // namespace quenby
 
-Q_DECLARE_INTERFACE(quenby::WebEngineModule, "org.quenby.WebEngineModule/1")
+Q_DECLARE_INTERFACE(quenby::WebEngineModule, "org.quenby.WebEngineModule/2")

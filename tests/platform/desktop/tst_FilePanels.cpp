@@ -11,8 +11,10 @@
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTemporaryDir>
+#include <QTimer>
 
 using namespace quenby;
 using namespace quenby::testing;
@@ -81,6 +83,44 @@ private Q_SLOTS:
             QTRY_VERIFY_WITH_TIMEOUT(!activePanel(), patience);
         };
         filePanelsKeepTheirContract(panels, window_, files_, {choose, cancel});
+    }
+
+    // The proposal is where the user looks first; an existing file is only chosen after a question.
+    void savingProposesAPlaceAndAsksBeforeItReplaces() {
+        DialogFilePanels panels;
+        const QString existing = QFile::decodeName(files_.last());
+        QList<QList<QByteArray>> chosen;
+        const auto save = [&] {
+            panels.saveFile(&window_, QStringLiteral("Save As"),
+                            QFile::encodeName(folder_.filePath(QStringLiteral("é new.txt"))), this,
+                            [&](const QList<QByteArray>& paths) { chosen.append(paths); });
+            QTRY_VERIFY_WITH_TIMEOUT(activePanel(), patience);
+            QCOMPARE(activePanel()->directory().path(), folder_.path());
+        };
+        save();
+        useInput(QStringLiteral("key Return"));
+        QTRY_COMPARE_WITH_TIMEOUT(chosen.size(), 1, patience);
+        QCOMPARE(chosen.takeFirst(),
+                 QList<QByteArray>{QFile::encodeName(folder_.filePath(QStringLiteral("é new.txt")))});
+        save();
+        // The dialog asks from inside its own event loop, which has to be answered from there.
+        int questions = 0;
+        QTimer answering;
+        connect(&answering, &QTimer::timeout, this, [&] {
+            if (!qobject_cast<QMessageBox*>(QApplication::activeWindow()))
+                return;
+            ++questions;
+            QVERIFY(chosen.isEmpty());
+            useInput(QStringLiteral("key Escape"));
+        });
+        answering.start(50);
+        useInput(QStringLiteral("key ctrl+a"));
+        type(existing);
+        QTRY_VERIFY_WITH_TIMEOUT(questions > 0 && activePanel(), patience);
+        answering.stop();
+        useInput(QStringLiteral("key Escape"));
+        QTRY_COMPARE_WITH_TIMEOUT(chosen.size(), 1, patience);
+        QVERIFY(chosen.first().isEmpty());
     }
 
     void thePanelBeginsWhereTheLastOneEnded() {

@@ -15,14 +15,18 @@ public:
     struct Opened {
         QPointer<QWidget> window;
         QString title;
-        QString prompt;
+        QString prompt;      // of a panel that opens files
+        QByteArray proposal; // of one that saves a file
         CompletionGate<QList<QByteArray>> chosen;
     };
 
     CompletionTicket openFiles(QWidget* window, const QString& title, const QString& prompt, QObject* context,
                                Chosen chosen) override {
-        opened_.append({window, title, prompt, CompletionGate<QList<QByteArray>>(context, std::move(chosen))});
-        return opened_.last().chosen.ticket();
+        return open({window, title, prompt, {}, CompletionGate<QList<QByteArray>>(context, std::move(chosen))});
+    }
+    CompletionTicket saveFile(QWidget* window, const QString& title, const QByteArray& proposal, QObject* context,
+                              Chosen chosen) override {
+        return open({window, title, {}, proposal, CompletionGate<QList<QByteArray>>(context, std::move(chosen))});
     }
 
     // Every panel that was opened, closed or not.
@@ -39,6 +43,11 @@ public:
     bool cancel() { return choose({}); }
 
 private:
+    CompletionTicket open(const Opened& panel) {
+        opened_.append(panel);
+        return panel.chosen.ticket();
+    }
+
     QList<Opened> opened_;
     qsizetype closed_ = 0;
 };

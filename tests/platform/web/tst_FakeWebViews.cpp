@@ -1,6 +1,6 @@
-// The fake against the contract that the engine is held to as well.
+// The fakes against the contracts that the engine is held to as well.
 
-#include "tests/platform/contracts/WebViewContract.h"
+#include "tests/platform/contracts/BrowserViewContract.h"
 #include "tests/platform/fakes/FakeWebViews.h"
 
 using namespace quenby;
@@ -22,8 +22,13 @@ private Q_SLOTS:
             {site_.url(QStringLiteral("/redirect")), {.redirect = site_.url(QStringLiteral("/b"))}},
             {site_.url(QStringLiteral("/broken")), {.failure = Error(URLErrorCode::networkConnectionLost)}},
         };
+        addBrowserPages();
     }
-    void init() { view_ = views_.create({}).value(); }
+    void init() {
+        view_ = views_.create({}).value();
+        browser_ = views_.createBrowser({}).value();
+        browser_->widget()->show();
+    }
 
     void load() { webViewTellsHowALoadGoes(*view_, site_); }
     void policy() { webViewAsksBeforeItGoesAnywhere(*view_, site_); }
@@ -38,10 +43,40 @@ private Q_SLOTS:
     }
     void end() { webViewMayGoInsideOfItsQuestion(std::move(view_), site_); }
 
+    void browserHistory() { browserGoesBackAndForward(*browser_, browserSite_); }
+    void browserFind() { browserFindsText(*browser_, browserSite_); }
+    void browserIcon() { browserTellsThePagesIcon(*browser_, browserSite_); }
+    void browserFiles() { browserReceivesFiles(*browser_, browserSite_); }
+    void browserFilesDropped() { browserDropsFilesThatNobodyTakes(*browser_, browserSite_); }
+    void browserFilesCut() { browserTellsWhyAFileDidNotArrive(*browser_, browserSite_); }
+    void browserFilesCancelled() { browserCancelsFiles(*browser_, browserSite_); }
+    void browserRest() { browserRestsOnlyUnseen(*browser_, browserSite_); }
+    void browserProcess() { browserEndsItsProcess(*browser_, browserSite_); }
+
 private:
+    void addBrowserPages() {
+        browserSite_ = {site_.url, QByteArray(1000, 'x')};
+        QImage red(16, 16, QImage::Format_RGB32);
+        red.fill(Qt::red);
+        FakePage file{.file = FakeFile{.name = QStringLiteral("file.bin"), .bytes = browserSite_.bytes}};
+        FakePage cut = file;
+        cut.file->failure = Error(URLErrorCode::networkConnectionLost, {{errorKey::reason, QStringLiteral("Lost.")}});
+        FakePage endless = file;
+        endless.file->stalls = true;
+        const auto add = [this](const char* path, const FakePage& page) {
+            views_.pages().insert(site_.url(QString::fromLatin1(path)), page);
+        };
+        add("/text", {.title = QStringLiteral("Text"), .text = QStringLiteral("One two one three ONE"), .icon = red});
+        add("/file", file);
+        add("/cut", cut);
+        add("/endless", endless);
+    }
+
     WebSite site_;
+    BrowserSite browserSite_;
     FakeWebViews views_;
     std::unique_ptr<WebView> view_;
+    std::unique_ptr<BrowserView> browser_;
 };
 
 QTEST_MAIN(TestFakeWebViews)

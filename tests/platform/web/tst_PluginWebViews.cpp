@@ -7,7 +7,6 @@
 #include <QApplication>
 #include <QLibrary>
 #include <QPushButton>
-#include <QTemporaryDir>
 
 using namespace quenby;
 using namespace quenby::testing;
@@ -45,7 +44,6 @@ private:
     void load(WebView& view, const QString& path);
     QByteArray cookiesAt(WebView& view);
 
-    QTemporaryDir root_;
     ScriptedServer server_;
     WebSite site_;
     std::unique_ptr<PluginWebViews> views_;
@@ -55,10 +53,8 @@ private:
 void TestPluginWebViews::initTestCase() {
     server_.setHandler([this](const ReceivedRequest& request) { return answer(request); });
     site_.url = [this](const QString& path) { return server_.url(path); };
-    PluginWebViewsPlaces places = PluginWebViewsPlaces::standard(u"test"_s);
-    places.dataRoot = root_.filePath(u"data"_s);
-    places.cacheRoot = root_.filePath(u"cache"_s);
-    views_ = std::make_unique<PluginWebViews>(places);
+    // Below the session's own home, which goes with it: the engine writes to its folders until the very end.
+    views_ = std::make_unique<PluginWebViews>(PluginWebViewsPlaces::standard(u"test"_s));
 }
 
 void TestPluginWebViews::cleanup() {
@@ -115,7 +111,7 @@ QByteArray TestPluginWebViews::cookiesAt(WebView& view) {
 }
 
 void TestPluginWebViews::missingModuleSaysWhy() {
-    PluginWebViews none({root_.path(), root_.path(), {u"/nowhere"_s}});
+    PluginWebViews none({u"/nowhere"_s, u"/nowhere"_s, {u"/nowhere"_s}});
     const auto view = none.create({});
     QVERIFY(!view);
     QVERIFY(none.unavailableBecause().contains(u"/nowhere"_s));

@@ -2,10 +2,12 @@
 
 #include "core/Redaction.h"
 
+#include <QCoreApplication>
 #include <QLoggingCategory>
+#include <QWebEngineCertificateError>
 #include <QWebEngineClientCertificateSelection>
+#include <QWebEngineDownloadRequest>
 #include <QWebEngineFileSystemAccessRequest>
-#include <QWebEngineFullScreenRequest>
 #include <QWebEngineRegisterProtocolHandlerRequest>
 
 namespace quenby {
@@ -32,21 +34,47 @@ WebNavigation::Kind kindOf(QWebEnginePage::NavigationType type) {
     }
 }
 
+constexpr qsizetype longestConsoleMessage = 4096; // characters
+
 } // namespace
+
+// Lies around each question, and deletes a page that nobody wants any more behind the last one.
+class EnginePage::Asking {
+public:
+    explicit Asking(EnginePage& page)
+        : page_(page) {
+        ++page_.asking_;
+    }
+    ~Asking() {
+        if (--page_.asking_ == 0 && page_.goes_)
+            page_.deleteLater(); // the engine's own call goes on for a bit
+    }
+    Q_DISABLE_COPY_MOVE(Asking)
+
+private:
+    EnginePage& page_;
+};
 
 EnginePage::EnginePage(QWebEngineProfile* profile, QObject* parent)
     : QWebEnginePage(profile, parent) {
     connect(this, &QWebEnginePage::featurePermissionRequested, this, [this](const QUrl& origin, Feature feature) {
         setFeaturePermission(origin, feature, PermissionDeniedByUser);
     });
-    connect(this, &QWebEnginePage::fullScreenRequested, this,
-            [](QWebEngineFullScreenRequest request) { request.reject(); });
     connect(this, &QWebEnginePage::registerProtocolHandlerRequested, this,
             [](QWebEngineRegisterProtocolHandlerRequest request) { request.reject(); });
     connect(this, &QWebEnginePage::fileSystemAccessRequested, this,
             [](QWebEngineFileSystemAccessRequest request) { request.reject(); });
     connect(this, &QWebEnginePage::selectClientCertificate, this,
             [](QWebEngineClientCertificateSelection selection) { selection.selectNone(); });
+    connect(this, &QWebEnginePage::certificateError, this,
+            [](QWebEngineCertificateError error) { error.rejectCertificate(); });
+}
+
+void EnginePage::answerNothing() {
+    policy_ = {};
+    downloadTaker_ = {};
+    console_ = {};
+    dialogs_.close();
 }
 
 bool EnginePage::acceptNavigationRequest(const QUrl& url, NavigationType type, bool isMainFrame) {
@@ -55,15 +83,55 @@ bool EnginePage::acceptNavigationRequest(const QUrl& url, NavigationType type, b
     if (!policy_)
         return true;
     const WebView::NavigationPolicy policy = policy_; // it may be replaced while it runs
-    isAsking_ = true;
-    const bool isUsed = policy({url, kindOf(type), isMainFrame}) == WebNavigationPolicy::use;
-    isAsking_ = false;
-    return isUsed;
+    const Asking asking(*this);
+    return policy({url, kindOf(type), isMainFrame}) == WebNavigationPolicy::use;
+}
+
+void EnginePage::offerDownload(QWebEngineDownloadRequest& request) {
+    if (const DownloadTaker taker = downloadTaker_) {
+        const Asking asking(*this);
+        taker(request);
+    }
+    if (request.state() == QWebEngineDownloadRequest::DownloadRequested)
+        request.cancel();
+}
+
+void EnginePage::javaScriptAlert(const QUrl& origin, const QString& message) {
+    const Asking asking(*this);
+    dialogs_.ask({PageQuestion::Kind::alert, origin, message});
+}
+
+bool EnginePage::javaScriptConfirm(const QUrl& origin, const QString& message) {
+    // How the engine asks before it leaves a page, in its own words.
+    const QString leaveMessage = QCoreApplication::translate(
+        "QWebEnginePage", "Are you sure you want to leave this page? Changes that you made may not be saved.");
+    const auto kind = message == leaveMessage ? PageQuestion::Kind::leave : PageQuestion::Kind::confirm;
+    const Asking asking(*this);
+    return dialogs_.ask({kind, origin, message}).has_value();
+}
+
+bool EnginePage::javaScriptPrompt(const QUrl& origin, const QString& message, const QString& proposal,
+                                  QString* answer) {
+    const Asking asking(*this);
+    const auto text = dialogs_.ask({PageQuestion::Kind::prompt, origin, message, proposal});
+    if (text)
+        *answer = *text;
+    return text.has_value();
+}
+
+QStringList EnginePage::chooseFiles(FileSelectionMode mode, const QStringList& proposals, const QStringList&) {
+    const Asking asking(*this);
+    return dialogs_.chooseFiles(mode, proposals.value(0));
 }
 
 void EnginePage::javaScriptConsoleMessage(JavaScriptConsoleMessageLevel, const QString& message, int lineNumber,
                                           const QString&) {
-    qCDebug(consoleLog).noquote() << "line" << lineNumber << redaction::text(message);
+    if (!console_ && !consoleLog().isDebugEnabled())
+        return;
+    const QString text = redaction::text(message.left(longestConsoleMessage));
+    qCDebug(consoleLog).noquote() << "line" << lineNumber << text;
+    if (console_)
+        console_(text);
 }
 
 } // namespace quenby

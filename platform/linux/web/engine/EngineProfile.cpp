@@ -1,5 +1,8 @@
 #include "platform/linux/web/engine/EngineProfile.h"
 
+#include "platform/linux/web/engine/EngineDownload.h"
+#include "platform/linux/web/engine/EnginePage.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QLocale>
@@ -9,6 +12,16 @@
 namespace quenby {
 namespace {
 
+// By its page, whose view says what becomes of it; of a page that is gone, nobody does.
+void takeDownload(QWebEngineProfile& profile, QWebEngineDownloadRequest& request) {
+    if (EngineDownload::goesOnWith(profile, request))
+        return;
+    if (auto* page = qobject_cast<EnginePage*>(request.page()))
+        page->offerDownload(request);
+    else
+        request.cancel();
+}
+
 void applyRules(QWebEngineProfile& profile) {
     QWebEngineSettings& settings = *profile.settings();
     const auto set = [&settings](QWebEngineSettings::WebAttribute attribute, bool on) {
@@ -17,6 +30,7 @@ void applyRules(QWebEngineProfile& profile) {
     set(QWebEngineSettings::JavascriptCanOpenWindows, true); // so that the view is asked; it opens none
     set(QWebEngineSettings::ErrorPageEnabled, false);        // whoever shows the view says what went wrong
     set(QWebEngineSettings::PluginsEnabled, false);
+    set(QWebEngineSettings::PdfViewerEnabled, false); // it would print itself instead of the document
     set(QWebEngineSettings::HyperlinkAuditingEnabled, false);
     set(QWebEngineSettings::LocalContentCanAccessFileUrls, false);
     set(QWebEngineSettings::NavigateOnDropEnabled, false);
@@ -26,7 +40,7 @@ void applyRules(QWebEngineProfile& profile) {
     profile.setHttpAcceptLanguage(QLocale().uiLanguages().join(QLatin1Char(',')));
     profile.setSpellCheckEnabled(false);
     QObject::connect(&profile, &QWebEngineProfile::downloadRequested, &profile,
-                     [](QWebEngineDownloadRequest* download) { download->cancel(); });
+                     [&profile](QWebEngineDownloadRequest* request) { takeDownload(profile, *request); });
 }
 
 // Cookies open accounts: nobody else may read them.

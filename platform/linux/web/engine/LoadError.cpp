@@ -45,7 +45,26 @@ URLErrorCode codeFor(int engineCode) {
     return URLErrorCode::unknown;
 }
 
-QString sentenceFor(URLErrorCode code, const QString& host) {
+// What is wrong with the server's certificate.
+QString certificateFault(int engineCode) {
+    switch (-engineCode) {
+    case 200:
+        return QStringLiteral("its certificate is for another name");
+    case 201:
+        return QStringLiteral("its certificate has expired or is not valid yet");
+    case 202:
+        return QStringLiteral("its certificate is from an authority that this computer does not trust");
+    case 206:
+        return QStringLiteral("its certificate was revoked");
+    case 208:
+    case 211:
+        return QStringLiteral("its certificate is too weak");
+    default:
+        return QStringLiteral("its certificate is not valid");
+    }
+}
+
+QString sentenceFor(URLErrorCode code, int engineCode, const QString& host) {
     switch (code) {
     case URLErrorCode::timedOut:
         return QStringLiteral("%1 did not answer in time. Check the network and try again.").arg(host);
@@ -55,8 +74,12 @@ QString sentenceFor(URLErrorCode code, const QString& host) {
         return QStringLiteral("No connection to %1 could be made. Check the network and try again.").arg(host);
     case URLErrorCode::cannotFindHost:
         return QStringLiteral("%1 was not found. Check the network and try again.").arg(host);
-    case URLErrorCode::secureConnectionFailed:
     case URLErrorCode::serverCertificateUntrusted:
+        return QStringLiteral(
+                   "The connection to %1 is not secure: %2. Nothing was sent. Check this computer's date and "
+                   "whether the network asks for a sign-in of its own.")
+            .arg(host, certificateFault(engineCode));
+    case URLErrorCode::secureConnectionFailed:
         return QStringLiteral("The connection to %1 is not secure, and nothing was sent. Check this computer's date "
                               "and whether the network asks for a sign-in of its own.")
             .arg(host);
@@ -72,7 +95,7 @@ Error loadError(const QWebEngineLoadingInfo& info) {
     QString host = info.url().host();
     if (host.isEmpty())
         host = QStringLiteral("This address");
-    QString sentence = sentenceFor(code, host);
+    QString sentence = sentenceFor(code, info.errorCode(), host);
     if (!info.errorString().isEmpty())
         sentence += QStringLiteral(" (%1)").arg(info.errorString());
     return Error(code, {{errorKey::reason, sentence}, {errorKey::failingURL, info.url()}});

@@ -1,5 +1,6 @@
 #include "platform/linux/web/engine/WebEngineModulePlugin.h"
 
+#include "platform/linux/web/engine/EngineBrowserView.h"
 #include "platform/linux/web/engine/EngineProfile.h"
 #include "platform/linux/web/engine/EngineStart.h"
 #include "platform/linux/web/engine/EngineWebView.h"
@@ -15,9 +16,14 @@ namespace {
 
 class Engine final : public WebEngine {
 public:
-    std::unique_ptr<WebView> createView(const WebProfileFolders& folders) override {
+    std::unique_ptr<WebView> createView(const WebProfileFolders& folders, const QString& userAgent) override {
         const EngineStart start;
-        return std::make_unique<EngineWebView>(profileFor(folders));
+        return std::make_unique<EngineWebView>(profileFor(folders, userAgent));
+    }
+    std::unique_ptr<BrowserView> createBrowserView(const WebProfileFolders& folders,
+                                                   const QString& userAgent) override {
+        const EngineStart start;
+        return std::make_unique<EngineBrowserView>(profileFor(folders, userAgent));
     }
 
     void forget(const WebProfileFolders& folders) override {
@@ -35,17 +41,25 @@ private:
     struct Account {
         WebProfileFolders folders;
         std::shared_ptr<QWebEngineProfile> profile;
+        bool hasUserAgent = false;
     };
 
-    std::shared_ptr<QWebEngineProfile> profileFor(const WebProfileFolders& folders) {
-        if (folders.data.isEmpty())
-            return makeEngineProfile(folders);
-        for (const Account& account : accounts_) {
+    std::shared_ptr<QWebEngineProfile> profileFor(const WebProfileFolders& folders, const QString& userAgent) {
+        if (folders.data.isEmpty()) {
+            Account session{folders, makeEngineProfile(folders)};
+            return profileOf(session, userAgent);
+        }
+        for (Account& account : accounts_) {
             if (account.folders == folders)
-                return account.profile;
+                return profileOf(account, userAgent);
         }
         accounts_.push_back({folders, makeEngineProfile(folders)});
-        return accounts_.back().profile;
+        return profileOf(accounts_.back(), userAgent);
+    }
+    static std::shared_ptr<QWebEngineProfile> profileOf(Account& account, const QString& userAgent) {
+        if (!userAgent.isEmpty() && !std::exchange(account.hasUserAgent, true))
+            account.profile->setHttpUserAgent(userAgent);
+        return account.profile;
     }
 
     std::vector<Account> accounts_;

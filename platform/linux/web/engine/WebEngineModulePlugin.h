@@ -9,7 +9,7 @@ namespace quenby {
 
 class WebEngineModulePlugin final : public QObject, public WebEngineModule {
     Q_OBJECT
-    Q_PLUGIN_METADATA(IID "org.quenby.WebEngineModule/1")
+    Q_PLUGIN_METADATA(IID "org.quenby.WebEngineModule/2")
     Q_INTERFACES(quenby::WebEngineModule)
 
 public:

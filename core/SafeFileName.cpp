@@ -1,4 +1,4 @@
-#include "app/download/SafeFileName.h"
+#include "core/SafeFileName.h"
 
 #include <algorithm>
 
@@ -36,7 +36,9 @@ QByteArray assembled(const QByteArray& name, const QByteArray& insertion) {
 QByteArray safeFileName(const QString& title) {
     QString name;
     for (const QChar character : title) {
-        const bool isUnsafe = character == QLatin1Char('/') || character.category() == QChar::Other_Control;
+        const bool isJoiner = character.unicode() == 0x200C || character.unicode() == 0x200D; // words need them
+        const bool isUnsafe = character == QLatin1Char('/') || character.category() == QChar::Other_Control ||
+                              (character.category() == QChar::Other_Format && !isJoiner);
         name += isUnsafe ? QChar(QLatin1Char('_')) : character;
     }
     const auto visible = std::find_if(name.cbegin(), name.cend(), [](QChar character) {
