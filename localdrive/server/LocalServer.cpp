@@ -6,12 +6,21 @@
 #include "localdrive/server/RequestLog.h"
 #include "localdrive/server/RpcEndpoint.h"
 #include "localdrive/server/activity/Activity.h"
+#include "localdrive/server/docs/ArchiveEndpoint.h"
+#include "localdrive/server/docs/DocumentCalls.h"
+#include "localdrive/server/docs/DocumentPages.h"
+#include "localdrive/server/docs/DownloadEndpoint.h"
+#include "localdrive/server/docs/ExportEndpoint.h"
 #include "localdrive/server/http/TlsContext.h"
 #include "localdrive/server/oauth/SignInEndpoint.h"
 #include "localdrive/server/share/ShareEndpoint.h"
 #include "localdrive/server/upload/UploadEndpoint.h"
+#include "localdrive/server/web/AccountPages.h"
 #include "localdrive/server/web/FileEndpoint.h"
+#include "localdrive/server/web/FilePage.h"
+#include "localdrive/server/web/ListPages.h"
 #include "localdrive/server/web/PageEndpoint.h"
+#include "localdrive/server/web/WebCalls.h"
 
 #include <QTimer>
 
@@ -90,7 +99,18 @@ struct LocalServer::Parts {
     std::unique_ptr<SignInEndpoint> signInEndpoint;
     std::unique_ptr<TokenEndpoint> tokenEndpoint;
     std::unique_ptr<FileEndpoint> fileEndpoint;
+    std::unique_ptr<PageGuard> pageGuard;
+    std::unique_ptr<PageFrame> pageFrame;
     std::unique_ptr<PageEndpoint> pageEndpoint;
+    std::unique_ptr<ListPages> listPages;
+    std::unique_ptr<FilePage> filePage;
+    std::unique_ptr<AccountPages> accountPages;
+    std::unique_ptr<WebCalls> webCalls;
+    std::unique_ptr<DocumentPages> documentPages;
+    std::unique_ptr<DocumentCalls> documentCalls;
+    std::unique_ptr<ExportEndpoint> exportEndpoint;
+    std::unique_ptr<DownloadEndpoint> downloadEndpoint;
+    std::unique_ptr<ArchiveEndpoint> archiveEndpoint;
     std::unique_ptr<ShareEndpoint> shareEndpoint;
     std::unique_ptr<ControlEndpoint> controlEndpoint;
     std::unique_ptr<Activity> activity;
@@ -154,7 +174,18 @@ void LocalServer::Parts::addEndpoints(const ServerOptions& options, std::functio
     signInEndpoint = std::make_unique<SignInEndpoint>(*tokens, pages, guard, owner, *statistics);
     tokenEndpoint = std::make_unique<TokenEndpoint>(*tokens, options.clients, clock, url, *statistics);
     fileEndpoint = std::make_unique<FileEndpoint>(*store, *methods, *authenticator);
-    pageEndpoint = std::make_unique<PageEndpoint>(*methods, *tokens, *authenticator, pages, guard, owner);
+    pageGuard = std::make_unique<PageGuard>(*authenticator, store->pageTokenKey());
+    pageFrame = std::make_unique<PageFrame>(*store, pages, *pageGuard);
+    pageEndpoint = std::make_unique<PageEndpoint>(*tokens, pages, guard, owner);
+    listPages = std::make_unique<ListPages>(*store, *pageFrame);
+    filePage = std::make_unique<FilePage>(*store, *pageFrame);
+    accountPages = std::make_unique<AccountPages>(*pageFrame);
+    webCalls = std::make_unique<WebCalls>(*store, *methods, *pageGuard);
+    documentPages = std::make_unique<DocumentPages>(*store, *methods, *pageGuard, *pageFrame);
+    documentCalls = std::make_unique<DocumentCalls>(*store, *methods, *pageGuard);
+    exportEndpoint = std::make_unique<ExportEndpoint>(*store, *authenticator);
+    downloadEndpoint = std::make_unique<DownloadEndpoint>(*store, *authenticator, *pageGuard, *pageFrame);
+    archiveEndpoint = std::make_unique<ArchiveEndpoint>(*store, *methods, *pageGuard, *pageFrame);
     shareEndpoint = std::make_unique<ShareEndpoint>(*methods, *tokens, *authenticator, pages, *statistics);
 
     rpcEndpoint->addRoutes(*http);
@@ -163,6 +194,15 @@ void LocalServer::Parts::addEndpoints(const ServerOptions& options, std::functio
     tokenEndpoint->addRoutes(*http);
     fileEndpoint->addRoutes(*http);
     pageEndpoint->addRoutes(*http);
+    listPages->addRoutes(*http);
+    filePage->addRoutes(*http);
+    accountPages->addRoutes(*http);
+    webCalls->addRoutes(*http);
+    documentPages->addRoutes(*http);
+    documentCalls->addRoutes(*http);
+    exportEndpoint->addRoutes(*http);
+    downloadEndpoint->addRoutes(*http);
+    archiveEndpoint->addRoutes(*http);
     shareEndpoint->addRoutes(*http);
     if (options.hasControl()) {
         controlEndpoint = std::make_unique<ControlEndpoint>(

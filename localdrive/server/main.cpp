@@ -3,7 +3,8 @@
 #include "localdrive/server/LocalServer.h"
 #include "localdrive/server/ServerOptions.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QLoggingCategory>
 #include <QSocketNotifier>
 #include <QTimer>
 
@@ -60,6 +61,14 @@ int refuseToStart(const Error& error, const QString& folder) {
     return alreadyRunning;
 }
 
+// Fonts, for exports, come with an application that could show windows. This one never does, and must not look for a
+// screen, a theme or an input method.
+void needNoDesktop() {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QT_IM_MODULE", "none");
+    qunsetenv("QT_QPA_PLATFORMTHEME");
+}
+
 int serve(LocalServer& server, const ServerOptions& options, int signalDescriptor) {
     QSocketNotifier ending(signalDescriptor, QSocketNotifier::Read);
     QObject::connect(&ending, &QSocketNotifier::activated, [] { QCoreApplication::quit(); });
@@ -83,7 +92,12 @@ int serve(LocalServer& server, const ServerOptions& options, int signalDescripto
 
 int main(int argc, char** argv) {
     const int signalDescriptor = endingSignals();
-    const QCoreApplication application(argc, argv);
+    needNoDesktop();
+    // Outside of sessions the toolkit would complain that there is no folder for running programs.
+    QLoggingCategory* const log = QLoggingCategory::defaultCategory();
+    log->setEnabled(QtWarningMsg, false);
+    const QGuiApplication application(argc, argv);
+    log->setEnabled(QtWarningMsg, true);
     const auto options = ServerOptions::parse(QCoreApplication::arguments());
     if (!options)
         return showUsage(options.error());

@@ -3,6 +3,7 @@
 #include "localdrive/store/Access.h"
 #include "localdrive/store/ApiError.h"
 #include "localdrive/store/ChangeLog.h"
+#include "localdrive/store/Documents.h"
 #include "localdrive/store/FileMetadata.h"
 #include "localdrive/store/FileResource.h"
 #include "localdrive/store/FileTree.h"
@@ -260,6 +261,7 @@ Result<QJsonObject> copy(Work& work, const Parameters& params) {
     if (const MaybeError refused = insertRecord(work, file, resource))
         return *refused;
     appendRevision(work, file, original->blobId, params.flag("pinned", false), false);
+    documents::copy(work, original->id, file.id);
     finishInsert(work, file);
     return answer(work, file.id);
 }

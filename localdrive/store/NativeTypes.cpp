@@ -1,71 +1,25 @@
 #include "localdrive/store/NativeTypes.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace quenby::localdrive {
 namespace {
 
-struct ExportFormat {
-    QString mimeType;
-    QString path; // below the application's address; the document's id follows or, for %1, stands inside
-};
-
-struct NativeKind {
-    QString mimeType;
-    QString application; // first part of its pages' paths
-    QString icon;
-    std::vector<ExportFormat> formats;
-};
-
-const std::vector<NativeKind>& nativeKinds() {
-    static const std::vector<NativeKind> kinds{
-        {QStringLiteral("application/vnd.google-apps.document"),
-         QStringLiteral("document"),
-         QStringLiteral("document"),
-         {{QStringLiteral("application/vnd.openxmlformats-officedocument.wordprocessingml.document"),
-           QStringLiteral("export?format=docx&id=%1")},
-          {QStringLiteral("application/vnd.oasis.opendocument.text"), QStringLiteral("export?format=odt&id=%1")},
-          {QStringLiteral("text/plain"), QStringLiteral("export?format=txt&id=%1")},
-          {QStringLiteral("application/pdf"), QStringLiteral("export?format=pdf&id=%1")},
-          {QStringLiteral("application/zip"), QStringLiteral("export?format=zip&id=%1")}}},
-        {QStringLiteral("application/vnd.google-apps.spreadsheet"),
-         QStringLiteral("spreadsheets"),
-         QStringLiteral("spreadsheet"),
-         {{QStringLiteral("application/vnd.openxmlformats-officedocument.spreadsheetml.sheet"),
-           QStringLiteral("export?format=xlsx&id=%1")},
-          {QStringLiteral("application/x-vnd.oasis.opendocument.spreadsheet"),
-           QStringLiteral("export?format=ods&id=%1")},
-          {QStringLiteral("application/pdf"), QStringLiteral("export?format=pdf&id=%1")},
-          {QStringLiteral("text/csv"), QStringLiteral("export?format=csv&id=%1")},
-          {QStringLiteral("text/tab-separated-values"), QStringLiteral("export?format=tsv&id=%1")},
-          {QStringLiteral("application/zip"), QStringLiteral("export?format=zip&id=%1")}}},
-        {QStringLiteral("application/vnd.google-apps.presentation"),
-         QStringLiteral("presentation"),
-         QStringLiteral("presentation"),
-         {{QStringLiteral("text/plain"), QStringLiteral("d/%1/export/txt?id=%1")},
-          {QStringLiteral("application/vnd.openxmlformats-officedocument.presentationml.presentation"),
-           QStringLiteral("d/%1/export/pptx?id=%1")},
-          {QStringLiteral("image/jpeg"), QStringLiteral("d/%1/export/jpeg?id=%1")},
-          {QStringLiteral("image/png"), QStringLiteral("d/%1/export/png?id=%1")},
-          {QStringLiteral("application/pdf"), QStringLiteral("d/%1/export/pdf?id=%1")},
-          {QStringLiteral("image/svg+xml"), QStringLiteral("d/%1/export/svg?id=%1")}}},
-        {QStringLiteral("application/vnd.google-apps.drawing"),
-         QStringLiteral("drawings"),
-         QStringLiteral("drawing"),
-         {{QStringLiteral("application/pdf"), QStringLiteral("d/%1/export/pdf?id=%1")},
-          {QStringLiteral("image/svg+xml"), QStringLiteral("d/%1/export/svg?id=%1")},
-          {QStringLiteral("image/png"), QStringLiteral("d/%1/export/png?id=%1")},
-          {QStringLiteral("image/jpeg"), QStringLiteral("d/%1/export/jpeg?id=%1")}}},
-    };
-    return kinds;
+ExportFormat format(const char* name, const char* mimeType) {
+    return {QString::fromLatin1(name), QString::fromLatin1(mimeType)};
 }
 
-const NativeKind* kindOf(const QString& mimeType) {
-    const auto& kinds = nativeKinds();
-    const auto found = std::find_if(kinds.begin(), kinds.end(),
-                                    [&mimeType](const NativeKind& kind) { return kind.mimeType == mimeType; });
-    return found == kinds.end() ? nullptr : &*found;
+constexpr char officeText[] = "application/vnd.openxmlformats-officedocument.wordprocessingml.document";
+constexpr char officeSheet[] = "application/vnd.openxmlformats-officedocument.spreadsheetml.sheet";
+constexpr char officeSlides[] = "application/vnd.openxmlformats-officedocument.presentationml.presentation";
+
+// Where a kind's exports are: at one address for all documents, at the document's, or below it.
+QString exportPath(const NativeKind& kind, const QString& id, const QString& format) {
+    if (kind.path == QLatin1String("document"))
+        return QStringLiteral("export?format=%1&id=%2").arg(format, id);
+    if (kind.path == QLatin1String("spreadsheets"))
+        return QStringLiteral("d/%2/export?format=%1&id=%2").arg(format, id);
+    return QStringLiteral("d/%2/export/%1?id=%2").arg(format, id);
 }
 
 struct IconRule {
@@ -103,39 +57,78 @@ bool isNativeType(const QString& mimeType) {
     return mimeType.startsWith(QLatin1String("application/vnd.google-apps."));
 }
 
+const std::vector<NativeKind>& nativeKinds() {
+    static const std::vector<NativeKind> kinds{
+        {QStringLiteral("application/vnd.google-apps.document"),
+         QStringLiteral("document"),
+         QStringLiteral("document"),
+         {format("docx", officeText), format("odt", "application/vnd.oasis.opendocument.text"),
+          format("txt", "text/plain"), format("pdf", "application/pdf"), format("zip", "application/zip")}},
+        {QStringLiteral("application/vnd.google-apps.spreadsheet"),
+         QStringLiteral("spreadsheets"),
+         QStringLiteral("spreadsheet"),
+         {format("xlsx", officeSheet), format("ods", "application/x-vnd.oasis.opendocument.spreadsheet"),
+          format("pdf", "application/pdf"), format("csv", "text/csv"), format("tsv", "text/tab-separated-values"),
+          format("zip", "application/zip")}},
+        {QStringLiteral("application/vnd.google-apps.presentation"),
+         QStringLiteral("presentation"),
+         QStringLiteral("presentation"),
+         {format("pptx", officeSlides), format("pdf", "application/pdf"), format("txt", "text/plain"),
+          format("png", "image/png"), format("jpeg", "image/jpeg"), format("svg", "image/svg+xml")}},
+        {QStringLiteral("application/vnd.google-apps.drawing"),
+         QStringLiteral("drawings"),
+         QStringLiteral("drawing"),
+         {format("png", "image/png"), format("jpeg", "image/jpeg"), format("svg", "image/svg+xml"),
+          format("pdf", "application/pdf")}},
+        {QStringLiteral("application/vnd.google-apps.form"), QStringLiteral("forms"), QStringLiteral("form"), {}},
+    };
+    return kinds;
+}
+
+const NativeKind* nativeKind(const QString& mimeType) {
+    const auto& kinds = nativeKinds();
+    const auto found = std::find_if(kinds.begin(), kinds.end(),
+                                    [&mimeType](const NativeKind& kind) { return kind.mimeType == mimeType; });
+    return found == kinds.end() ? nullptr : &*found;
+}
+
 QStringList documentTypes() {
     QStringList types;
     for (const NativeKind& kind : nativeKinds())
-        types.append(kind.mimeType);
+        if (!kind.formats.isEmpty())
+            types.append(kind.mimeType);
     return types;
 }
 
 QStringList exportTypes(const QString& mimeType) {
     QStringList types;
-    if (const NativeKind* kind = kindOf(mimeType))
+    if (const NativeKind* kind = nativeKind(mimeType))
         for (const ExportFormat& format : kind->formats)
             types.append(format.mimeType);
     return types;
 }
 
+QString exportLink(const QUrl& base, const NativeKind& kind, const QString& id, const QString& format) {
+    return QStringLiteral("%1/docs/%2/%3").arg(base.toString(), kind.path, exportPath(kind, id, format));
+}
+
 QJsonObject exportLinks(const QUrl& base, const QString& mimeType, const QString& id) {
     QJsonObject links;
-    if (const NativeKind* kind = kindOf(mimeType))
+    if (const NativeKind* kind = nativeKind(mimeType))
         for (const ExportFormat& format : kind->formats)
-            links.insert(format.mimeType,
-                         QStringLiteral("%1/%2/%3").arg(base.toString(), kind->application, format.path.arg(id)));
+            links.insert(format.mimeType, exportLink(base, *kind, id, format.name));
     return links;
 }
 
 QString editLink(const QUrl& base, const QString& mimeType, const QString& id) {
-    const NativeKind* kind = kindOf(mimeType);
-    return kind ? QStringLiteral("%1/%2/d/%3/edit").arg(base.toString(), kind->application, id) : QString();
+    const NativeKind* kind = nativeKind(mimeType);
+    return kind ? QStringLiteral("%1/docs/%2/d/%3/edit").arg(base.toString(), kind->path, id) : QString();
 }
 
 QString iconName(const QString& mimeType) {
     if (mimeType == folderMimeType)
         return QStringLiteral("folder");
-    if (const NativeKind* kind = kindOf(mimeType))
+    if (const NativeKind* kind = nativeKind(mimeType))
         return kind->icon;
     for (const IconRule& rule : iconRules)
         if (mimeType.startsWith(rule.prefix))

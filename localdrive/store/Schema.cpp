@@ -76,6 +76,10 @@ QStringList driveSchema() {
 
         QStringLiteral("CREATE TABLE realtime(file_id TEXT PRIMARY KEY REFERENCES files(id) ON DELETE CASCADE, "
                        "revision INTEGER NOT NULL, document TEXT NOT NULL)"),
+
+        // What native documents hold, as JSON; a row from the first time on that one is written to.
+        QStringLiteral("CREATE TABLE documents(file_id TEXT PRIMARY KEY REFERENCES files(id) ON DELETE CASCADE, "
+                       "revision INTEGER NOT NULL, content TEXT NOT NULL)"),
     };
 }
 

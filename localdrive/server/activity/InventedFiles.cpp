@@ -1,7 +1,8 @@
 #include "localdrive/server/activity/InventedFiles.h"
 
+#include "localdrive/server/activity/InventedPdf.h"
+#include "localdrive/server/docs/OfficeDocuments.h"
 #include "localdrive/server/web/Drawing.h"
-#include "localdrive/server/web/Export.h"
 #include "localdrive/store/NativeTypes.h"
 
 #include <QStringList>
@@ -23,7 +24,7 @@ const QString xlsx = QStringLiteral("application/vnd.openxmlformats-officedocume
 
 struct Kind {
     QString mimeType;
-    QString extension; // of titles, with its dot; also what exports of the format are called
+    QString extension; // of titles, with its dot
     QStringList titles;
 };
 
@@ -65,8 +66,9 @@ QByteArray inventedContent(const QString& mimeType, const QString& title, QRando
     if (kind == kinds().end() || kind->extension.isEmpty())
         return {};
     const QString line = QStringLiteral("%1, version %2").arg(title).arg(random.bounded(1000));
-    const auto made = exportDocument(line, kind->extension.mid(1));
-    return made ? made->bytes : QByteArray();
+    if (mimeType == pdf)
+        return inventedPdf(line);
+    return mimeType == xlsx ? officeSpreadsheet({{}, {{line}}}) : line.toUtf8() + '\n';
 }
 
 InventedFile inventedFile(QRandomGenerator& random) {

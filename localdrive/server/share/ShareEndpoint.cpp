@@ -1,6 +1,7 @@
 #include "localdrive/server/share/ShareEndpoint.h"
 
 #include "localdrive/server/share/ShareState.h"
+#include "localdrive/server/web/PageGuard.h"
 #include "localdrive/server/web/WebSession.h"
 
 #include <QJsonDocument>
@@ -34,12 +35,6 @@ ShareEndpoint::ShareEndpoint(const RpcMethods& methods, TokenStore& tokens, cons
 
 void ShareEndpoint::addRoutes(HttpServer& server) {
     server.Get("/sharing/share", [this](const Request& request, Response& response) { showDialog(request, response); });
-    server.Get("/pages/share.js", [this](const Request&, Response& response) {
-        response.set_header("Cache-Control", "no-cache");
-        response.set_header("X-Content-Type-Options", "nosniff");
-        send(response, 200, pages_.shareScript(), "text/javascript; charset=utf-8");
-    });
-
     constexpr char permissions[] = "/sharing/permissions";
     constexpr char onePermission[] = "/sharing/permissions/([^/]+)";
     server.Get(permissions, [this](const Request& request, Response& response) {
@@ -126,12 +121,6 @@ void ShareEndpoint::sendError(const Error& error, Response& response) const {
     const int code = static_cast<int>(error.code());
     sendApiError(response, code >= 400 && code < 600 ? code : 500, "sharing",
                  error.detail(errorKey::reason).toString());
-}
-
-// Browsers say which site sends a change.
-bool ShareEndpoint::comesFromHere(const Request& request) const {
-    const QByteArray origin = header(request, "Origin");
-    return origin.isEmpty() || QUrl::fromEncoded(origin).authority().toUtf8() == header(request, "Host");
 }
 
 std::optional<Caller> ShareEndpoint::callerOf(const ShareCredential& credential) const {

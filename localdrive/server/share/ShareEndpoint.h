@@ -27,7 +27,6 @@ private:
     // Does what a dialog asks for and answers with the state afterwards.
     void apply(const Change& change, const httplib::Request& request, httplib::Response& response) const;
     void sendError(const Error& error, httplib::Response& response) const;
-    bool comesFromHere(const httplib::Request& request) const;
     std::optional<Caller> callerOf(const ShareCredential& credential) const;
 
     const RpcMethods& methods_;

@@ -1,4 +1,4 @@
-// Contents, pictures and exports: GET /drive/v2/files/ID, /thumbnails/ID, /icons/NAME.png and the export links.
+// Contents and pictures: GET /drive/v2/files/ID, /thumbnails/ID and /icons/NAME.png.
 #pragma once
 
 #include "localdrive/rpc/RpcMethods.h"
@@ -22,8 +22,6 @@ private:
     void thumbnail(const httplib::Request& request, httplib::Response& response);
     void sendResource(const Caller& caller, const QString& id, const httplib::Request& request,
                       httplib::Response& response) const;
-    void exported(const QString& id, const QString& format, const httplib::Request& request,
-                  httplib::Response& response) const;
 
     DriveStore& store_;
     const RpcMethods& methods_;

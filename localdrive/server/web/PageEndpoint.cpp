@@ -2,10 +2,6 @@
 
 #include "localdrive/server/web/WebSession.h"
 
-#include <QDateTime>
-#include <QJsonArray>
-#include <QLocale>
-
 namespace quenby::localdrive {
 namespace {
 
@@ -19,135 +15,32 @@ QString localPath(const QString& path) {
     return isLocal ? path : QStringLiteral("/");
 }
 
-QString sizeText(const QJsonObject& file) {
-    const QJsonValue size = file[QLatin1String("fileSize")];
-    if (size.isUndefined())
-        return QStringLiteral("–");
-    const qint64 bytes = size.isString() ? size.toString().toLongLong() : size.toInteger();
-    return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeTraditionalFormat);
-}
-
-QString dateText(const QJsonObject& file) {
-    const auto date = QDateTime::fromString(file[QLatin1String("modifiedDate")].toString(), Qt::ISODateWithMs);
-    return date.toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm"));
-}
-
-PageTemplates::Values valuesOf(const QJsonObject& file) {
-    const QString type = file[QLatin1String("mimeType")].toString();
-    return {{QStringLiteral("title"), file[QLatin1String("title")].toString()},
-            {QStringLiteral("type"), type},
-            {QStringLiteral("size"), sizeText(file)},
-            {QStringLiteral("modified"), dateText(file)},
-            {QStringLiteral("icon"), file[QLatin1String("iconLink")].toString()},
-            {QStringLiteral("link"), file[QLatin1String("alternateLink")].toString()},
-            {QStringLiteral("download"), file[QLatin1String("downloadUrl")].toString()}};
-}
-
 } // namespace
 
-PageEndpoint::PageEndpoint(const RpcMethods& methods, TokenStore& tokens, const Authenticator& authenticator,
-                           const PageTemplates& pages, const FormGuard& guard, Account owner)
-    : methods_(methods)
-    , tokens_(tokens)
-    , authenticator_(authenticator)
+PageEndpoint::PageEndpoint(TokenStore& tokens, const PageTemplates& pages, const FormGuard& guard, Account owner)
+    : tokens_(tokens)
     , pages_(pages)
     , guard_(guard)
     , owner_(std::move(owner)) {}
 
 void PageEndpoint::addRoutes(HttpServer& server) {
-    const auto root = [this](const Request& request, Response& response) {
-        showFolder(QStringLiteral("root"), request, response);
-    };
-    const auto file = [this](const Request& request, Response& response) {
-        showFile(pathPart(request, 1), request, response);
-    };
-    const auto leaving = [this](const Request& request, Response& response) { signOut(request, response); };
-    server.Get("/", root);
-    server.Get("/drive/folders/([^/]+)", [this](const Request& request, Response& response) {
-        showFolder(pathPart(request, 1), request, response);
-    });
-    server.Get("/file/d/([^/]+)/view", file);
-    server.Get("/file/([^/]+)", file);
-    server.Get("/(?:document|spreadsheets|presentation|drawings)/d/([^/]+)/edit", file);
     server.Get("/signin", [this](const Request& request, Response& response) { showSignIn(request, response); });
     server.Post("/signin", [this](const Request& request, Response& response) { signIn(request, response); });
-    server.Get("/logout", leaving);
-    server.Get("/Logout", leaving);
-    server.Get("/pages/style.css", [this](const Request&, Response& response) {
-        response.set_header("Cache-Control", "no-cache");
-        send(response, 200, pages_.styleSheet(), "text/css; charset=utf-8");
-    });
-}
-
-std::optional<Caller> PageEndpoint::visitor(const Request& request, Response& response) const {
-    auto caller = authenticator_.byPage(request);
-    if (!caller) {
-        const QByteArray back = QUrl::toPercentEncoding(QString::fromStdString(request.path));
-        response.set_redirect("/signin?continue=" + back.toStdString());
-    }
-    return caller;
-}
-
-std::optional<QJsonObject> PageEndpoint::call(const QString& method, const QJsonObject& params, const Caller& caller,
-                                              Response& response) const {
-    CallContext context;
-    static_cast<Caller&>(context) = caller;
-    const QJsonObject outcome = methods_.call(method, params, context);
-    if (outcome.contains(QLatin1String("result")))
-        return outcome[QLatin1String("result")].toObject();
-    const QJsonObject error = outcome[QLatin1String("error")].toObject();
-    const int code = error[QLatin1String("code")].toInt();
-    showMessage(code >= 400 && code < 600 ? code : 500, QStringLiteral("This page can't be shown"),
-                error[QLatin1String("message")].toString(), response);
-    return std::nullopt;
+    const auto leaving = [this](const Request& request, Response& response) { signOut(request, response); };
+    for (const char* path : {"/logout", "/Logout", "/accounts/Logout"})
+        server.Get(path, leaving);
+    server.Get("/pages/(.+)", [this](const Request& request, Response& response) { sendAsset(request, response); });
 }
 
 void PageEndpoint::showMessage(int status, const QString& heading, const QString& text, Response& response) const {
+    const QString wayText = status == 200 ? QStringLiteral("Sign in again") : QStringLiteral("My Drive");
+    const QString way = pages_.fill(QStringLiteral("way"),
+                                    {{QStringLiteral("link"), QStringLiteral("/")}, {QStringLiteral("text"), wayText}});
     PageTemplates::send(response, status,
                         pages_.fill(QStringLiteral("message"), {{QStringLiteral("title"), heading},
                                                                 {QStringLiteral("heading"), heading},
-                                                                {QStringLiteral("text"), text}}));
-}
-
-void PageEndpoint::showFolder(const QString& folderId, const Request& request, Response& response) const {
-    const auto caller = visitor(request, response);
-    if (!caller)
-        return;
-    const QString folder = QString(folderId).replace(QLatin1Char('\''), QString());
-    const QJsonObject query{{QStringLiteral("q"), QStringLiteral("'%1' in parents and trashed = false").arg(folder)},
-                            {QStringLiteral("maxResults"), 1000}};
-    const auto list = call(QStringLiteral("drive.files.list"), query, *caller, response);
-    if (!list)
-        return;
-    QString rows;
-    for (const QJsonValue& file : (*list)[QLatin1String("items")].toArray())
-        rows += pages_.fill(QStringLiteral("row"), valuesOf(file.toObject()));
-    PageTemplates::send(response, 200,
-                        pages_.fill(QStringLiteral("folder"), {{QStringLiteral("email"), caller->user.emailAddress},
-                                                               {QStringLiteral("rows"), rows}}));
-}
-
-void PageEndpoint::showFile(const QString& fileId, const Request& request, Response& response) const {
-    const auto caller = visitor(request, response);
-    if (!caller)
-        return;
-    const auto file = call(QStringLiteral("drive.files.get"), {{QStringLiteral("fileId"), fileId}}, *caller, response);
-    if (!file)
-        return;
-    PageTemplates::Values values = valuesOf(*file);
-    values.insert(QStringLiteral("email"), caller->user.emailAddress);
-    const QJsonObject exports = (*file)[QLatin1String("exportLinks")].toObject();
-    QString links;
-    for (auto link = exports.begin(); link != exports.end(); ++link) {
-        links += pages_.fill(QStringLiteral("export"),
-                             {{QStringLiteral("link"), link.value().toString()}, {QStringLiteral("type"), link.key()}});
-    }
-    if (!values[QStringLiteral("download")].isEmpty()) {
-        links += pages_.fill(QStringLiteral("export"), {{QStringLiteral("link"), values[QStringLiteral("download")]},
-                                                        {QStringLiteral("type"), QStringLiteral("Download")}});
-    }
-    values.insert(QStringLiteral("links"), links);
-    PageTemplates::send(response, 200, pages_.fill(QStringLiteral("file"), values));
+                                                                {QStringLiteral("text"), text},
+                                                                {QStringLiteral("way"), way}}));
 }
 
 void PageEndpoint::showSignIn(const Request& request, Response& response) const {
@@ -182,6 +75,23 @@ void PageEndpoint::signOut(const Request& request, Response& response) {
                 closed ? QStringLiteral("You are signed out of the local Drive.")
                        : QStringLiteral("This browser is signed out, but the local Drive could not note it."),
                 response);
+}
+
+// An address with the present mark never means anything else; others are asked for again each time.
+void PageEndpoint::sendAsset(const Request& request, Response& response) const {
+    const PageAsset* asset = pages_.asset(pathPart(request, 1));
+    response.set_header("Content-Security-Policy", "default-src 'none'");
+    response.set_header("X-Content-Type-Options", "nosniff");
+    if (!asset)
+        return send(response, 404, {}, "text/plain");
+    const QByteArray tag = '"' + pages_.assetMark() + '"';
+    const bool isMarked = parameter(request, "v").toLatin1() == pages_.assetMark();
+    response.set_header("Cache-Control", isMarked ? "public, max-age=31536000, immutable" : "no-cache");
+    response.set_header("ETag", tag.toStdString());
+    if (header(request, "If-None-Match") == tag)
+        response.status = 304;
+    else
+        send(response, 200, asset->bytes, asset->type);
 }
 
 } // namespace quenby::localdrive

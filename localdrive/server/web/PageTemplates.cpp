@@ -2,12 +2,14 @@
 
 #include "localdrive/server/http/HttpMessages.h"
 
+#include <QCryptographicHash>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QRegularExpression>
 
 // In a static library, resources are linked in only when they are asked for; from outside any namespace.
-static void loadPages() { Q_INIT_RESOURCE(localdrive_pages); }
+static void loadPageResources() { Q_INIT_RESOURCE(localdrive_pages); }
 
 namespace quenby::localdrive {
 namespace {
@@ -21,11 +23,31 @@ QByteArray contentOf(const QString& path) {
     return file.readAll();
 }
 
+const char* assetType(const QString& name) {
+    if (name.endsWith(QLatin1String(".css")))
+        return "text/css; charset=utf-8";
+    if (name.endsWith(QLatin1String(".js")))
+        return "text/javascript; charset=utf-8";
+    return name.endsWith(QLatin1String(".svg")) ? "image/svg+xml" : "image/png";
+}
+
+// Puts the parts in the place of their names, and the parts of parts.
+QString withParts(const QString& page, const QHash<QString, QString>& files) {
+    static const QRegularExpression partName(QStringLiteral("\\{\\{>(\\w+)\\}\\}\n"));
+    QString whole;
+    qsizetype from = 0;
+    for (auto match = partName.globalMatch(page); match.hasNext();) {
+        const auto found = match.next();
+        whole += QStringView(page).sliced(from, found.capturedStart() - from);
+        whole += withParts(files.value(found.captured(1)), files);
+        from = found.capturedEnd();
+    }
+    return whole + page.mid(from);
+}
+
 void sendUnder(const QString& policy, httplib::Response& response, int status, const QString& page) {
     const QString whole =
-        QStringLiteral("default-src 'none'; style-src 'self'; img-src 'self'; frame-ancestors 'none'; "
-                       "base-uri 'none'; ") +
-        policy;
+        QStringLiteral("default-src 'none'; style-src 'self'; img-src 'self'; base-uri 'none'; ") + policy;
     response.set_header("Content-Security-Policy", whole.toStdString());
     response.set_header("X-Content-Type-Options", "nosniff");
     response.set_header("Referrer-Policy", "no-referrer");
@@ -36,39 +58,91 @@ void sendUnder(const QString& policy, httplib::Response& response, int status, c
 } // namespace
 
 PageTemplates::PageTemplates() {
-    loadPages();
-    const QDir folder(pageFolder);
-    for (const QString& file : folder.entryList({QStringLiteral("*.html")}))
-        pages_.insert(file.chopped(5), QString::fromUtf8(contentOf(folder.filePath(file))));
-    const auto parts = pages_;
-    for (QString& page : pages_)
-        for (auto part = parts.begin(); part != parts.end(); ++part)
-            page.replace(QStringLiteral("{{>%1}}\n").arg(part.key()), part.value());
-    styleSheet_ = contentOf(folder.filePath(QStringLiteral("style.css")));
-    shareScript_ = contentOf(folder.filePath(QStringLiteral("share.js")));
+    loadPageResources();
+    loadAssets(pageFolder);
+    loadPages(pageFolder);
+}
+
+void PageTemplates::loadAssets(const QString& folder) {
+    QStringList paths;
+    for (QDirIterator files(folder, QDir::Files, QDirIterator::Subdirectories); files.hasNext();)
+        paths.append(files.next());
+    paths.sort();
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    for (const QString& path : std::as_const(paths)) {
+        if (path.endsWith(QLatin1String(".html")))
+            continue;
+        const QString name = path.mid(folder.size() + 1);
+        const PageAsset asset{contentOf(path), assetType(name)};
+        hash.addData(asset.bytes);
+        assets_.insert(name, asset);
+    }
+    mark_ = hash.result().toHex().first(12);
+    for (PageAsset& asset : assets_)
+        if (qstrncmp(asset.type, "text/", 5) == 0)
+            asset.bytes = withMarks(QString::fromUtf8(asset.bytes)).toUtf8();
+}
+
+void PageTemplates::loadPages(const QString& folder) {
+    QHash<QString, QString> files;
+    for (const QString& file : QDir(folder).entryList({QStringLiteral("*.html")}))
+        files.insert(file.chopped(5), QString::fromUtf8(contentOf(folder + QLatin1Char('/') + file)));
+
+    static const QRegularExpression place(QStringLiteral("\\{\\{(\\{?)(\\w+)\\}?\\}\\}"));
+    for (auto file = files.cbegin(); file != files.cend(); ++file) {
+        const QString page = withMarks(withParts(*file, files));
+        QList<Piece>& pieces = pages_[file.key()];
+        qsizetype from = 0;
+        for (auto match = place.globalMatch(page); match.hasNext();) {
+            const auto found = match.next();
+            pieces.append(
+                {page.mid(from, found.capturedStart() - from), found.captured(2), !found.captured(1).isEmpty()});
+            from = found.capturedEnd();
+        }
+        pieces.append({page.mid(from), {}, false});
+    }
+}
+
+QString PageTemplates::withMarks(QString text) const {
+    static const QRegularExpression address(QStringLiteral("(/pages/[\\w/-]+\\.(?:css|js|svg|png))(?=[\"')])"));
+    return text.replace(address, QStringLiteral("\\1?v=") + QString::fromLatin1(mark_));
 }
 
 QString PageTemplates::fill(const QString& name, const Values& values) const {
-    static const QRegularExpression place(QStringLiteral("\\{\\{(\\{?)(\\w+)\\}?\\}\\}"));
-    const QString page = pages_.value(name);
+    const QList<Piece> pieces = pages_.value(name);
     QString filled;
-    qsizetype from = 0;
-    for (auto match = place.globalMatch(page); match.hasNext();) {
-        const auto found = match.next();
-        const QString value = values.value(found.captured(2));
-        filled += QStringView(page).sliced(from, found.capturedStart() - from);
-        filled += found.captured(1).isEmpty() ? value.toHtmlEscaped() : value;
-        from = found.capturedEnd();
+    for (const Piece& piece : pieces) {
+        filled += piece.text;
+        if (piece.key.isEmpty())
+            continue;
+        const QString value = values.value(piece.key);
+        filled += piece.isHtml ? value : value.toHtmlEscaped();
     }
-    return filled + page.mid(from);
+    return filled;
+}
+
+const PageAsset* PageTemplates::asset(const QString& name) const {
+    const auto found = assets_.constFind(name);
+    return found == assets_.constEnd() ? nullptr : &*found;
+}
+
+QString PageTemplates::assetLink(const QString& name) const {
+    return QStringLiteral("/pages/%1?v=%2").arg(name, QString::fromLatin1(mark_));
 }
 
 void PageTemplates::send(httplib::Response& response, int status, const QString& page, const QString& formTarget) {
-    sendUnder(QStringLiteral("form-action 'self' ") + formTarget, response, status, page);
+    sendUnder(QStringLiteral("frame-ancestors 'none'; form-action 'self' ") + formTarget, response, status, page);
 }
 
 void PageTemplates::sendWithScript(httplib::Response& response, int status, const QString& page) {
-    sendUnder(QStringLiteral("form-action 'none'; script-src 'self'; connect-src 'self'"), response, status, page);
+    sendUnder(QStringLiteral("frame-ancestors 'self'; form-action 'none'; script-src 'self'; connect-src 'self'"),
+              response, status, page);
+}
+
+void PageTemplates::sendApplication(httplib::Response& response, int status, const QString& page) {
+    sendUnder(QStringLiteral("frame-ancestors 'self'; form-action 'self'; script-src 'self'; connect-src 'self'; "
+                             "frame-src 'self'"),
+              response, status, page);
 }
 
 } // namespace quenby::localdrive

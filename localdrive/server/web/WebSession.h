@@ -10,8 +10,10 @@ inline constexpr char webSessionCookie[] = "quenby_session";
 
 inline QByteArray webSession(const httplib::Request& request) { return cookie(request, webSessionCookie); }
 
+// Kept for a month of not coming back: a browser that ends must not sign anybody out.
 inline void setWebSession(httplib::Response& response, const QByteArray& session) {
-    const QByteArray attributes = session.isEmpty() ? "; Path=/; Max-Age=0" : "; Path=/; HttpOnly; SameSite=Lax";
+    const QByteArray attributes =
+        session.isEmpty() ? "; Path=/; Max-Age=0" : "; Path=/; HttpOnly; SameSite=Lax; Max-Age=2592000";
     const QByteArray value = webSessionCookie + QByteArray("=") + session + attributes;
     response.headers.emplace("Set-Cookie", value.toStdString());
 }

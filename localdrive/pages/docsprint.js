@@ -1,0 +1,4 @@
+// Prints the page once everything in it is there.
+'use strict';
+
+addEventListener('load', () => window.print(), { once: true });
