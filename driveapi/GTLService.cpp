@@ -17,6 +17,7 @@ GTLService::GTLService(std::shared_ptr<GTMHTTPFetcherService> fetcherService, QO
     , ownParseQueue_(std::make_unique<QThreadPool>())
     , parseQueue_(ownParseQueue_.get()) {
     ownParseQueue_->setMaxThreadCount(1);
+    ownParseQueue_->setExpiryTimeout(-1); // a thread that waits costs nothing; one that ends wakes the computer for it
 }
 
 GTLService::~GTLService() {

@@ -64,7 +64,7 @@ void ChangeNotices::invoke(quint64 identifier, const QString& key) {
     if (key == openKey)
         Q_EMIT openRequested(record);
     else if (key == shareKey)
-        Q_EMIT shareRequested(record.share, record.title);
+        Q_EMIT shareRequested(record.identifier, record.title);
 }
 
 } // namespace quenby

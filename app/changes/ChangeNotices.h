@@ -29,7 +29,8 @@ public:
 
 Q_SIGNALS:
     void openRequested(const quenby::ChangeRecord& record);
-    void shareRequested(const QString& share, const QString& title); // the address is a secret
+    // The record's link may have lost its validity by now.
+    void shareRequested(const QString& identifier, const QString& title);
 
 private:
     void post(const ChangeNotice& notice, const QString& burstTag, const QString& more);

@@ -30,9 +30,14 @@ private:
     std::atomic<bool> isPublished_ = false; // orders the constructor before run() on the queue's thread
 };
 
+// So few changes are read in less time than another thread needs to wake up, and most polls bring none.
+constexpr qsizetype fewChanges = 4;
+
 } // namespace
 
 void completePoll(QThreadPool* queue, AnsweredPoll poll, CompletionGate<PolledStore> gate) {
+    if (const auto items = poll.list->items(); !items || items->count() <= fewChanges)
+        queue = nullptr;
     auto completion = std::make_unique<PollCompletion>(std::move(poll), std::move(gate));
     if (queue)
         queue->start(completion.release()); // the queue deletes it

@@ -19,7 +19,7 @@ struct AnsweredPoll {
     FeedSurroundings surroundings;
 };
 
-// Runs pollCompleted() on the queue; without one here and now.
+// Runs pollCompleted() on the queue; without one, and for an answer with next to nothing in it, here and now.
 void completePoll(QThreadPool* queue, AnsweredPoll poll, CompletionGate<PolledStore> gate);
 
 } // namespace quenby

@@ -17,7 +17,9 @@ constexpr qreal gap = 8;
 
 // In a place as small as a button, of the shorter side.
 constexpr qreal radiusShare = 0.25;
-constexpr qreal arrowShare = 0.8;
+constexpr qreal arrowShare = 0.58;
+constexpr qreal thinnestLine = 1.4;
+constexpr float smallInkStrength = 0.8F; // as buttons' pictures have it
 
 qreal shorterSide(const QRectF& rect) { return std::min(rect.width(), rect.height()); }
 
@@ -44,7 +46,8 @@ void paintArrow(QPainter& painter, const QPointF& origin, qreal side, const QCol
     path.lineTo(31, 34);
     path.quadTo(34, 34, 34, 31);
     path.lineTo(34, 25);
-    painter.setPen(QPen(colour, 2.5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setPen(
+        QPen(colour, std::max(2.5, thinnestLine * arrowGrid / side), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.setBrush(Qt::NoBrush);
     painter.save();
     painter.translate(origin);
@@ -66,7 +69,10 @@ void paintDropPicture(QPainter& painter, const QRectF& rect, const DropPicture& 
     const bool hasCaption = !picture.caption.isEmpty() && inner.height() >= arrowSide + gap + metrics.height();
     const qreal height = arrowSide + (hasCaption ? gap + metrics.height() : 0);
     const qreal top = inner.center().y() - height / 2;
-    paintArrow(painter, QPointF(inner.center().x() - arrowSide / 2, top), arrowSide, picture.ink);
+    QColor ink = picture.ink;
+    if (arrowSide < arrowGrid)
+        ink.setAlphaF(smallInkStrength);
+    paintArrow(painter, QPointF(inner.center().x() - arrowSide / 2, top), arrowSide, ink);
     if (hasCaption) {
         painter.setFont(picture.font);
         painter.setPen(picture.ink);

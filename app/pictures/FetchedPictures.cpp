@@ -56,7 +56,7 @@ struct FetchedPictures::Private {
     QHash<QString, int> onTheWay;                    // by keyOf(): how much of it may still come
     std::shared_ptr<Round> round = std::make_shared<Round>();
     std::unique_ptr<QObject> downloads = std::make_unique<QObject>(); // their parent
-    QThreadPool worker; // one thread: pictures arrive in the order in which their downloads ended
+    QThreadPool worker; // one thread is enough, and leaves the computer to others
 
     Private(FetchedPictures& pictures, std::shared_ptr<GTMHTTPFetcherService> fetcherService, Endpoints addresses,
             CacheFolders& cacheFolders)
@@ -208,9 +208,10 @@ void FetchedPictures::Private::thumbnailCame(const ChangeRecord& record, const Q
 void FetchedPictures::Private::show(const ChangeRecord& record, const QImage& picture, bool isThumbnail) {
     const QString key = keyOf(record);
     const Kept* former = kept.object(key);
-    const bool hasThumbnail = isThumbnail || (former && former->hasThumbnail);
-    kept.insert(key, new Kept{picture, hasThumbnail}, costOf(picture));
-    Q_EMIT q.arrived(record.identifier, picture);
+    if (!isThumbnail && former && former->hasThumbnail)
+        return; // an icon that is late
+    kept.insert(key, new Kept{picture, isThumbnail}, costOf(picture));
+    Q_EMIT q.arrived(record.identifier);
 }
 
 void FetchedPictures::Private::partEnded(const ChangeRecord& record) {

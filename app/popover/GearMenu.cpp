@@ -1,5 +1,6 @@
 #include "app/popover/GearMenu.h"
 
+#include "app/statusitem/MenuPlace.h"
 #include "app/statusitem/StatusItemInputs.h"
 #include "app/statusitem/StatusMenus.h"
 
@@ -32,12 +33,7 @@ void GearMenu::refresh() {
 
 void GearMenu::setting_btn_click(QWidget& sender) {
     refresh(); // its width decides the place
-    const QWidget& window = *sender.window();
-    const QRect button(sender.mapToGlobal(QPoint(0, 0)), sender.size());
-    // From the button towards the middle of its window.
-    const bool isAtRight = sender.mapTo(&window, sender.rect().center()).x() > window.width() / 2;
-    const int x = isAtRight ? button.right() + 1 - menu_->sizeHint().width() : button.left();
-    menu_->popup(QPoint(x, button.bottom() + 1));
+    menu_->popup(menuPlaceUnder(sender, *menu_));
 }
 
 } // namespace quenby

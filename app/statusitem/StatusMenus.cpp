@@ -1,6 +1,7 @@
 #include "app/statusitem/StatusMenus.h"
 
 #include "app/account/AccountSummary.h"
+#include "app/statusitem/MenuPlace.h"
 #include "app/statusitem/StatusItemInputs.h"
 #include "platform/Defaults.h"
 
@@ -109,6 +110,9 @@ void StatusMenus::refresh() {
     quotaLine_->setText(quotaLine(inputs_));
 }
 
-void StatusMenus::AddNewFile(QWidget& sender) { addFileMenu_->popup(sender.mapToGlobal(QPoint(0, sender.height()))); }
+void StatusMenus::AddNewFile(QWidget& sender) {
+    refresh(); // its width decides the place
+    addFileMenu_->popup(menuPlaceUnder(sender, *addFileMenu_));
+}
 
 } // namespace quenby

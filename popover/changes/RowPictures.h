@@ -18,13 +18,14 @@ public:
 
     // What is at hand in memory for this record; null when nothing is. Costs no reading.
     virtual QImage picture(const ChangeRecord& record) const = 0;
-    // Brings the record's picture: from the cache, else by downloads of the icon and the thumbnail, of which the later
-    // one to come stays. Asked for twice, it is brought once. What cannot be had is never told.
+    // Brings the record's picture: from the cache, else by downloads of the icon and the thumbnail. The icon stands in
+    // until the thumbnail comes, and never takes its place. Asked for twice, a picture is brought once. What cannot be
+    // had is never told.
     virtual void want(const ChangeRecord& record) = 0;
 
 Q_SIGNALS:
-    // picture() of the records with this identifier has become this. No larger than the rows need at 3x.
-    void arrived(const QString& identifier, const QImage& picture);
+    // picture() of a record with this identifier has become another. None is larger than the rows need at 3x.
+    void arrived(const QString& identifier);
 };
 
 } // namespace quenby

@@ -35,8 +35,9 @@ public:
 Q_SIGNALS:
     // A row was clicked, or Enter pressed on it: the file's page.
     void openRequested(const quenby::PageOpenRecord& page);
-    // The row's share button, or Shift+Enter: the record's share link (a secret) and the row's title text.
-    void shareRequested(const QString& share, const QString& title);
+    // The row's share button, or Shift+Enter: the file's identifier and the row's title text. The record's link may
+    // have lost its validity by now.
+    void shareRequested(const QString& identifier, const QString& title);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

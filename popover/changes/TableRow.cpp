@@ -1,13 +1,12 @@
 #include "popover/changes/TableRow.h"
 
+#include "popover/changes/RowPicture.h"
 #include "popover/changes/ShareButton.h"
 #include "popover/changes/SharePanel.h"
 #include "widgets/PlainToolTip.h"
 
 #include <QHelpEvent>
 #include <QPainter>
-#include <QPainterPath>
-#include <QStyle>
 #include <QTextOption>
 #include <QToolTip>
 
@@ -19,7 +18,6 @@ namespace {
 
 constexpr int textPixels = 13;
 constexpr int longestToolTip = 400; // characters
-constexpr qreal borderWidth = 0.7;
 constexpr QRect shareButtonFrame(18, 6, 56, 29);
 
 QStaticText lineOf(const QString& text, const QFont& font) {
@@ -39,15 +37,6 @@ void paintLine(QPainter& painter, const QRect& frame, Qt::LayoutDirection direct
     painter.drawStaticText(QPointF(x, frame.top() + (frame.height() - size.height()) / 2), line);
 }
 
-void paintBorder(QPainter& painter, const QRectF& frame, const QColor& colour) {
-    QPainterPath border;
-    border.addRect(frame);
-    border.addRect(frame.adjusted(borderWidth, borderWidth, -borderWidth, -borderWidth));
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.fillPath(border, colour);
-    painter.setRenderHint(QPainter::Antialiasing, false);
-}
-
 // On whole pixels of the screen: between them, every other line would be thicker.
 void paintSeparator(QPainter& painter, const QRectF& frame, const QColor& colour) {
     const QTransform toScreen = painter.deviceTransform();
@@ -56,17 +45,6 @@ void paintSeparator(QPainter& painter, const QRectF& frame, const QColor& colour
     line.setTop(std::floor(line.bottom()) - height);
     line.setHeight(height);
     painter.fillRect(toScreen.inverted().mapRect(line), colour);
-}
-
-// Stands for a picture that is not there: a sheet with a folded corner.
-void paintSheet(QPainter& painter, const QRectF& frame, const QColor& colour) {
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(colour, 1.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    painter.translate(frame.center());
-    painter.drawPolygon(QPolygonF({{-8, -11}, {2, -11}, {8, -5}, {8, 11}, {-8, 11}}));
-    painter.drawPolyline(QPolygonF({{2, -11}, {2, -5}, {8, -5}}));
-    painter.restore();
 }
 
 void paintFocus(QPainter& painter, const QRect& row, const QColor& colour) {
@@ -196,13 +174,12 @@ void TableRow::changeEvent(QEvent* event) {
     }
 }
 
-// A click needs no mark, nor does a window that comes to the front.
+// Only keys bring a mark: no click, no window that opens, and no row that follows on one that went.
 void TableRow::focusInEvent(QFocusEvent* event) {
     const Qt::FocusReason reason = event->reason();
-    if (reason == Qt::MouseFocusReason)
-        setMarked(false);
-    else if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason)
-        setMarked(true);
+    if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason)
+        setMarked(reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason);
+    Q_EMIT tookFocus();
 }
 
 void TableRow::focusOutEvent(QFocusEvent* event) {
@@ -210,11 +187,9 @@ void TableRow::focusOutEvent(QFocusEvent* event) {
         setMarked(false);
 }
 
-void TableRow::mousePressEvent(QMouseEvent* event) {
-    isPressed_ = event->button() == Qt::LeftButton;
-    if (isPressed_)
-        Q_EMIT pressed();
-}
+void TableRow::hideEvent(QHideEvent*) { setMarked(false); }
+
+void TableRow::mousePressEvent(QMouseEvent* event) { isPressed_ = event->button() == Qt::LeftButton; }
 
 void TableRow::mouseReleaseEvent(QMouseEvent* event) {
     if (!isPressed_ || event->button() != Qt::LeftButton)
@@ -271,15 +246,7 @@ const QPixmap& TableRow::scaledPicture() {
     if (!scaled_.isNull() && scaled_.devicePixelRatio() == ratio)
         return scaled_;
     const QSize room = frames_.picture.size();
-    const QImage whole =
-        isSummary(record_)
-            ? style()->standardIcon(QStyle::SP_MessageBoxWarning, nullptr, this).pixmap(room, ratio).toImage()
-            : IconFile_;
-    if (whole.isNull())
-        return scaled_;
-    const QSize size = (QSizeF(room) * ratio).toSize();
-    scaled_ = QPixmap::fromImage(whole.scaled(size, Qt::KeepAspectRatio, Qt::SmoothTransformation));
-    scaled_.setDevicePixelRatio(ratio);
+    scaled_ = isSummary(record_) ? cautionPicture(room, ratio) : fittedPicture(IconFile_, room, ratio);
     return scaled_;
 }
 
@@ -290,10 +257,13 @@ void TableRow::paintPicture(QPainter& painter) {
         painter.fillRect(frame, colours_.emptyPicture);
         paintSheet(painter, frame, colours_.border);
     } else {
-        const QSizeF size = picture.deviceIndependentSize();
-        painter.drawPixmap(frame.center() - QPointF(size.width() / 2, size.height() / 2), picture);
+        // On whole pixels of the screen, where the picture is as sharp as it was made.
+        const qreal ratio = picture.devicePixelRatio();
+        const QSizeF margins = frame.size() - picture.deviceIndependentSize();
+        const auto half = [ratio](qreal margin) { return std::floor(margin * ratio / 2) / ratio; };
+        painter.drawPixmap(frame.topLeft() + QPointF(half(margins.width()), half(margins.height())), picture);
     }
-    paintBorder(painter, frame, colours_.border);
+    paintPictureBorder(painter, frame, colours_.border);
 }
 
 void TableRow::paintEvent(QPaintEvent*) {

@@ -41,7 +41,8 @@ public:
 
     void mouseEntered();
     void mouseExited();
-    // Whether the keyboard is on the row and the user sees it.
+    // Whether the keyboard is on the row and the user sees it: only who uses the keyboard does, until the row is
+    // hidden.
     bool isMarked() const { return isMarked_; }
     // Takes the keyboard, and shows it.
     void takeKeyboard();
@@ -51,7 +52,7 @@ public:
     void setOpacity(qreal opacity);
 
 Q_SIGNALS:
-    void pressed();
+    void tookFocus();
     void clicked();
     void share();
 
@@ -60,6 +61,7 @@ protected:
     void changeEvent(QEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;

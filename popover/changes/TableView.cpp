@@ -34,7 +34,7 @@ TableView::TableView(RowPictures& pictures, const QUrl& webURL, std::shared_ptr<
     setAttribute(Qt::WA_Hover);
     setAccessibleName(QStringLiteral("Latest changes"));
     makeRowsAccessible();
-    connect(&pictures_, &RowPictures::arrived, this, &TableView::setPicture);
+    connect(&pictures_, &RowPictures::arrived, this, &TableView::takePictures);
 }
 
 TableView::~TableView() = default;
@@ -83,7 +83,7 @@ TableRow* TableView::makeRow() {
     auto* row = new TableRow(this);
     row->resize(width(), row->height());
     row->setOpacity(0);
-    connect(row, &TableRow::pressed, this, [this, row] { setCurrent(row); });
+    connect(row, &TableRow::tookFocus, this, [this, row] { setCurrent(row); });
     connect(row, &TableRow::clicked, this, [this, row] { open(*row); });
     connect(row, &TableRow::share, this, [this, row] { share(*row); });
     return row;
@@ -121,9 +121,13 @@ void TableView::bringPicture(TableRow& row) {
         row.setIconFile(picture);
 }
 
-void TableView::setPicture(const QString& identifier, const QImage& picture) {
+// Each its own: a file's rows may have different pictures, as before and after its end.
+void TableView::takePictures(const QString& identifier) {
     for (TableRow* row : std::as_const(rows_)) {
-        if (row->record().identifier == identifier && !isSummary(row->record()))
+        if (row->record().identifier != identifier || isSummary(row->record()))
+            continue;
+        const QImage picture = pictures_.picture(row->record());
+        if (!picture.isNull())
             row->setIconFile(picture);
     }
 }
@@ -223,7 +227,7 @@ void TableView::setCurrent(TableRow* row) {
     if (wasMarked)
         row->takeKeyboard();
     else if (hadFocus)
-        row->setFocus(Qt::MouseFocusReason);
+        row->setFocus(Qt::OtherFocusReason);
 }
 
 void TableView::open(TableRow& row) {
@@ -233,7 +237,7 @@ void TableView::open(TableRow& row) {
 
 void TableView::share(TableRow& row) {
     if (row.texts().isOpenable())
-        Q_EMIT shareRequested(row.shareString(), row.NameFile());
+        Q_EMIT shareRequested(row.record().identifier, row.NameFile());
 }
 
 void TableView::showEvent(QShowEvent* event) {

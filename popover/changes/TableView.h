@@ -39,7 +39,7 @@ public:
 
 Q_SIGNALS:
     void openRequested(const quenby::PageOpenRecord& page);
-    void shareRequested(const QString& share, const QString& title);
+    void shareRequested(const QString& identifier, const QString& title);
     // The keyboard went to the row that has, or will have, this place.
     void wantsToShow(const QRect& row);
 
@@ -57,7 +57,7 @@ private:
     std::vector<RowMotion::Course> placeRows();
     int motionDuration() const;
     void bringPicture(TableRow& row);
-    void setPicture(const QString& identifier, const QImage& picture);
+    void takePictures(const QString& identifier);
     void refreshDates();
     void followPointer();
     void setCurrent(TableRow* row);

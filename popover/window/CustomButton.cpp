@@ -1,6 +1,6 @@
 #include "popover/window/CustomButton.h"
 
-#include "popover/window/ButtonGlyphs.h"
+#include "widgets/Glyphs.h"
 
 #include <QKeyEvent>
 #include <QPainter>

@@ -12,7 +12,7 @@ class CustomButton final : public QToolButton {
     Q_OBJECT
 
 public:
-    // The glyph is on the grid of ButtonGlyphs.h.
+    // The glyph is on the grid of widgets/Glyphs.h.
     CustomButton(QPainterPath glyph, const QString& name, QWidget* parent = nullptr);
 
     // Looks pressed until that menu, which is open, closes. A press on the button then closes the menu and no more.

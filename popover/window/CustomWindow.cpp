@@ -4,6 +4,7 @@
 #include "popover/window/X11WindowHints.h"
 
 #include <QApplication>
+#include <QCursor>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -33,6 +34,8 @@ CustomWindow::CustomWindow()
     setAttribute(Qt::WA_QuitOnClose, false);
     takePalette();
     setComposited(false);
+    connect(&buttons_, &X11ButtonWatch::pressed, this, &CustomWindow::pressedSomewhere);
+    connect(&buttons_, &X11ButtonWatch::released, this, &CustomWindow::releasedSomewhere);
 }
 
 QRect CustomWindow::frame() const { return geometry().marginsRemoved(shadowOf(isComposited_)); }
@@ -108,13 +111,39 @@ void CustomWindow::lookSoon() { QMetaObject::invokeMethod(this, &CustomWindow::c
 
 void CustomWindow::closeIfLeft() {
     // isActiveWindow() always holds for a utility window.
-    if (!isVisible() || QApplication::activeWindow() == this)
+    if (!isVisible() || isPressedBeside_ || QApplication::activeWindow() == this)
         return;
     if (QWidget* const menu = QApplication::activePopupWidget())
         return menu->installEventFilter(this);
     const bool isInAClick = isPressed_ && QGuiApplication::mouseButtons() != Qt::NoButton;
     if (!isInAClick)
         close();
+}
+
+// A press on a window of this program activates that one, which is enough; one beside an open menu is the menu's end.
+void CustomWindow::pressedSomewhere() {
+    isPressedBeside_ = !QGuiApplication::topLevelAt(QCursor::pos()) && !QApplication::activePopupWidget();
+}
+
+// What ends in the window was brought there. It has the keys from then on, so that it goes away as usual.
+void CustomWindow::releasedSomewhere() {
+    if (!std::exchange(isPressedBeside_, false))
+        return;
+    if (frame().contains(QCursor::pos()))
+        activateWindow();
+    else
+        close();
+}
+
+void CustomWindow::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    buttons_.start();
+}
+
+void CustomWindow::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    buttons_.stop();
+    isPressedBeside_ = false;
 }
 
 void CustomWindow::keyPressEvent(QKeyEvent* event) {

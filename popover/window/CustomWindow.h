@@ -1,10 +1,13 @@
-// A small window without a frame that takes the keys and goes away by itself: by Escape, and as soon as another window
-// of the desktop has the keys instead. Its corners are round and it has a shadow where the screen is composited. It is
-// in no task bar and no pager.
+// A small window without a frame that takes the keys and goes away by itself: by Escape, as soon as another window of
+// the desktop has the keys instead, and by a click beside it. While a mouse button that was pressed beside it is held,
+// it waits: something may be on its way to be dropped on it. Its corners are round and it has a shadow where the screen
+// is composited. It is in no task bar and no pager.
 //
 // Threads: the main thread. Places are in logical pixels of the desktop and mean what is seen of the window, without
 // the room that its shadow takes. Closing hides it.
 #pragma once
+
+#include "popover/window/X11ButtonWatch.h"
 
 #include <QMargins>
 #include <QWidget>
@@ -33,6 +36,8 @@ protected:
     void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
@@ -40,9 +45,13 @@ private:
     void takePalette();
     void lookSoon();
     void closeIfLeft();
+    void pressedSomewhere();
+    void releasedSomewhere();
 
+    X11ButtonWatch buttons_;
     bool isComposited_ = false;
-    bool isPressed_ = false; // a mouse button, inside of the window
+    bool isPressed_ = false;       // a mouse button, inside of the window
+    bool isPressedBeside_ = false; // on what is not this program's
 };
 
 } // namespace quenby

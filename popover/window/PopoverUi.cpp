@@ -1,6 +1,5 @@
 #include "popover/window/PopoverUi.h"
 
-#include "popover/window/ButtonGlyphs.h"
 #include "popover/window/ContainView.h"
 #include "popover/window/CustomButton.h"
 #include "popover/window/CustomWindow.h"
@@ -8,9 +7,11 @@
 #include "popover/window/ctmView.h"
 #include "widgets/ActivityIndicator.h"
 #include "widgets/ElidedLabel.h"
+#include "widgets/Glyphs.h"
 #include "widgets/QuotaBar.h"
 #include "widgets/SecondaryLabel.h"
 
+#include <QApplication>
 #include <QGridLayout>
 #include <QVBoxLayout>
 
@@ -151,12 +152,18 @@ void PopoverUi::setMovingEdge(Qt::Edge edge) {
 }
 
 void PopoverUi::showStatus(const QString& text, bool isBusy) {
+    const bool isListed = text.isEmpty();
+    // Left to itself, the focus would go on as if Tab had been pressed, and show it.
+    if (!isListed && changes->isAncestorOf(QApplication::focusWidget()))
+        addButton->setFocus(Qt::OtherFocusReason);
     statusText->setText(text);
     statusText->setVisible(!text.isEmpty());
     activityIndicator->setVisible(isBusy);
     statusPane->setVisible(isBusy || !text.isEmpty());
-    changes->setVisible(text.isEmpty());
+    changes->setVisible(isListed);
     statusPane->raise();
+    if (isListed && addButton->hasFocus() && !addButton->window()->testAttribute(Qt::WA_KeyboardFocusChange))
+        changes->setFocus(Qt::OtherFocusReason);
 }
 
 void PopoverUi::setDropTarget(QWidget* dropTarget) {

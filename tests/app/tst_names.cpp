@@ -1,8 +1,8 @@
 // Names on their way between the Drive and a file system: titles, media types, search texts.
 
-#include "app/download/SafeFileName.h"
 #include "app/uploads/transfer/DestinationFolder.h"
 #include "app/uploads/transfer/MIMETypeFileName.h"
+#include "core/SafeFileName.h"
 
 #include <QTest>
 

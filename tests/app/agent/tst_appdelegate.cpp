@@ -9,6 +9,7 @@
 #include "tests/platform/fakes/FakeAlerts.h"
 #include "tests/platform/fakes/FakeCacheFolders.h"
 #include "tests/platform/fakes/FakeDefaults.h"
+#include "tests/platform/fakes/FakeFileBrowser.h"
 #include "tests/platform/fakes/FakeFilePanels.h"
 #include "tests/platform/fakes/FakeKeyring.h"
 #include "tests/platform/fakes/FakeNotifications.h"
@@ -60,6 +61,7 @@ private Q_SLOTS:
         hosts_ = place(platform_->statusItemHosts, std::make_unique<FakeStatusItemHosts>());
         alerts_ = place(platform_->alerts, std::make_unique<FakeAlerts>());
         place(platform_->filePanels, std::make_unique<FakeFilePanels>());
+        place(platform_->fileBrowser, std::make_unique<FakeFileBrowser>());
         place(platform_->pasteboard, std::make_unique<FakePasteboard>());
         place(platform_->opener, std::make_unique<FakeOpener>());
         webViews_ = place(platform_->webViews, std::make_unique<FakeWebViews>());

@@ -40,7 +40,7 @@ private Q_SLOTS:
         notifications_->invoke(tell(u"f"_s, u"again"_s), notification.actions.at(0).key);
         QCOMPARE(opened_.size(), 2);
         notifications_->invoke(tell(u"f"_s, u"again"_s), notification.actions.at(1).key);
-        QCOMPARE(shared_->takeFirst(), (QVariantList{u"https://share.example/?id=f"_s, u"Title of f"_s}));
+        QCOMPARE(shared_->takeFirst(), (QVariantList{u"f"_s, u"Title of f"_s}));
 
         ChangeRecord gone;
         gone.count = 3;

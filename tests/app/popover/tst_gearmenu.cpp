@@ -1,4 +1,4 @@
-// The gear button's menu: what it lists, for whom, and that its commands are those of the status item's menus.
+// The gear button's menu: what can be chosen there and by whom; and where the menus of the popover's buttons go.
 #include "app/popover/GearMenu.h"
 #include "app/statusitem/StatusMenus.h"
 #include "tests/app/statusitem/FakeStatusItemInputs.h"
@@ -26,24 +26,6 @@ private Q_SLOTS:
         menus_.reset();
     }
 
-    void items() {
-        const QList<QAction*> items = gear_->menu().actions();
-        QCOMPARE(items.size(), 7);
-        QCOMPARE(items[0]->text(), QStringLiteral("initData"));
-        QVERIFY(!items[0]->isEnabled());
-        QVERIFY(items[1]->isSeparator() && items[4]->isSeparator());
-        QCOMPARE(items[2]->menu(), &menus_->addFileMenu());
-        QCOMPARE(items[3], menus_->action(MenuCommand::uploadFile));
-        QCOMPARE(items[5], menus_->action(MenuCommand::preferences));
-        QCOMPARE(items[6], menus_->action(MenuCommand::quit));
-        QSet<QString> mnemonics;
-        for (const QAction* item : items) {
-            QVERIFY(item->shortcut().isEmpty());
-            mnemonics.insert(QKeySequence::mnemonic(item->text()).toString());
-        }
-        QCOMPARE(mnemonics.size(), 4 + 1); // those that can be chosen differ; the others have none
-    }
-
     void states_data() {
         QTest::addColumn<bool>("signedIn");
         QTest::addColumn<bool>("complete");
@@ -61,40 +43,41 @@ private Q_SLOTS:
             inputs_.summary = {};
         popUp(QPoint(100, 100));
         const QList<QAction*> items = gear_->menu().actions();
-        QCOMPARE(items[0]->text(), line);
-        QCOMPARE(items[2]->isEnabled(), signedIn);
-        for (const MenuCommand command :
-             {MenuCommand::uploadFile, MenuCommand::uploadAndShareFile, MenuCommand::captureAndUploadScreenshot})
-            QCOMPARE(menus_->action(command)->isEnabled(), signedIn);
+        QCOMPARE(items.size(), 7);
+        QVERIFY(items[0]->text() == line && !items[0]->isEnabled());
+        QVERIFY(items[2]->menu() == &menus_->addFileMenu() && items[2]->isEnabled() == signedIn);
+        QVERIFY(items[3] == menus_->action(MenuCommand::uploadFile) && items[3]->isEnabled() == signedIn);
         QVERIFY(items[5]->isEnabled() && items[6]->isEnabled());
         // The add button's own menu needs no account.
         QVERIFY(menus_->addFileMenu().isEnabled());
-    }
-
-    void followsWhoIsSignedIn() {
-        for (const bool signedIn : {true, false, true}) {
-            inputs_.signedIn = signedIn;
-            popUp(QPoint(100, 100));
-            QCOMPARE(gear_->menu().actions()[2]->isEnabled(), signedIn);
-        }
+        // And when it opens another time.
+        inputs_.signedIn = !signedIn;
+        popUp(QPoint(100, 100));
+        QCOMPARE(items[2]->isEnabled(), !signedIn);
     }
 
     // Under the button, towards the middle of the window.
     void place() {
-        const QRect left = popUp(QPoint(10, 100));
-        QCOMPARE(left.topLeft(), button_.mapToGlobal(QPoint(0, button_.height())));
-        const QRect right = popUp(QPoint(460, 100));
-        QCOMPARE(right.topRight(), button_.mapToGlobal(QPoint(button_.width() - 1, button_.height())));
+        for (const bool isForAdding : {false, true}) {
+            const QRect left = popUp(QPoint(10, 100), isForAdding);
+            QCOMPARE(left.topLeft(), button_.mapToGlobal(QPoint(0, button_.height())));
+            const QRect right = popUp(QPoint(460, 100), isForAdding);
+            QCOMPARE(right.topRight(), button_.mapToGlobal(QPoint(button_.width() - 1, button_.height())));
+        }
     }
 
 private:
-    QRect popUp(const QPoint& button) {
+    QRect popUp(const QPoint& button, bool isForAdding = false) {
         window_.resize(500, 300);
         button_.setGeometry(QRect(button, QSize(28, 28)));
         window_.show();
-        gear_->setting_btn_click(button_);
-        const QRect shown = gear_->menu().geometry();
-        gear_->menu().close();
+        if (isForAdding)
+            menus_->AddNewFile(button_);
+        else
+            gear_->setting_btn_click(button_);
+        QMenu& menu = isForAdding ? menus_->addFileMenu() : gear_->menu();
+        const QRect shown = menu.geometry();
+        menu.close();
         return shown;
     }
 

@@ -63,7 +63,6 @@ void showAccount(WorkspaceWindow& window, UploadRows& rows, bool isBusy) {
     AccountView& view = window.accountView();
     view.setAccount(
         {QStringLiteral("Ada Lovelace"), QStringLiteral("ada@example.com"), QStringLiteral("37% of 15 GB used"), 37});
-    view.setShowsChanges(true);
     view.setDropView(new dragFileImageView);
     if (isBusy) {
         rows.append({1, QStringLiteral("Notes on the engine.pdf"), QStringLiteral("3.2 MB of 10 MB"), 32});

@@ -1,0 +1,36 @@
+// Hears of the mouse's left and right buttons wherever they are pressed on an X11 screen, also on the bare desktop and
+// in other programs. It takes nothing away from whom they are meant for. On other systems it hears nothing.
+//
+// Threads: the main thread.
+#pragma once
+
+#include <QAbstractNativeEventFilter>
+#include <QObject>
+
+#include <cstdint>
+
+namespace quenby {
+
+class X11ButtonWatch final : public QObject, private QAbstractNativeEventFilter {
+    Q_OBJECT
+
+public:
+    using QObject::QObject;
+    ~X11ButtonWatch() override { stop(); }
+
+    // While it is not started, it costs nothing. Both may be called twice.
+    void start();
+    void stop();
+
+Q_SIGNALS:
+    // Before the press or release arrives at any window. QCursor::pos() tells where it is.
+    void pressed();
+    void released();
+
+private:
+    bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
+
+    std::uint8_t extension_ = 0; // the server's number of it while the watch is started
+};
+
+} // namespace quenby
