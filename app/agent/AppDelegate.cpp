@@ -73,6 +73,7 @@ void AppDelegate::QuitClick() {
 }
 
 void AppDelegate::applicationWillTerminate() {
+    pages_.saveAllTabDetailsToDefaults();
     for (const QString& name : {cacheFolderName::screenshots, cacheFolderName::recordings, cacheFolderName::images})
         platform_.cacheFolders->remove(name);
 }
@@ -147,6 +148,7 @@ void AppDelegate::becameSignedIn() {
 void AppDelegate::Drive_Open() {
     if (!session_.UserLogin())
         return;
+    pages_.open(session_.webAccount());
     if (window_.isShowingWelcome())
         window_.showAccount();
     setDisplayDataIfAvail();
@@ -172,6 +174,7 @@ void AppDelegate::signInEnded(const MaybeError& error) {
 void AppDelegate::signInRefused() {
     isSignInRefused_ = true;
     holdUploads();
+    pages_.suspend();
     leaveAccount();
     window_.welcomeView().showTrouble(
         tr("The Drive no longer accepts the sign-in. Sign in again to go on; waiting uploads will continue."));
@@ -201,6 +204,7 @@ void AppDelegate::logoutUser() {
 
 void AppDelegate::logOut() {
     uploads_.cancelEverything();
+    pages_.closeAllTabs(); // before the cookies of their pages go
     session_.makeLogoutFromGoogle(this, [this] {
         if (!session_.UserLogin()) // somebody may have been faster than the keyring
             loginAccess();
@@ -319,9 +323,16 @@ void AppDelegate::carryOut(MenuCommand command) {
 
 void AppDelegate::openPage(const PageOpenRecord& page) {
     popover_.close();
-    if (platform_.opener->openURL(page.url))
+    if (!session_.UserLogin())
         return;
-    platform_.pasteboard->setText(page.url.toString());
+    bringWorkspaceToFront();
+    pages_.openPage(page);
+}
+
+void AppDelegate::openOutside(const QUrl& url) {
+    if (platform_.opener->openURL(url))
+        return;
+    platform_.pasteboard->setText(url.toString());
     tell(tr("The page could not be opened"), tr("Its address was copied instead."));
 }
 

@@ -17,6 +17,7 @@
 #include "app/statusitem/StatusItem.h"
 #include "app/statusitem/StatusMenus.h"
 #include "app/uploads/UploadPipeline.h"
+#include "app/workspace/WorkspacePages.h"
 #include "platform/PlatformServices.h"
 #include "workspace/share/ShareWindows.h"
 #include "workspace/window/UploadRows.h"
@@ -83,6 +84,9 @@ private:
     void connectUploads();
     void connectChanges();
     void connectWindow();
+    void connectToolBar();
+    void connectPages();
+    void countTransfers();
 
     void becameSingleInstance(const Handover& handover);
     Handover handOver();
@@ -104,6 +108,7 @@ private:
     void carryOut(MenuCommand command);
     void bringWorkspaceToFront();
     void openPage(const PageOpenRecord& page);
+    void openOutside(const QUrl& url);
     void shareThisFile(const QString& identifier, const QString& name);
     // The sharing page's whole address, a secret.
     void shareAddress(const QString& address, const QString& name);
@@ -121,6 +126,7 @@ private:
     UploadRows uploadRows_;
     UploadListing uploadListing_;
     ShareWindows shareWindows_;
+    WorkspacePages pages_;
     ChangeFeed changeFeed_;
     ChangeNotices changeNotices_;
     FetchedPictures pictures_;

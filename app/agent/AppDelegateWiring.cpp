@@ -7,6 +7,9 @@
 #include "popover/changes/RowTexts.h"
 #include "workspace/window/AccountView.h"
 #include "workspace/window/WelcomeView.h"
+#include "workspace/window/WorkspaceToolBar.h"
+
+#include <QAction>
 
 namespace quenby {
 namespace {
@@ -32,6 +35,7 @@ AppDelegate::AppDelegate(const Surroundings& surroundings)
           [this] { return &window_; }, uploadLimits)
     , uploadListing_(uploads_.queue(), uploadRows_)
     , shareWindows_(*platform_.webViews, surroundings.drive.timeSource())
+    , pages_(window_, platform_, surroundings.drive.endpoints(), surroundings.drive.timeSource())
     , changeFeed_(
           surroundings.drive.driveService(), *platform_.defaults, [this] { return session_.strSHARE(); },
           surroundings.drive.timeSource())
@@ -48,6 +52,7 @@ AppDelegate::AppDelegate(const Surroundings& surroundings)
     connectChanges();
     connectStatusItem();
     connectWindow();
+    connectPages();
 }
 
 // The place where the status item stands still looks at it.
@@ -103,10 +108,10 @@ void AppDelegate::connectChanges() {
         if (texts.isOpenable())
             openPage(rowPage(texts, surroundings_.drive.endpoints().webURL));
     });
-    connect(&changeNotices_, &ChangeNotices::shareRequested, this, &AppDelegate::shareAddress);
+    connect(&changeNotices_, &ChangeNotices::shareRequested, this, &AppDelegate::shareThisFile);
 
     connect(&popover_, &ChangesPopover::openRequested, this, &AppDelegate::openPage);
-    connect(&popover_, &ChangesPopover::shareRequested, this, &AppDelegate::shareAddress);
+    connect(&popover_, &ChangesPopover::shareRequested, this, &AppDelegate::shareThisFile);
     connect(&popover_, &ChangesPopover::filesDropped, &uploads_, &UploadPipeline::UploadFilesToServer);
     connect(&popover_, &ChangesPopover::visibleChanged, &statusItem_, &StatusItem::redisplay);
     // Its place moves with the item's size.
@@ -115,9 +120,6 @@ void AppDelegate::connectChanges() {
             popover_.close();
     });
     menus_.enable(MenuCommand::showChanges, true);
-    window_.accountView().setShowsChanges(true);
-    connect(&window_.accountView(), &AccountView::showChangesRequested, this,
-            [this] { carryOut(MenuCommand::showChanges); });
 }
 
 void AppDelegate::connectStatusItem() {
@@ -145,6 +147,7 @@ void AppDelegate::connectWindow() {
         statusItem_.redisplay();
     });
     connect(&window_.accountView(), &AccountView::uploadRequested, this, [this] { carryOut(MenuCommand::uploadFile); });
+    connectToolBar();
     connect(&window_.welcomeView(), &WelcomeView::signInRequested, this,
             [this] { session_.makeLoginInGoogle(&window_); });
     connect(&window_.welcomeView(), &WelcomeView::tryAgainRequested, this, [this] {
@@ -159,6 +162,41 @@ void AppDelegate::connectWindow() {
             loginAccess();
     });
     connect(platform_.defaults.get(), &Defaults::troubled, this, &AppDelegate::settingsTroubled);
+}
+
+// Commands that nobody carries out yet are disabled in the menus, and here as well.
+void AppDelegate::connectToolBar() {
+    static constexpr std::pair<ToolBarCommand, MenuCommand> commands[] = {
+        {ToolBarCommand::upload, MenuCommand::uploadFile},
+        {ToolBarCommand::record, MenuCommand::recordScreen},
+        {ToolBarCommand::changes, MenuCommand::showChanges},
+        {ToolBarCommand::preferences, MenuCommand::preferences},
+    };
+    for (const auto& [button, command] : commands) {
+        QAction* action = window_.toolBar().action(button);
+        const QAction* entry = menus_.action(command);
+        action->setEnabled(entry->isEnabled());
+        connect(entry, &QAction::changed, action, [action, entry] { action->setEnabled(entry->isEnabled()); });
+        connect(action, &QAction::triggered, this, [this, carried = command] { carryOut(carried); });
+    }
+}
+
+void AppDelegate::connectPages() {
+    connect(&pages_, &WorkspacePages::loginAccess, this, &AppDelegate::loginAccess);
+    connect(&pages_, &WorkspacePages::logoutUser, this, &AppDelegate::logoutUser);
+    connect(&pages_, &WorkspacePages::bringToFront, this, &AppDelegate::bringWorkspaceToFront);
+    connect(&pages_, &WorkspacePages::openOutsideRequested, this, &AppDelegate::openOutside);
+    connect(&pages_, &WorkspacePages::filesDropped, &uploads_, &UploadPipeline::UploadFilesToServer);
+    connect(&pages_, &WorkspacePages::alertRequested, this, &AppDelegate::tell);
+    connect(&uploads_, &UploadPipeline::RootFolderIdChanged, &pages_, &WorkspacePages::setRootFolderId);
+    connect(&details_, &AccountDetails::arrived, this, [this] { pages_.setRootFolderId(details_.RootFolderId()); });
+    connect(&uploadRows_, &UploadRows::countChanged, this, &AppDelegate::countTransfers);
+    connect(&pages_.downloads(), &Downloads::countChanged, this, &AppDelegate::countTransfers);
+}
+
+void AppDelegate::countTransfers() {
+    window_.toolBar().setRunningTransfers(uploadRows_.rowCount() + uploadRows_.waiting() +
+                                          int(pages_.downloads().DownloadFileList().size()));
 }
 
 } // namespace quenby

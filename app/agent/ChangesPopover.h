@@ -54,8 +54,7 @@ public:
 Q_SIGNALS:
     void visibleChanged(bool isVisible);
     void openRequested(const quenby::PageOpenRecord& page);
-    // The link is a secret.
-    void shareRequested(const QString& share, const QString& title);
+    void shareRequested(const QString& identifier, const QString& title);
     void filesDropped(const QList<QByteArray>& paths);
 
 private:

@@ -2,8 +2,8 @@
 
 #include "core/Redaction.h"
 #include "widgets/ActivityIndicator.h"
+#include "widgets/ProblemPane.h"
 #include "workspace/share/MeasuringScript.h"
-#include "workspace/share/ProblemPane.h"
 #include "workspace/share/ShareTitleBar.h"
 #include "workspace/share/ctmWindow.h"
 

@@ -1,7 +1,7 @@
 #include "workspace/share/ShareWindowUi.h"
 
 #include "widgets/ActivityIndicator.h"
-#include "workspace/share/ProblemPane.h"
+#include "widgets/ProblemPane.h"
 #include "workspace/share/ShareFrame.h"
 #include "workspace/share/ShareTitleBar.h"
 #include "workspace/share/ctmWindow.h"

@@ -7,7 +7,6 @@
 #include <QLabel>
 #include <QListView>
 #include <QPushButton>
-#include <QStackedLayout>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -29,7 +28,6 @@ AccountView::AccountView(QWidget* parent)
     : QWidget(parent)
     , ui_(std::make_unique<AccountViewUi>(this)) {
     connect(ui_->uploadButton, &QPushButton::clicked, this, &AccountView::uploadRequested);
-    connect(ui_->showChangesButton, &QPushButton::clicked, this, &AccountView::showChangesRequested);
     setAccount({});
     countUploads();
 }
@@ -71,15 +69,17 @@ void AccountView::countUploads() {
     const int running = uploads_ ? uploads_->rowCount() : 0;
     const int waiting = uploads_ ? uploads_->waiting() : 0;
     ui_->uploadCount->setText(countText(running, waiting));
-    ui_->uploadsStack->setCurrentWidget(running > 0 ? static_cast<QWidget*>(ui_->uploadList) : ui_->noUploads);
+    ui_->setUploadRows(running);
+    ui_->uploads->setVisible(running > 0 || waiting > 0);
+    fitDropPlace();
 }
 
-void AccountView::setShowsChanges(bool shows) { ui_->showChangesButton->setVisible(shows); }
-
-void AccountView::setCommandsMenu(QMenu* menu) {
-    ui_->menuButton->setMenu(menu);
-    ui_->menuButton->setVisible(menu != nullptr);
+void AccountView::setShowsDownloads(bool showsDownloads) {
+    showsDownloads_ = showsDownloads;
+    fitDropPlace();
 }
+
+void AccountView::fitDropPlace() { ui_->setDropHeight(showsDownloads_ || ui_->uploads->isVisibleTo(this)); }
 
 void AccountView::focusFirst() { ui_->uploadButton->setFocus(Qt::OtherFocusReason); }
 

@@ -11,8 +11,6 @@
 
 #include <memory>
 
-class QMenu;
-
 namespace quenby {
 
 struct AccountViewUi;
@@ -30,22 +28,21 @@ public:
     void setDropView(QWidget* dropView);
     // Not owned; outlives the view, or null is set before it goes.
     void setUploads(UploadRows* uploads);
-    // Whether there is a popover that "Show Changes" can open.
-    void setShowsChanges(bool shows);
-    // All commands, behind a button in the corner. Not owned.
-    void setCommandsMenu(QMenu* menu);
+    // There are downloads below: the place for drops is smaller then, as it is while uploads run.
+    void setShowsDownloads(bool showsDownloads);
     // Puts the keyboard's focus where it is wanted first.
     void focusFirst();
 
 Q_SIGNALS:
     void uploadRequested();
-    void showChangesRequested();
 
 private:
     void countUploads();
+    void fitDropPlace();
 
     const std::unique_ptr<AccountViewUi> ui_;
     UploadRows* uploads_ = nullptr;
+    bool showsDownloads_ = false;
 };
 
 } // namespace quenby

@@ -8,16 +8,19 @@
 #include <QLabel>
 #include <QListView>
 #include <QPushButton>
-#include <QStackedLayout>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace quenby {
 namespace {
 
 // Everything stands on a grid of 8 pixels.
-constexpr int margin = 24;
+constexpr int margin = 16;
 constexpr int buttonHeight = 32;
-constexpr int buttonWidth = 128;
+constexpr int usualDropHeight = 208;
+constexpr int smallDropHeight = 120; // where the transfers need the room
+constexpr int mostUploadRows = 6;    // before the list scrolls
 
 void enlarge(QLabel& label, qreal factor) {
     QFont font = label.font();
@@ -26,28 +29,26 @@ void enlarge(QLabel& label, qreal factor) {
     label.setFont(font);
 }
 
-QHBoxLayout* makeHeader(const AccountViewUi& ui) {
+QVBoxLayout* makeHeader(const AccountViewUi& ui) {
     auto* names = new QVBoxLayout;
     names->setSpacing(2);
     names->addWidget(ui.userName);
     names->addWidget(ui.accountName);
-    auto* header = new QHBoxLayout;
-    header->setSpacing(8);
-    header->addLayout(names, 1);
-    header->addWidget(ui.showChangesButton, 0, Qt::AlignTop);
-    header->addWidget(ui.menuButton, 0, Qt::AlignTop);
-    return header;
+    return names;
 }
 
-QHBoxLayout* makeUploadsHeading(const AccountViewUi& ui, QWidget* view) {
-    auto* title = new QLabel(QStringLiteral("Uploads"), view);
+void makeUploadsLayout(const AccountViewUi& ui) {
+    auto* title = new QLabel(QStringLiteral("Uploads"), ui.uploads);
     enlarge(*title, 1.15);
     auto* heading = new QHBoxLayout;
     heading->setSpacing(8);
     heading->addWidget(title);
     heading->addWidget(ui.uploadCount, 1);
-    heading->addWidget(ui.uploadButton);
-    return heading;
+    auto* layout = new QVBoxLayout(ui.uploads);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(4);
+    layout->addLayout(heading);
+    layout->addWidget(ui.uploadList);
 }
 
 QVBoxLayout* makeLayout(const AccountViewUi& ui, QWidget* view) {
@@ -61,12 +62,12 @@ QVBoxLayout* makeLayout(const AccountViewUi& ui, QWidget* view) {
     layout->setSpacing(24);
     layout->addLayout(makeHeader(ui));
     layout->addLayout(quota);
-    layout->addWidget(ui.dropPlace, 2);
-    auto* uploads = new QVBoxLayout;
-    uploads->setSpacing(8);
-    uploads->addLayout(makeUploadsHeading(ui, view));
-    uploads->addLayout(ui.uploadsStack, 1);
-    layout->addLayout(uploads, 3);
+    auto* drop = new QVBoxLayout;
+    drop->setSpacing(8);
+    drop->addWidget(ui.dropPlace);
+    drop->addWidget(ui.uploadButton);
+    layout->addLayout(drop);
+    layout->addWidget(ui.uploads);
     return layout;
 }
 
@@ -79,8 +80,8 @@ void setUpUploadList(QListView& list) {
     list.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list.setTabKeyNavigation(false);
     list.setAccessibleName(QStringLiteral("Running uploads"));
-    list.setMinimumHeight(80);
-    list.setFrameShape(QFrame::NoFrame); // its ground sets it off; a frame loses sides at fractional scales
+    list.setFrameShape(QFrame::NoFrame);
+    list.viewport()->setAutoFillBackground(false); // its rows stand on the window's own ground
 }
 
 } // namespace
@@ -88,39 +89,38 @@ void setUpUploadList(QListView& list) {
 AccountViewUi::AccountViewUi(QWidget* view)
     : userName(new ElidedLabel(view))
     , accountName(new SecondaryLabel(view))
-    , showChangesButton(new QPushButton(QStringLiteral("Show &Changes"), view))
-    , menuButton(new QPushButton(QStringLiteral("&Menu"), view))
     , quotaText(new SecondaryLabel(view))
     , quotaBar(new QuotaBar(view))
     , dropPlace(new QWidget(view))
     , dropLayout(new QVBoxLayout(dropPlace))
-    , uploadCount(new SecondaryLabel(view))
     , uploadButton(new QPushButton(QStringLiteral("&Upload File"), view))
-    , uploadsStack(new QStackedLayout)
-    , uploadList(new QListView(view))
-    , noUploads(new SecondaryLabel(view)) {
+    , uploads(new QWidget(view))
+    , uploadCount(new SecondaryLabel(uploads))
+    , uploadList(new QListView(uploads)) {
     enlarge(*userName, 1.4);
     for (QLabel* label : {userName, accountName})
         label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    for (QPushButton* button : {showChangesButton, uploadButton}) {
-        button->setAutoDefault(true); // so that Return presses it, too
-        button->setMinimumSize(buttonWidth, buttonHeight);
-    }
-    showChangesButton->hide();
-    menuButton->setMinimumSize(96, buttonHeight);
-    menuButton->hide();
+    uploadButton->setAutoDefault(true); // so that Return presses it, too
+    uploadButton->setMinimumHeight(buttonHeight);
     dropLayout->setContentsMargins(0, 0, 0, 0);
     dropPlace->hide();
     setUpUploadList(*uploadList);
-    noUploads->setText(QStringLiteral("No uploads are running."));
-    noUploads->setAlignment(Qt::AlignCenter);
-    uploadsStack->addWidget(noUploads);
-    uploadsStack->addWidget(uploadList);
+    makeUploadsLayout(*this);
+    uploads->hide();
     makeLayout(*this, view);
+    setDropHeight(false);
 
     QWidget::setTabOrder(uploadButton, uploadList);
-    QWidget::setTabOrder(uploadList, showChangesButton);
-    QWidget::setTabOrder(showChangesButton, menuButton);
+}
+
+void AccountViewUi::setDropHeight(bool isSmall) {
+    dropPlace->setFixedHeight(isSmall ? smallDropHeight : usualDropHeight);
+}
+
+void AccountViewUi::setUploadRows(int count) {
+    uploadList->setVisible(count > 0);
+    if (count > 0)
+        uploadList->setFixedHeight(std::min(count, mostUploadRows) * uploadList->sizeHintForRow(0));
 }
 
 } // namespace quenby

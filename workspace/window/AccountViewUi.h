@@ -4,7 +4,6 @@
 class QLabel;
 class QListView;
 class QPushButton;
-class QStackedLayout;
 class QVBoxLayout;
 class QWidget;
 
@@ -15,19 +14,20 @@ class QuotaBar;
 struct AccountViewUi {
     explicit AccountViewUi(QWidget* view);
 
+    // As high as so many rows, within reason.
+    void setUploadRows(int count);
+    void setDropHeight(bool isSmall);
+
     QLabel* userName;
     QLabel* accountName;
-    QPushButton* showChangesButton;
-    QPushButton* menuButton;
     QLabel* quotaText;
     QuotaBar* quotaBar;
     QWidget* dropPlace;
     QVBoxLayout* dropLayout;
-    QLabel* uploadCount;
     QPushButton* uploadButton;
-    QStackedLayout* uploadsStack; // the list, or that there is nothing to list
+    QWidget* uploads; // what is said of them; hidden while there are none
+    QLabel* uploadCount;
     QListView* uploadList;
-    QLabel* noUploads;
 };
 
 } // namespace quenby

@@ -9,8 +9,9 @@
 namespace quenby {
 namespace {
 
-constexpr int margin = 12;
+constexpr int padding = 8; // above and below
 constexpr int gap = 6;
+constexpr int betweenTexts = 12;
 constexpr int barHeight = 6;
 
 // At its side of the line, in the direction of its own language: the numbers of an English text stay where they belong
@@ -23,31 +24,32 @@ void paintText(QPainter& painter, const QRect& rect, Qt::Alignment side, const Q
 } // namespace
 
 void UploadRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
-    const QRect inner = option.rect.adjusted(margin, margin / 2, -margin, -margin / 2);
+    const QRect inner = option.rect.adjusted(0, padding, 0, -padding);
     const QFontMetrics& metrics = option.fontMetrics;
     const QRect line(inner.topLeft(), QSize(inner.width(), metrics.height()));
 
     const QString detail = index.data(UploadRows::detailRole).toString();
-    const int detailWidth = detail.isEmpty() ? 0 : metrics.horizontalAdvance(detail) + margin;
+    const int detailWidth = detail.isEmpty() ? 0 : metrics.horizontalAdvance(detail) + betweenTexts;
     const QRect nameRect =
         QStyle::visualRect(option.direction, line, line.adjusted(0, 0, -std::min(detailWidth, line.width() / 2), 0));
     painter->save();
     painter->setFont(option.font);
-    painter->setPen(option.palette.color(QPalette::Text));
+    painter->setPen(option.palette.color(QPalette::WindowText));
     paintText(*painter, nameRect, QStyle::visualAlignment(option.direction, Qt::AlignLeft),
               metrics.elidedText(index.data().toString(), Qt::ElideMiddle, nameRect.width()));
     painter->setOpacity(0.72);
     paintText(*painter, line, QStyle::visualAlignment(option.direction, Qt::AlignRight),
-              metrics.elidedText(detail, Qt::ElideRight, line.width() - nameRect.width() - margin / 2));
+              metrics.elidedText(detail, Qt::ElideRight, line.width() - nameRect.width() - betweenTexts / 2));
     painter->restore();
 
-    paintProgress(*painter, QRect(inner.left(), line.bottom() + 1 + gap, inner.width(), barHeight),
-                  {option.palette.color(QPalette::Text), option.palette.color(QPalette::Highlight), option.direction},
-                  index.data(UploadRows::percentRole).toInt());
+    paintProgress(
+        *painter, QRect(inner.left(), line.bottom() + 1 + gap, inner.width(), barHeight),
+        {option.palette.color(QPalette::WindowText), option.palette.color(QPalette::Highlight), option.direction},
+        index.data(UploadRows::percentRole).toInt());
 }
 
 QSize UploadRowDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const {
-    return {200, option.fontMetrics.height() + gap + barHeight + margin};
+    return {200, option.fontMetrics.height() + gap + barHeight + 2 * padding};
 }
 
 } // namespace quenby

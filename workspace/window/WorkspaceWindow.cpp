@@ -3,7 +3,10 @@
 #include "platform/Defaults.h"
 #include "workspace/window/AccountView.h"
 #include "workspace/window/WelcomeView.h"
+#include "workspace/window/WorkspacePane.h"
+#include "workspace/window/WorkspaceToolBar.h"
 
+#include <QAction>
 #include <QEvent>
 #include <QScreen>
 #include <QShortcut>
@@ -12,7 +15,7 @@
 namespace quenby {
 namespace {
 
-constexpr QSize usualSize(720, 640);
+constexpr QSize usualSize(1180, 760);
 constexpr int smallestWidth = 500; // the views tell how high they must be
 
 QString placeKey() { return QStringLiteral("WorkspaceWindowGeometry"); }
@@ -23,15 +26,20 @@ WorkspaceWindow::WorkspaceWindow(Defaults& defaults)
     : defaults_(defaults)
     , views_(new QStackedWidget(this))
     , welcomeView_(new WelcomeView(views_))
-    , accountView_(new AccountView(views_)) {
+    , pane_(new WorkspacePane(defaults, views_)) {
     setWindowTitle(QStringLiteral("Quenby"));
     setObjectName(QStringLiteral("WorkspaceWindow"));
     views_->addWidget(welcomeView_);
-    views_->addWidget(accountView_);
+    views_->addWidget(pane_);
     setCentralWidget(views_);
     setMinimumWidth(smallestWidth);
     restorePlace();
-    connect(new QShortcut(QKeySequence::Close, this), &QShortcut::activated, this, &QWidget::close);
+    // Where there are tabs, the same keys close one of them.
+    connect(new QShortcut(QKeySequence::Close, welcomeView_), &QShortcut::activated, this, &QWidget::close);
+    connect(new QShortcut(QKeySequence(Qt::Key_F11), this), &QShortcut::activated, this,
+            &WorkspaceWindow::FullScreenButtonToolbarAction);
+    connect(toolBar().action(ToolBarCommand::fullScreen), &QAction::triggered, this,
+            &WorkspaceWindow::FullScreenButtonToolbarAction);
     showWelcome();
 }
 
@@ -46,15 +54,25 @@ void WorkspaceWindow::showWelcome() {
 }
 
 void WorkspaceWindow::showAccount() {
-    views_->setCurrentWidget(accountView_);
-    accountView_->focusFirst();
+    views_->setCurrentWidget(pane_);
+    pane_->focusFirst();
 }
+
+AccountView& WorkspaceWindow::accountView() const { return pane_->accountView(); }
+
+WorkspaceToolBar& WorkspaceWindow::toolBar() const { return pane_->toolBar(); }
+
+void WorkspaceWindow::setTabs(QWidget* tabs) { pane_->setTabs(tabs); }
+
+void WorkspaceWindow::setDownloadsView(QWidget* view) { pane_->setDownloadsView(view); }
+
+void WorkspaceWindow::showAddress(const QString& address) { pane_->showAddress(address); }
 
 bool WorkspaceWindow::isShowingWelcome() const { return views_->currentWidget() == welcomeView_; }
 
 void WorkspaceWindow::setCommandsMenu(QMenu* menu) {
     welcomeView_->setCommandsMenu(menu);
-    accountView_->setCommandsMenu(menu);
+    toolBar().setCommandsMenu(menu);
 }
 
 void WorkspaceWindow::bringToFront() {
@@ -64,8 +82,33 @@ void WorkspaceWindow::bringToFront() {
     activateWindow();
 }
 
+// --- Full screen ----------------------------------------------------------------------------------------------------
+
+void WorkspaceWindow::setFullScreen(bool isOn) {
+    setWindowState(isOn ? windowState() | Qt::WindowFullScreen : windowState() & ~Qt::WindowFullScreen);
+}
+
+void WorkspaceWindow::FullScreenButtonToolbarAction() { setFullScreen(!isFullScreen()); }
+
+void WorkspaceWindow::setPageFullScreen(bool isOn) {
+    if (isOn == isPageFullScreen_)
+        return;
+    isPageFullScreen_ = isOn;
+    if (isOn)
+        wasFullScreen_ = isFullScreen();
+    pane_->setPageAlone(isOn);
+    setFullScreen(isOn || wasFullScreen_);
+}
+
 void WorkspaceWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::WindowStateChange) {
+        toolBar().action(ToolBarCommand::fullScreen)->setChecked(isFullScreen());
+        if (isPageFullScreen_ && !isFullScreen()) {
+            setPageFullScreen(false);
+            Q_EMIT pageFullScreenLeft();
+        }
+    }
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
         Q_EMIT becameKey();
 }

@@ -6,10 +6,12 @@
 #include "workspace/window/AccountView.h"
 #include "workspace/window/UploadRows.h"
 #include "workspace/window/WelcomeView.h"
+#include "workspace/window/WorkspaceToolBar.h"
 #include "workspace/window/WorkspaceWindow.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemModelTester>
+#include <QAction>
 #include <QLabel>
 #include <QListView>
 #include <QMenu>
@@ -44,7 +46,8 @@ QStringList tabOrder(QWidget& window) {
     const QWidget* first = window.focusWidget();
     for (const QWidget* widget = first; widget && order.size() < 30;) {
         const auto* pressed = qobject_cast<const QAbstractButton*>(widget);
-        order += pressed ? pressed->text().remove(QLatin1Char('&')) : widget->accessibleName();
+        order += pressed && widget->accessibleName().isEmpty() ? pressed->text().remove(QLatin1Char('&'))
+                                                               : widget->accessibleName();
         QTest::keyClick(window.focusWidget(), Qt::Key_Tab);
         widget = window.focusWidget();
         if (widget == first)
@@ -137,7 +140,6 @@ private Q_SLOTS:
         uploads.append({1, QStringLiteral("a"), {}, 5});
         WorkspaceWindow window(defaults);
         window.setCommandsMenu(&menu);
-        window.accountView().setShowsChanges(true);
         window.accountView().setUploads(&uploads);
         window.bringToFront();
         QTRY_VERIFY(window.isActiveWindow());
@@ -145,7 +147,35 @@ private Q_SLOTS:
         window.welcomeView().showTrouble(QStringLiteral("No."));
         QCOMPARE(tabsOf(window), QStringLiteral("Try Again, Sign In, Try the Local Drive, Menu"));
         window.showAccount();
-        QCOMPARE(tabsOf(window), QStringLiteral("Upload File, Running uploads, Show Changes, Menu"));
+        // Back and forward have nowhere to go, and there are no tabs.
+        QCOMPARE(tabsOf(window),
+                 QStringLiteral("Upload File, Running uploads, First Tab, Reload, New Document, Upload File, Record "
+                                "Screen, Show Changes, Transfers, Preferences, Full Screen, Menu"));
+    }
+
+    // What is left when the panel is shut is kept; a page that fills the screen gives it back as it was.
+    void sidePanelAndFullScreen() {
+        FakeDefaults defaults;
+        QWidget* tabs = new QWidget;
+        {
+            WorkspaceWindow window(defaults);
+            window.setTabs(tabs);
+            window.showAccount();
+            window.show();
+            QVERIFY(window.accountView().isVisible() && tabs->isVisible());
+            window.setPageFullScreen(true);
+            QVERIFY(window.isFullScreen() && !window.toolBar().isVisible() && !window.accountView().isVisible());
+            QSignalSpy left(&window, &WorkspaceWindow::pageFullScreenLeft);
+            window.showNormal();
+            QCOMPARE(left.count(), 1);
+            QVERIFY(window.toolBar().isVisible() && window.accountView().isVisible());
+            window.toolBar().action(ToolBarCommand::transfers)->trigger();
+            QVERIFY(!window.accountView().isVisible() && tabs->isVisible());
+        }
+        WorkspaceWindow window(defaults);
+        window.showAccount();
+        window.show();
+        QVERIFY(!window.accountView().isVisible());
     }
 
     void account() {
@@ -165,7 +195,6 @@ private Q_SLOTS:
         QVERIFY(!bar->isEnabled() && bar->value() == 0);
         QVERIFY(!bar->isVisibleTo(&view)); // an empty one would say that nothing is used
 
-        QVERIFY(!button(view, "Show Changes")->isVisibleTo(&view));
         QPointer<QWidget> first = new QWidget;
         view.setDropView(first);
         QVERIFY(first->isVisibleTo(&view));

@@ -1,0 +1,67 @@
+// The workspace's tabs within the program: who is signed in to them, what they ask the rest of the program for, and
+// where their downloads go.
+//
+// Threads: the main thread. The window and the services outlive it.
+#pragma once
+
+#include "core/Endpoints.h"
+#include "core/PageOpenRecord.h"
+#include "core/TimeSource.h"
+#include "workspace/downloads/Downloads.h"
+
+#include <QObject>
+
+#include <memory>
+
+namespace quenby {
+
+class DownloadsView;
+class TabWebView;
+class WorkspaceTabs;
+class WorkspaceWindow;
+struct PlatformServices;
+
+class WorkspacePages final : public QObject {
+    Q_OBJECT
+
+public:
+    WorkspacePages(WorkspaceWindow& window, PlatformServices& platform, const Endpoints& endpoints,
+                   const std::shared_ptr<TimeSource>& timeSource);
+    ~WorkspacePages() override;
+
+    // Somebody is signed in: the tabs of the last run come back, unless they are there already.
+    void open(const QString& webAccount);
+    bool isOpen() const { return isOpen_; }
+    // Nobody is signed in any more. The tabs are closed; what was kept of them is forgotten only by a sign-out.
+    void suspend();
+    void closeAllTabs();
+    void saveAllTabDetailsToDefaults();
+    void setRootFolderId(const QString& identifier);
+
+    // In a tab of its own.
+    void openPage(const PageOpenRecord& page);
+
+    WorkspaceTabs& tabs() const { return *tabs_; }
+    Downloads& downloads() { return downloads_; }
+
+Q_SIGNALS:
+    void loginAccess();
+    void logoutUser();
+    void bringToFront();
+    void openOutsideRequested(const QUrl& url);
+    void filesDropped(const QList<QByteArray>& paths);
+    void alertRequested(const QString& message, const QString& information);
+
+private:
+    void connectTab(TabWebView& tab);
+    void connectToolBar();
+    void addShortcuts();
+
+    WorkspaceWindow& window_;
+    WorkspaceTabs* tabs_;
+    Downloads downloads_;
+    DownloadsView* downloadsView_ = nullptr;
+    bool isOpen_ = false;
+};
+
+} // namespace quenby
