@@ -266,8 +266,77 @@ def interface(binaries, folder):
             Figure("interface.worst_pause_of_idle", middle(many, lambda one: one["peer_worst_ms"]), "ms", "", "")]
 
 
+def popover_opening(run):
+    """By a click on the status item, to the moment when every row in sight has its thumbnail on the screen."""
+    openings = [run("open", "10") for _ in range(7)]
+    first = [value for one in openings for value in one["first_ms"]]
+    later = sorted(value for one in openings for value in one["later_ms"])
+    calls = [value for one in openings for value in one["later_from_call_ms"]]
+    return [Figure.at_most("popover.first_opening", statistics.median(first), "ms", 50),
+            Figure("popover.first_opening_worst", round(max(first), 3), "ms", "", ""),
+            Figure.at_most("popover.later_opening", statistics.median(later), "ms", 50),
+            Figure("popover.later_opening_p95", round(later[len(later) * 95 // 100], 3), "ms", "", ""),
+            Figure("popover.later_opening_from_call", round(statistics.median(calls), 3), "ms", "", "")]
+
+
+def popover_scrolling(run):
+    frames = {name: values[0] for name, values in run("scroll").items()}
+    return [Figure.at_least("popover.frames_in_time", frames["in_time_percent"], "%", 99),
+            Figure.at_least("popover.frames_in_time_vs_plain_list",
+                            frames["in_time_percent"] / frames["peer_in_time_percent"], "ratio", 0.99),
+            Figure.at_most("popover.frame_vs_plain_list", frames["frame_ms"] / frames["peer_frame_ms"], "ratio", 1.5),
+            Figure("popover.p99_lateness", round(frames["p99_ms"], 3), "ms", "", ""),
+            Figure.at_most("popover.p99_lateness_vs_plain_list", frames["p99_ms"] / frames["peer_p99_ms"], "ratio",
+                           1.5)]
+
+
+def popover_polling(run, drive):
+    poll = {name: values[0] for name, values in run("poll", drive).items()}
+    return [Figure.at_most("popover.empty_poll_repaints", poll["repaints"], "", 0),
+            Figure("popover.empty_poll_cpu", round(poll["cpu_us"], 1), "us", "", ""),
+            Figure("popover.empty_poll_wakeups", poll["wakeups"], "", "", "")]
+
+
+def popover_long_list(run):
+    """Each in a process of its own, as the first answer after a start is: there memory is not yet at hand."""
+    pairs = []
+    for i in range(7):
+        names = ("list", "read") if i % 2 else ("read", "list")
+        pairs.append({name: values[0] for which in names for name, values in run(which).items()})
+
+    def middle(value):
+        return statistics.median(value(one) for one in pairs)
+
+    return [Figure("popover.27_pages", round(middle(lambda one: one["from_last_byte_ms"]), 3), "ms", "", ""),
+            Figure.at_most("popover.27_pages_vs_qjson",
+                           middle(lambda one: one["from_last_byte_ms"] / one["peer_ms"]), "ratio", 1.0),
+            Figure("popover.27_pages_cpu_vs_qjson",
+                   round(middle(lambda one: one["from_last_byte_cpu_ms"] / one["peer_cpu_ms"]), 3), "ratio", "", ""),
+            Figure("popover.27_pages_paging_vs_qjson",
+                   round(middle(lambda one: one["from_request_ms"] / one["peer_ms"]), 3), "ratio", "", ""),
+            Figure.at_most("popover.27_pages_longest_pause", middle(lambda one: one["pause_ms"]), "ms", 16.7),
+            Figure("popover.longest_pause_of_idle", round(middle(lambda one: one["idle_pause_ms"]), 3), "ms", "", "")]
+
+
+def popover(binaries, folder):
+    """The popover under a panel's tray; bench_popover.cpp says what is measured."""
+    def run(*arguments):
+        session = ["scripts/desktop/session.sh", "--panel", "xfce4", "--"]
+        out = subprocess.run([*session, binaries / "bench_popover", *arguments], check=True, stdout=subprocess.PIPE,
+                             text=True)
+        values = {}
+        for name, value in (line.split() for line in out.stdout.splitlines()):
+            values.setdefault(name, []).append(float(value))
+        return values
+
+    figures = popover_opening(run) + popover_scrolling(run)
+    with local_drive(binaries, folder) as (drive, _):
+        figures += popover_polling(run, drive)
+    return figures + popover_long_list(run)
+
+
 GROUPS = {"upload": transfers("upload"), "download": transfers("download"), "memory": memory, "json": json_replies,
-          "fetchers": fetchers, "agent": agent, "interface": interface}
+          "fetchers": fetchers, "agent": agent, "interface": interface, "popover": popover}
 
 
 def main():

@@ -19,6 +19,20 @@ QByteArray pathIn(const QByteArray& folder, const QByteArray& name) {
     return folder.endsWith('/') ? QByteArray(folder + name) : QByteArray(folder + '/' + name);
 }
 
+// Where there are no hard links either, as on memory cards: the name is taken by an empty file first, which then goes.
+bool renameOverOwnFile(const QByteArray& from, const QByteArray& to) {
+    const int own = ::open(to.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (own < 0)
+        return false;
+    ::close(own);
+    if (::rename(from.constData(), to.constData()) == 0)
+        return true;
+    const int error = errno;
+    ::unlink(to.constData());
+    errno = error;
+    return false;
+}
+
 } // namespace
 
 bool renameWithoutReplacing(const QByteArray& from, const QByteArray& to) {
@@ -27,7 +41,9 @@ bool renameWithoutReplacing(const QByteArray& from, const QByteArray& to) {
     if (errno != EINVAL && errno != ENOSYS)
         return false;
     // A file system that can't do it in one step: a hard link is never made over anything.
-    return ::link(from.constData(), to.constData()) == 0 && ::unlink(from.constData()) == 0;
+    if (::link(from.constData(), to.constData()) == 0)
+        return ::unlink(from.constData()) == 0;
+    return errno != EEXIST && errno != ENOENT && renameOverOwnFile(from, to);
 }
 
 QByteArray renameIntoFolder(const QByteArray& from, const QByteArray& folder, const QByteArray& name) {

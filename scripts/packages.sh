@@ -10,7 +10,7 @@ packages_desktop="xvfb xkb-data libgl1-mesa-dri openbox xfce4-panel xfconf tint2
   dbus libglib2.0-bin gnome-keyring gcr libsecret-tools
   fonts-dejavu-core adwaita-icon-theme hicolor-icon-theme librsvg2-common
   xdotool x11-utils x11-xserver-utils imagemagick"
-packages_test="$packages_build $packages_desktop clang libclang-rt-dev openssl curl ca-certificates"
+packages_test="$packages_build $packages_desktop qt6-websockets-dev clang libclang-rt-dev openssl curl ca-certificates"
 packages_bench="$packages_build $packages_desktop libbenchmark-dev openssl curl python3 valgrind"
 packages_format="clang-format"
 

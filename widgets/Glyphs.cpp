@@ -67,13 +67,6 @@ QPainterPath plusGlyph() {
     return strokeOf(arms, plusWidth);
 }
 
-// A dot in the corner.
-QPainterPath runningMark() {
-    QPainterPath dot;
-    dot.addEllipse(QPointF(13.2, 2.8), 2.4, 2.4);
-    return dot;
-}
-
 QPainterPath homeGlyph() {
     return strokeOf(lines(
         {QPolygonF({{1.8, 8.2}, {8, 2.4}, {14.2, 8.2}}),

@@ -28,11 +28,10 @@ QPainterPath crossGlyph();
 QPainterPath upGlyph();
 QPainterPath downGlyph();
 QPainterPath folderGlyph();
-// Beside another one: something runs.
-QPainterPath runningMark();
-
 // In the text colour of the program's palette as it is when the icon is painted; mirrored in a right-to-left window
 // when it points somewhere.
 QIcon glyphIcon(const QPainterPath& glyph, bool pointsSomewhere = false);
+// With a dot in the corner, in the palette's colour of what is chosen: something runs.
+QIcon markedGlyphIcon(const QPainterPath& glyph);
 
 } // namespace quenby

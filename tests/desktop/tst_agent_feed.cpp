@@ -1,10 +1,11 @@
 // The popover of changes in the real program, under a real panel: the ways to open and close it, its rows by pointer
-// and keyboard, its grip, and what another poll brings, with the notifications of it.
+// and keyboard, a file dropped on it, its grip, and what another poll brings, with the notifications of it.
 //
 // A poll comes half a minute after the one before: one of them is waited for, with all that it has to show.
 
 #include "tests/desktop/support/AgentStage.h"
 #include "tests/desktop/support/DesktopLooks.h"
+#include "tests/desktop/support/DragSource.h"
 #include "tests/localdrive/LocalClient.h"
 #include "tests/support/Settled.h"
 
@@ -25,6 +26,7 @@ constexpr int patience = QuenbyProcess::patience;
 // In the popover under a panel at the lower edge, from its upper edge: the grip, the header and the rows.
 constexpr int middleOfGrip = 5;
 constexpr int startOfRows = 87;
+constexpr QPoint dropTarget(244, 35);
 constexpr int rowHeight = 65;
 
 // "TITLE: TEXT" of every notification so far, in alphabetical order. Takes those off the screen that are there.
@@ -51,11 +53,14 @@ private Q_SLOTS:
 
     void theItemsMiddleButtonOpensAndCloses();
     void theMenusFirstEntryOpens();
-    void theWindowsButtonOpens();
+    void theWindowsMenuOpens();
+    void aClickBesideItCloses_data();
+    void aClickBesideItCloses();
     void theKeyboardOpensAPage();
     void aClickOpensAPage();
     void theKeyboardShares();
     void whatWasThereIsNotNotified() { QCOMPARE(notifications(), QStringList()); }
+    void aFileIsDroppedOnIt();
     void theGripStopsAtTheLimits();
     void everyChangeIsToldOnce();
     void theNewestRowIsTheNewestChange();
@@ -63,8 +68,9 @@ private Q_SLOTS:
 
 private:
     void addFromElsewhere(const QString& title);
-    QString pageOf(const QString& title);
-    QString lastOpenedPage() const;
+    // As the Drive is asked for it.
+    QByteArray pageOf(const QString& title);
+    QByteArray lastOpenedPage();
 
     WindowId popover() { return stage_.input.find(QStringLiteral("Quenby Changes"), stage_.quenby.pid()); }
     // Waits for it and for the row with the keys' focus; 0 when it does not come.
@@ -85,20 +91,12 @@ private:
     const QString own_ = QStringLiteral("By the program.txt");
     const QString foreign_ = QStringLiteral("From elsewhere.txt");
     AgentStage stage_;
-    QString openedPages_; // what stands for the browser notes here
     int keptHeight_ = 0;
 };
 
 // --- The stage ------------------------------------------------------------------------------------------------------
 
 void AgentFeedTest::initTestCase() {
-    openedPages_ = stage_.home.path(QStringLiteral("opened-pages"));
-    const QString browser = stage_.home.makeFile(QStringLiteral("bin/xdg-open"),
-                                                 "#!/bin/sh\necho \"$1\" >>'" + openedPages_.toUtf8() + "'\n");
-    QVERIFY(QFile::setPermissions(browser, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-    QProcessEnvironment& environment = stage_.home.environment();
-    environment.insert(QStringLiteral("PATH"),
-                       stage_.home.path(QStringLiteral("bin:")) + environment.value(QStringLiteral("PATH")));
     QVERIFY2(stage_.drive.start(), stage_.drive.log().constData());
     for (const QString& title : {older_, newer_})
         addFromElsewhere(title);
@@ -115,14 +113,15 @@ void AgentFeedTest::addFromElsewhere(const QString& title) {
     QCOMPARE(elsewhere.put(target, content, 0, content.size()).status, 200);
 }
 
-QString AgentFeedTest::pageOf(const QString& title) {
-    const QStringList files = LocalClient(stage_.drive).filesNamed(title);
-    return stage_.drive.url().toString() + QStringLiteral("/file/d/") + files.value(0) + QStringLiteral("/view");
+QByteArray AgentFeedTest::pageOf(const QString& title) {
+    return "GET /file/d/" + LocalClient(stage_.drive).filesNamed(title).value(0).toUtf8() + "/view 200";
 }
 
-QString AgentFeedTest::lastOpenedPage() const {
-    QFile file(openedPages_);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll().trimmed().split('\n').last()) : QString();
+QByteArray AgentFeedTest::lastOpenedPage() {
+    const QList<QByteArray> lines = stage_.drive.log().split('\n');
+    const auto last = std::find_if(lines.rbegin(), lines.rend(),
+                                   [](const QByteArray& line) { return line.contains("GET /file/d/"); });
+    return last == lines.rend() ? QByteArray() : last->mid(last->indexOf("GET"));
 }
 
 WindowId AgentFeedTest::openedPopover() {
@@ -173,17 +172,34 @@ void AgentFeedTest::theMenusFirstEntryOpens() {
     QVERIFY(isClosed(byMenu));
 }
 
-void AgentFeedTest::theWindowsButtonOpens() {
+void AgentFeedTest::theWindowsMenuOpens() {
+    QVERIFY(stage_.chooseFromWindowMenu({QStringLiteral("c")}));
+    const WindowId byMenu = openedPopover();
+    QVERIFY(byMenu != 0);
     const WindowId window = stage_.waitForWindow();
-    QVERIFY(stage_.input.activate(window));
-    stage_.input.key(QStringLiteral("alt+c"));
-    const WindowId byButton = openedPopover();
-    QVERIFY(byButton != 0);
     // Outside of it, where the window behind it has nothing to click on.
     const QRect behind = stage_.input.geometry(window);
-    stage_.input.click({behind.left() + behind.width() / 4, behind.top() + 10});
-    QVERIFY(isClosed(byButton));
+    stage_.input.click({behind.center().x(), behind.top() + 10});
+    QVERIFY(isClosed(byMenu));
     QVERIFY(stage_.input.isVisible(window));
+}
+
+// These have no windows that would be activated.
+void AgentFeedTest::aClickBesideItCloses_data() {
+    QTest::addColumn<bool>("isOnPanel");
+    QTest::newRow("on the desktop") << false;
+    QTest::newRow("on the panel") << true;
+}
+void AgentFeedTest::aClickBesideItCloses() {
+    QFETCH(bool, isOnPanel);
+    const QRect window = stage_.input.geometry(stage_.waitForWindow());
+    const int bare = (window.right() + QGuiApplication::primaryScreen()->geometry().right()) / 2;
+    QVERIFY(bare > window.right() + 20); // the desktop, beside the window and above the popover
+    const QPoint place = isOnPanel ? QPoint(trayItem().x() / 2, trayItem().y()) : QPoint(bare, window.top() + 40);
+    const WindowId opened = openPopover();
+    QVERIFY(opened != 0);
+    stage_.input.click(place);
+    QVERIFY(isClosed(opened));
 }
 
 // --- Rows -----------------------------------------------------------------------------------------------------------
@@ -218,6 +234,20 @@ void AgentFeedTest::theKeyboardShares() {
     QVERIFY(stage_.input.waitUntilGone(share));
 }
 
+// --- The header -----------------------------------------------------------------------------------------------------
+
+// What it comes from is activated by the press, and the popover waits.
+void AgentFeedTest::aFileIsDroppedOnIt() {
+    const WindowId opened = openPopover();
+    QVERIFY(opened != 0);
+    DragSource source({QFile::encodeName(stage_.home.makeFile(own_, "By this program."))});
+    QVERIFY(source.dropAt(stage_.input.geometry(opened).topLeft() + dropTarget));
+    QTRY_COMPARE_WITH_TIMEOUT(notifications().size(), 1, patience);
+    QVERIFY(stage_.input.isVisible(opened));
+    stage_.input.key(QStringLiteral("Escape"));
+    QVERIFY(isClosed(opened));
+}
+
 // --- The grip -------------------------------------------------------------------------------------------------------
 
 int AgentFeedTest::pullGrip(WindowId popover, int pixels, int expectedHeight) {
@@ -236,12 +266,7 @@ int AgentFeedTest::pullGrip(WindowId popover, int pixels, int expectedHeight) {
 
 // What another poll will bring goes on its way before: nobody has to wait for all of it.
 void AgentFeedTest::theGripStopsAtTheLimits() {
-    const QString path = stage_.home.makeFile(own_, "By this program.");
-    QVERIFY(stage_.chooseFromItemMenu(trayItem(), {QStringLiteral("u")}));
-    QVERIFY(stage_.fillPanel(QStringLiteral("Upload File"), path));
-    QTRY_COMPARE_WITH_TIMEOUT(notifications().size(), 1, patience);
     addFromElsewhere(foreign_);
-
     const WindowId opened = openPopover();
     QVERIFY(opened != 0);
     QCOMPARE(pullGrip(opened, 300, 550), 550);

@@ -37,7 +37,7 @@ private:
     QRect strip() { return stage_.input.geometry(stage_.input.find(QStringLiteral("Quenby Status"))); }
     QPoint dropView() {
         const QRect window = stage_.input.geometry(stage_.waitForWindow());
-        return {window.center().x() - window.width() / 4, window.top() + window.height() * 3 / 8};
+        return {window.right() - 160, window.top() + window.height() * 3 / 8}; // in the side panel
     }
 
     AgentStage stage_;

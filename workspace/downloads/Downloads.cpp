@@ -26,6 +26,8 @@ QByteArray nameFor(const QString& suggested) {
     return name;
 }
 
+QByteArray nameOf(const QByteArray& path) { return path.mid(path.lastIndexOf('/') + 1); }
+
 } // namespace
 
 struct Downloads::Row {
@@ -82,13 +84,16 @@ void Downloads::askNext() {
 }
 
 void Downloads::destinationChosen(Arrival* arrival, const QList<QByteArray>& paths) {
+    if (arrival != asked_) // it has ended meanwhile, and the panel that is open now is another one's
+        return;
     asked_ = nullptr;
     if (paths.isEmpty()) {
         arrival->cancel();
     } else {
-        const int row = rowOf(arrival);
-        rows_[std::size_t(row)].name = paths.constFirst().mid(paths.constFirst().lastIndexOf('/') + 1);
-        arrival->setDestination(paths.constFirst(), true);
+        const QByteArray& path = paths.constFirst();
+        rows_[std::size_t(rowOf(arrival))].name = nameOf(path);
+        // The panel has asked about what is there now, and about nothing that comes until the file is whole.
+        arrival->setDestination(path, QFile::exists(QFile::decodeName(path)));
     }
     askNext();
 }
@@ -96,7 +101,9 @@ void Downloads::destinationChosen(Arrival* arrival, const QList<QByteArray>& pat
 void Downloads::ended(Arrival* arrival) {
     if (arrival == asked_) // what it answers, nobody needs to know any more
         asked_ = nullptr;
-    const QByteArray& name = rows_[std::size_t(rowOf(arrival))].name;
+    QByteArray& name = rows_[std::size_t(rowOf(arrival))].name;
+    if (arrival->state() == Arrival::State::finished)
+        name = nameOf(arrival->path()); // another one may have been taken
     if (arrival->state() == Arrival::State::failed)
         tellFailed(QString::fromUtf8(name), arrival->reason());
     else if (arrival->state() == Arrival::State::finished && isOpenAfterDownload)

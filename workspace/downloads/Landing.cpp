@@ -89,7 +89,8 @@ Result<QByteArray> landNow(const Landing& landing) {
     return Error(errorDomain::posix, error, {{errorKey::reason, reasonFor(error, landing.destination)}});
 }
 
-QString arrivalPattern() { return QStringLiteral(".quenby-????????????????.part"); }
+// With what an engine adds to the name while it writes.
+QString arrivalPattern() { return QStringLiteral(".quenby-????????????????.part*"); }
 
 } // namespace
 

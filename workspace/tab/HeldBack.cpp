@@ -5,7 +5,7 @@
 namespace quenby {
 
 bool HeldBack::admits(std::chrono::milliseconds now, Action onceAllowed) {
-    if (limit_.admits(now))
+    if (limit_.admits(now) && (!common_ || common_->admits(now)))
         return true;
     if (kept_.size() < most_)
         kept_.push_back(std::move(onceAllowed));
@@ -13,9 +13,15 @@ bool HeldBack::admits(std::chrono::milliseconds now, Action onceAllowed) {
 }
 
 void HeldBack::allow() {
-    limit_.forgive();
+    forgive();
     for (const Action& action : std::exchange(kept_, {}))
         action();
+}
+
+void HeldBack::forgive() {
+    limit_.forgive();
+    if (common_)
+        common_->forgive();
 }
 
 } // namespace quenby

@@ -4,6 +4,7 @@
 #include "workspace/tab/WindowOpenLimit.h"
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace quenby {
@@ -12,10 +13,12 @@ class HeldBack {
 public:
     using Action = std::function<void()>;
 
-    // So many may begin within a while, and so many are kept beyond that.
-    explicit HeldBack(size_t most)
+    // So many may begin within a while, and so many are kept beyond that. What counts for others as well counts for the
+    // common limit, when there is one, too.
+    explicit HeldBack(size_t most, std::shared_ptr<WindowOpenLimit> common = nullptr)
         : limit_(most)
-        , most_(most) {}
+        , most_(most)
+        , common_(std::move(common)) {}
 
     // Whether it may begin now; otherwise what is to be done once it is allowed is kept, unless there is a row of such
     // things already.
@@ -23,11 +26,12 @@ public:
     // Does what was kept, the oldest first. More may begin from now on, up to the limit.
     void allow();
     // The user did something in the page: what comes now may be an answer to it.
-    void forgive() { limit_.forgive(); }
+    void forgive();
 
 private:
     WindowOpenLimit limit_;
     const size_t most_;
+    const std::shared_ptr<WindowOpenLimit> common_;
     std::vector<Action> kept_;
 };
 

@@ -15,6 +15,7 @@ namespace quenby {
 namespace {
 
 constexpr int mostNumbersTried = 16; // of two thousand million
+constexpr qsizetype mostIconsOfTab = 16;
 
 QByteArray tiffData(const QImage& icon) {
     constexpr int lzw = 1; // how the TIFF writer calls lossless compression
@@ -54,9 +55,13 @@ bool writeIconFile(const QString& folder, const QImage& icon, const std::functio
 }
 
 void IconKeeper::keep(const QImage& icon) {
-    if (folder_.isEmpty() || icon.isNull() || icon == last_)
+    if (folder_.isEmpty() || icon.isNull() || kept_.size() == mostIconsOfTab)
         return;
-    last_ = icon;
+    const QImage pixels = icon.convertToFormat(QImage::Format_ARGB32); // without gaps between the lines
+    const size_t content = qHashBits(pixels.constBits(), static_cast<size_t>(pixels.sizeInBytes()));
+    if (kept_.contains(content))
+        return;
+    kept_.insert(content);
     QThreadPool::globalInstance()->start([folder = folder_, icon] { writeIconFile(folder, icon, randomNumber); });
 }
 

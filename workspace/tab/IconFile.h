@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QImage>
+#include <QSet>
 #include <QString>
 
 #include <functional>
@@ -13,7 +14,8 @@ namespace quenby {
 // `nextNumber`, a few times. Threads: any. Whether it was written; a failure is logged.
 bool writeIconFile(const QString& folder, const QImage& icon, const std::function<quint32()>& nextNumber);
 
-// The icons of one tab, each once. Threads: the main thread; the files are written on another.
+// The icons of one tab, each once, and no more than a few: a page may change its icon as often as it likes. Threads:
+// the main thread; the files are written on another.
 class IconKeeper {
 public:
     // An empty folder: nothing is kept.
@@ -24,7 +26,7 @@ public:
 
 private:
     const QString folder_;
-    QImage last_;
+    QSet<size_t> kept_; // by their content
 };
 
 } // namespace quenby

@@ -15,4 +15,9 @@ void hideDownloadDriveButton(WebView& page, QObject* context) {
     page.evaluate(hideDownloadDriveButtonScript(), context, [](const QVariant&) {});
 }
 
+void leaveFullScreen(WebView& page, QObject* context) {
+    page.evaluate(QStringLiteral("if (document.fullscreenElement) document.exitFullscreen();"), context,
+                  [](const QVariant&) {});
+}
+
 } // namespace quenby

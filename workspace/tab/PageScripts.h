@@ -16,5 +16,6 @@ QString signOfLifeScript();
 
 // The context need not outlive the call.
 void hideDownloadDriveButton(WebView& page, QObject* context);
+void leaveFullScreen(WebView& page, QObject* context);
 
 } // namespace quenby

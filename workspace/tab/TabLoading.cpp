@@ -34,7 +34,7 @@ bool TabWebView::Private::makePage() {
     content->addWidget(page->widget());
     content->setFocusProxy(page->widget());
     q.setFocusProxy(page->widget());
-    navigation = std::make_unique<TabNavigation>(*page, model, surroundings.endpoints, surroundings.timeSource);
+    navigation = std::make_unique<TabNavigation>(*page, model, surroundings);
     downloads = std::make_unique<TabDownloads>(*page, surroundings.timeSource);
     watchPage();
     showPage();

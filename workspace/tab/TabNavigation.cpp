@@ -2,6 +2,7 @@
 
 #include "workspace/policy/TabTitles.h"
 #include "workspace/tab/PageScripts.h"
+#include "workspace/tab/TabWebView.h"
 #include "workspace/tabbar/DemoModel.h"
 
 namespace quenby {
@@ -16,13 +17,13 @@ bool belongsToAnotherProgram(const QUrl& url) {
 
 } // namespace
 
-TabNavigation::TabNavigation(BrowserView& page, DemoModel& demoModel, const Endpoints& endpoints,
-                             std::shared_ptr<TimeSource> timeSource)
+TabNavigation::TabNavigation(BrowserView& page, DemoModel& demoModel, const TabSurroundings& surroundings)
     : page_(page)
     , demoModel_(demoModel)
-    , endpoints_(endpoints)
-    , timeSource_(std::move(timeSource))
-    , isPrintView_(demoModel.title() == QLatin1String(printTabTitle)) {
+    , endpoints_(surroundings.endpoints)
+    , timeSource_(surroundings.timeSource)
+    , isPrintView_(demoModel.title() == QLatin1String(printTabTitle))
+    , windows_(3, surroundings.unaskedWindows) {
     page_.setNavigationPolicy([self = QPointer(this)](const WebNavigation& navigation) {
         return self ? self->decidePolicyForNavigationAction(navigation) : WebNavigationPolicy::ignore;
     });

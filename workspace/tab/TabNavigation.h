@@ -19,14 +19,14 @@
 namespace quenby {
 
 class DemoModel;
+struct TabSurroundings;
 
 // Threads: the main thread. The page and the model outlive it.
 class TabNavigation final : public QObject {
     Q_OBJECT
 
 public:
-    TabNavigation(BrowserView& page, DemoModel& demoModel, const Endpoints& endpoints,
-                  std::shared_ptr<TimeSource> timeSource);
+    TabNavigation(BrowserView& page, DemoModel& demoModel, const TabSurroundings& surroundings);
 
     // The tab's own wish, not the page's. Only page addresses.
     void load(const QUrl& url);
@@ -76,7 +76,7 @@ private:
     QUrl ownLoad_;
     Course mainFrame_;
     Course otherFrames_; // the engine does not say which of them
-    HeldBack windows_{3};
+    HeldBack windows_;
 };
 
 } // namespace quenby

@@ -25,7 +25,10 @@ void TabWebView::Private::watchPage() {
     connect(view, &BrowserView::processGone, this, &Private::processGone);
     connect(view, &BrowserView::leftButtonReleased, this, &Private::mouseDidRelease);
     connect(view, &BrowserView::contextMenuRequested, this, &Private::showMenu);
-    connect(view, &BrowserView::printRequested, view, &BrowserView::print);
+    connect(view, &BrowserView::printRequested, this, [this] {
+        if (prints.admits(surroundings.timeSource->elapsed()))
+            page->print();
+    });
     connect(view, &BrowserView::found, this, [this](int current, int total) {
         if (find)
             find->tellFound(current, total);
@@ -98,13 +101,14 @@ void TabWebView::Private::didReceiveIcon(const QImage& icon) {
     model.setIcon(icon.isNull() ? QIcon() : QIcon(QPixmap::fromImage(icon)));
 }
 
-// The engine says in the page's place what has happened.
+// The engine says in the page's place what has happened. A page that filled the screen does not give it back itself.
 void TabWebView::Private::processGone() {
     watch.forget();
     notices->withdraw(TabNotice::notAnswering);
     hasShownPage = true;
     showPage();
     refreshProcessing();
+    Q_EMIT q.fullScreenRequested(false);
     Q_EMIT q.navigationStateChanged();
 }
 
@@ -125,6 +129,7 @@ void TabWebView::Private::downloadDidBegin(const std::shared_ptr<WebDownload>& d
 void TabWebView::Private::mouseDidRelease() {
     navigation->userActed();
     downloads->userActed();
+    prints.forgive();
     watch.ask(*page);
     Q_EMIT q.navigationStateChanged();
 }

@@ -75,6 +75,7 @@ public:
     std::unique_ptr<QMenu> menu;
 
     QUrl failed;                 // what could not be loaded
+    WindowOpenLimit prints{2};   // that the page itself asks for
     bool waitsToBeShown = false; // for the first time, to load
     bool hasShownPage = false;   // some part of one
     bool hasFailed = false;      // since the page began to load

@@ -1,5 +1,6 @@
 #include "workspace/tab/TabWebView.h"
 
+#include "workspace/tab/PageScripts.h"
 #include "workspace/tab/TabParts.h"
 #include "workspace/tab/ZoomSteps.h"
 #include "workspace/tabbar/DemoModel.h"
@@ -190,6 +191,11 @@ void TabWebView::zoomReset() {
 void TabWebView::print() {
     if (d_->isPageSeen())
         d_->page->print();
+}
+
+void TabWebView::leaveFullScreen() {
+    if (d_->page)
+        quenby::leaveFullScreen(*d_->page, this);
 }
 
 void TabWebView::showEvent(QShowEvent* event) {

@@ -11,6 +11,7 @@
 #include "core/PageOpenRecord.h"
 #include "core/TimeSource.h"
 #include "platform/BrowserView.h"
+#include "workspace/tab/WindowOpenLimit.h"
 
 #include <QWidget>
 
@@ -27,6 +28,8 @@ struct TabSurroundings {
     Endpoints endpoints;
     std::shared_ptr<TimeSource> timeSource;
     QString documentsFolder; // where icons of pages are kept; empty: nowhere
+    // Of what all tabs' pages begin together unasked: a page that opens itself in new tabs would multiply otherwise.
+    std::shared_ptr<WindowOpenLimit> unaskedWindows = std::make_shared<WindowOpenLimit>(6);
 };
 
 class TabWebView final : public QWidget {
@@ -64,6 +67,8 @@ public:
     void zoomOut();
     void zoomReset();
     void print();
+    // The user took the screen back from the page.
+    void leaveFullScreen();
 
 Q_SIGNALS:
     // Back and forward may have become possible or impossible.

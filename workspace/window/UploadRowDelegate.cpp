@@ -10,8 +10,7 @@ namespace quenby {
 namespace {
 
 constexpr int padding = 8; // above and below
-constexpr int gap = 6;
-constexpr int betweenTexts = 12;
+constexpr int gap = 4;
 constexpr int barHeight = 6;
 
 // At its side of the line, in the direction of its own language: the numbers of an English text stay where they belong
@@ -26,30 +25,27 @@ void paintText(QPainter& painter, const QRect& rect, Qt::Alignment side, const Q
 void UploadRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
     const QRect inner = option.rect.adjusted(0, padding, 0, -padding);
     const QFontMetrics& metrics = option.fontMetrics;
-    const QRect line(inner.topLeft(), QSize(inner.width(), metrics.height()));
-
-    const QString detail = index.data(UploadRows::detailRole).toString();
-    const int detailWidth = detail.isEmpty() ? 0 : metrics.horizontalAdvance(detail) + betweenTexts;
-    const QRect nameRect =
-        QStyle::visualRect(option.direction, line, line.adjusted(0, 0, -std::min(detailWidth, line.width() / 2), 0));
+    const auto line = [&inner, &metrics](int number) {
+        return QRect(inner.left(), inner.top() + number * (metrics.height() + gap), inner.width(), metrics.height());
+    };
+    const Qt::Alignment side = QStyle::visualAlignment(option.direction, Qt::AlignLeft);
     painter->save();
     painter->setFont(option.font);
     painter->setPen(option.palette.color(QPalette::WindowText));
-    paintText(*painter, nameRect, QStyle::visualAlignment(option.direction, Qt::AlignLeft),
-              metrics.elidedText(index.data().toString(), Qt::ElideMiddle, nameRect.width()));
+    paintText(*painter, line(0), side, metrics.elidedText(index.data().toString(), Qt::ElideMiddle, inner.width()));
     painter->setOpacity(0.72);
-    paintText(*painter, line, QStyle::visualAlignment(option.direction, Qt::AlignRight),
-              metrics.elidedText(detail, Qt::ElideRight, line.width() - nameRect.width() - betweenTexts / 2));
+    paintText(*painter, line(1), side,
+              metrics.elidedText(index.data(UploadRows::detailRole).toString(), Qt::ElideRight, inner.width()));
     painter->restore();
 
     paintProgress(
-        *painter, QRect(inner.left(), line.bottom() + 1 + gap, inner.width(), barHeight),
+        *painter, QRect(inner.left(), line(2).top(), inner.width(), barHeight),
         {option.palette.color(QPalette::WindowText), option.palette.color(QPalette::Highlight), option.direction},
         index.data(UploadRows::percentRole).toInt());
 }
 
 QSize UploadRowDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const {
-    return {200, option.fontMetrics.height() + gap + barHeight + 2 * padding};
+    return {200, 2 * (option.fontMetrics.height() + gap) + barHeight + 2 * padding};
 }
 
 } // namespace quenby

@@ -4,7 +4,8 @@
 
 #include <QAction>
 #include <QMenu>
-#include <QPainter>
+#include <QStyleOptionToolButton>
+#include <QStylePainter>
 #include <QToolButton>
 
 #include <array>
@@ -44,10 +45,24 @@ QString tipOf(const CommandRow& row) {
     return *row.keys ? QString(text + QStringLiteral(" (") + QString::fromLatin1(row.keys) + QLatin1Char(')')) : text;
 }
 
+// Its picture says that there is more behind it; the toolkit's arrow would lie on it.
+class MenuButton final : public QToolButton {
+public:
+    using QToolButton::QToolButton;
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QStyleOptionToolButton option;
+        initStyleOption(&option);
+        option.features &= ~QStyleOptionToolButton::HasMenu;
+        QStylePainter(this).drawComplexControl(QStyle::CC_ToolButton, option);
+    }
+};
+
 // The name's mnemonic works, though only the picture is seen.
 QToolButton* menuButton(QWidget* parent, const QPainterPath& glyph, const QString& text) {
     const QString name = QString(text).remove(QLatin1Char('&'));
-    auto* button = new QToolButton(parent);
+    auto* button = new MenuButton(parent);
     button->setText(text);
     button->setIcon(glyphIcon(glyph));
     button->setPopupMode(QToolButton::InstantPopup);
@@ -132,7 +147,7 @@ void WorkspaceToolBar::setRunningTransfers(int count) {
         return;
     const QString text = QStringLiteral("Transfers");
     QAction* transfers = action(ToolBarCommand::transfers);
-    transfers->setIcon(glyphIcon(count > 0 ? transfersGlyph().united(runningMark()) : transfersGlyph()));
+    transfers->setIcon(count > 0 ? markedGlyphIcon(transfersGlyph()) : glyphIcon(transfersGlyph()));
     transfers->setToolTip(count > 0 ? QStringLiteral("%1 (%2 running)").arg(text).arg(count) : text);
     widgetForAction(transfers)->setAccessibleDescription(count > 0 ? QStringLiteral("%1 running").arg(count)
                                                                    : QString());

@@ -13,6 +13,7 @@
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTimer>
 
@@ -34,6 +35,22 @@ void type(const QString& text) {
 void makeFile(const QString& path) {
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
+}
+
+// For the desktop's own opener, where there is one: it asks who is the browser before it looks at the environment.
+void makeDefaultBrowser(const QString& program) {
+    const auto write = [](QStandardPaths::StandardLocation location, const QString& name, const QByteArray& content) {
+        const QString path = QStandardPaths::writableLocation(location) + QLatin1Char('/') + name;
+        QVERIFY(QDir().mkpath(QFileInfo(path).absolutePath()));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    };
+    write(QStandardPaths::GenericDataLocation, QStringLiteral("applications/quenby-test-browser.desktop"),
+          "[Desktop Entry]\nType=Application\nName=Browser\nMimeType=x-scheme-handler/https;\nExec=" +
+              program.toUtf8() + " %u\n");
+    write(QStandardPaths::GenericConfigLocation, QStringLiteral("mimeapps.list"),
+          "[Default Applications]\nx-scheme-handler/https=quenby-test-browser.desktop\n");
 }
 
 } // namespace
@@ -159,6 +176,7 @@ private Q_SLOTS:
         script.close();
         QVERIFY(script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
         qputenv("BROWSER", browser.toUtf8());
+        makeDefaultBrowser(browser);
 
         DesktopOpener opener;
         openerKeepsItsContract(opener);

@@ -124,6 +124,44 @@ private Q_SLOTS:
         QVERIFY(stage.panels.opened().isEmpty() && stage.browser.revealed.isEmpty());
     }
 
+    // The panel could not ask about the first one: it was not there yet.
+    void twoForOnePlace() {
+        Stage stage;
+        const auto first = stage.offer(QStringLiteral("a.txt"), "first");
+        const auto second = stage.offer(QStringLiteral("a.txt"), "second");
+        const QByteArray chosen = QFile::encodeName(stage.home.filePath(QStringLiteral("a.txt")));
+        QVERIFY(stage.panels.choose({chosen}));
+        QTRY_COMPARE(stage.panels.opened().size(), 2);
+        QVERIFY(stage.panels.choose({chosen}));
+        QTRY_VERIFY(stage.downloads.DownloadFileList().last().contains(QStringLiteral("DownloadPath")));
+        complete(*first);
+        QTRY_COMPARE(stage.state(0), Arrival::State::finished);
+        complete(*second);
+        QTRY_COMPARE(stage.state(1), Arrival::State::finished);
+        QCOMPARE(contentOf(stage.home.filePath(QStringLiteral("a.txt"))), "first");
+        QCOMPARE(contentOf(stage.home.filePath(QStringLiteral("a (2).txt"))), "second");
+        QCOMPARE(stage.downloads.data(stage.downloads.index(1), Qt::DisplayRole).toString(),
+                 QStringLiteral("a (2).txt"));
+    }
+
+    void whatAKilledProgramLeft() {
+        Stage stage;
+        QVERIFY(QDir().mkpath(stage.folder));
+        const QStringList left{QStringLiteral(".quenby-0123456789abcdef.part"),
+                               QStringLiteral(".quenby-0123456789abcdef.part.download")};
+        const QStringList others{QStringLiteral(".quenby-fedcba9876543210.part"), // of today
+                                 QStringLiteral(".quenby-notes"), QStringLiteral("old")};
+        for (const QString& name : left + others) {
+            QFile file(stage.folder + QLatin1Char('/') + name);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            if (name != others.first())
+                QVERIFY(file.setFileTime(QDateTime::currentDateTime().addDays(-3), QFile::FileModificationTime));
+        }
+        const auto download = stage.offer(QStringLiteral("a.txt"));
+        stage.panels.cancel();
+        QTRY_COMPARE(stage.files(), others);
+    }
+
     void hostileNames_data() {
         QTest::addColumn<QString>("suggested");
         QTest::newRow("path") << QStringLiteral("../../.bashrc");
@@ -170,6 +208,7 @@ private Q_SLOTS:
         stage.panels.cancel(); // the first one's, which is still open
         QVERIFY(stage.panels.cancel());
         QTRY_COMPARE(stage.state(1), Arrival::State::cancelled);
+        QCOMPARE(stage.panels.opened().size(), 2); // nobody was asked twice about the same file
         QCOMPARE(stage.files(), QStringList());
         QCOMPARE(stage.alerts.shown().size(), 1); // nobody needs to be told what they did themselves
         stage.downloads.clearEnded();

@@ -71,6 +71,18 @@ private Q_SLOTS:
         QVERIFY(begin(127s) && begin(131s) && begin(135s) && begin(139s) && begin(143s));
     }
 
+    // A page in one tab after another that opens the next: each has a row of its own, and there is an end all the same.
+    void rowsInCommon() {
+        const auto common = std::make_shared<WindowOpenLimit>(4);
+        HeldBack first(3, common);
+        HeldBack second(3, common);
+        HeldBack third(3, common);
+        QVERIFY(first.admits(0s, {}) && first.admits(0s, {}) && first.admits(0s, {}) && second.admits(0s, {}));
+        QVERIFY(!second.admits(1s, [] {}) && !third.admits(60s, [] {}));
+        third.allow();
+        QVERIFY(third.admits(61s, {}));
+    }
+
     void rest() {
         const auto time = std::make_shared<ManualTimeSource>();
         QList<WebLifecycle> told;

@@ -96,11 +96,12 @@ private Q_SLOTS:
         QVERIFY(!bench.model.isProcessing());
 
         const QtMessageHandler before = qInstallMessageHandler(keepLog);
-        Q_EMIT page.consoleMessage(QStringLiteral("found access_token=S3CRET here"));
+        Q_EMIT page.consoleMessage(QStringLiteral("found access_token=S3CRET here\n\x1b[2Janother line"));
         qInstallMessageHandler(before);
         QCOMPARE(logged.size(), 1);
         QVERIFY(logged.first().contains(QLatin1String("JSLog: found")));
         QVERIFY2(!logged.first().contains(QLatin1String("S3CRET")), qPrintable(logged.first()));
+        QVERIFY(!logged.first().contains(QLatin1Char('\n')) && !logged.first().contains(QChar(0x1b)));
     }
 
     void icons() {
@@ -120,7 +121,14 @@ private Q_SLOTS:
         QCOMPARE(kept(), 1);
         icon.fill(Qt::red);
         page.changeIcon(icon);
+        icon.fill(Qt::blue); // an icon that blinks
+        page.changeIcon(icon);
         QCOMPARE(kept(), 2);
+        for (int shade = 0; shade < 100; ++shade) {
+            icon.fill(QColor(shade, 255, shade));
+            page.changeIcon(icon);
+        }
+        QCOMPARE(kept(), 16);
     }
 
     void failureAndRetry() {
@@ -269,6 +277,20 @@ private Q_SLOTS:
         QVERIFY(!isSaid(bench, "110 %"));
         bench.tab.zoomReset();
         QCOMPARE(bench.page().zoomFactor(), 1.0);
+    }
+
+    // Behind the dialog for printing nothing else can be reached: a page must not open it again and again.
+    void endlessPrinting() {
+        TabBench bench;
+        FakeBrowserView& page = bench.opened();
+        bench.tab.show();
+        for (int i = 0; i < 10; ++i)
+            Q_EMIT page.printRequested();
+        QCOMPARE(page.prints, 2);
+        bench.tab.print(); // the user's own wish
+        page.releaseLeftButton();
+        Q_EMIT page.printRequested();
+        QCOMPARE(page.prints, 4);
     }
 
     void contextMenu() {
