@@ -13,27 +13,16 @@ walk=bench pictures=$HOME
 scripts=$(dirname "$(readlink -f "$0")")/../scripts/desktop
 . "$scripts/watching.sh"
 . "$scripts/agent.sh"
+. "$scripts/../../bench/memory.sh"
 runs=7 idle_seconds=60
 
 median() { sort -n | sed -n "$((($1 + 1) / 2))p"; }
-
-# The process and those that it started.
-family() {
-    local pid=$1 child
-    echo "$pid"
-    cat /proc/"$pid"/task/*/children 2>/dev/null | tr ' ' '\n' | while read -r child; do family "$child"; done
-}
 
 cpu_ticks() { sed 's/.*) //' "/proc/$quenby/stat" | awk '{ print $12 + $13 }'; }
 # A thread's number and its voluntary context switches, a line each.
 wakeups() { awk '/^Pid:/ { thread = $2 } /^voluntary_ctxt_switches/ { print thread, $2 }' /proc/"$quenby"/task/*/status; }
 # wakeups_since FILE: those after the ones in the file. A thread that has ended since takes its own with it.
 wakeups_since() { wakeups | awk 'NR == FNR { before[$1] = $2; next } { sum += $2 - before[$1] } END { print sum + 0 }' "$1" -; }
-memory_mib() {
-    local pid
-    for pid in $(family "$quenby"); do cat "/proc/$pid/smaps_rollup"; done 2>/dev/null |
-        awk '/^Pss:/ { sum += $2 } END { printf "%.1f\n", sum / 1024 }'
-}
 repaints() { trace repaint | wc -l || true; }
 
 # The process's own names on the bus, one a line: each of its connections has one.
@@ -73,7 +62,7 @@ measure_idle() {
     wait $monitor || true
     echo "$1_bus_messages $(tail -n +$((start + 1)) "$HOME/bus.log" | cut -f 4,5 | grep -cwFf "$HOME/names" || true)"
     echo "$1_repaints $(($(repaints) - paints))"
-    echo "$1_memory_mib $(memory_mib)"
+    echo "$1_memory_mib $(memory_mib "$quenby")"
 }
 
 close_workspace() {

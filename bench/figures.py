@@ -17,6 +17,8 @@ GIB = 1 << 30
 # The kernel's copying into the page cache costs one program twice what it cost the other a second ago; many pairs
 # make that even.
 PAIRS = 15
+# Of tabs, before what they hold is measured; --rest shortens it for trying out.
+rest_seconds = 300
 
 
 @dataclass
@@ -335,8 +337,37 @@ def popover(binaries, folder):
     return figures + popover_long_list(run)
 
 
+def workspace_tabs(binaries, folder):
+    """From a press on the bar's button for a new tab; bench_workspace.cpp says to what."""
+    with local_drive(binaries, folder) as (drive, _):
+        base = json.loads((drive / "endpoint.json").read_text())["url"]
+        session = ["scripts/desktop/session.sh", "--screen", "1400x900", "--", binaries / "bench_workspace"]
+        out = subprocess.run([*session, base, "40"], check=True, stdout=subprocess.PIPE, text=True)
+    figures = []
+    for name, what in ("frame_ms", "new_tab_frame"), ("page_ms", "new_tab_page"):
+        values = sorted(float(line.split()[1]) for line in out.stdout.splitlines() if line.startswith(name))
+        figures += [Figure(f"workspace.{what}", round(statistics.median(values), 3), "ms", "", ""),
+                    Figure(f"workspace.{what}_p95", round(values[len(values) * 95 // 100], 3), "ms", "", "")]
+    return figures
+
+
+def workspace(binaries, folder):
+    """The workspace's tabs: how fast one opens, and what twenty hold in memory; bench/workspace.sh says of which."""
+    figures = workspace_tabs(binaries, folder)
+    session = ["scripts/desktop/session.sh", "--panel", "xfce4", "--keyring", "unlocked", "--screen", "1400x900", "--"]
+    out = subprocess.run([*session, "bench/workspace.sh", binaries, str(rest_seconds)], check=True,
+                         stdout=subprocess.PIPE, text=True)
+    held = {name: float(value) for name, value in (line.split() for line in out.stdout.splitlines())}
+    return figures + [Figure("workspace.memory_1_tab", held["one_tab"], "MiB", "", ""),
+                      Figure("workspace.memory_20_tabs", held["tabs"], "MiB", "", ""),
+                      Figure.at_most("workspace.memory_20_tabs_vs_1", held["tabs"] / held["one_tab"], "ratio", 1.3),
+                      Figure("workspace.memory_20_tabs_vs_chromium", round(held["tabs"] / held["chromium"], 3), "ratio",
+                             "", "")]
+
+
 GROUPS = {"upload": transfers("upload"), "download": transfers("download"), "memory": memory, "json": json_replies,
-          "fetchers": fetchers, "agent": agent, "interface": interface, "popover": popover}
+          "fetchers": fetchers, "agent": agent, "interface": interface, "popover": popover,
+          "workspace": workspace}
 
 
 def main():
@@ -344,7 +375,9 @@ def main():
     parser.add_argument("binaries", type=pathlib.Path)
     parser.add_argument("names", nargs="*", metavar="NAME", help=", ".join(GROUPS))
     parser.add_argument("--json", action="store_true")
+    parser.add_argument("--rest", type=int, default=rest_seconds, metavar="SECONDS")
     options = parser.parse_args()
+    globals()["rest_seconds"] = options.rest
     if unknown := set(options.names) - GROUPS.keys():
         parser.error(f"no such figures: {', '.join(unknown)}; there are {', '.join(GROUPS)}")
     figures = []

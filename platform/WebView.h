@@ -75,8 +75,9 @@ Q_SIGNALS:
 class BrowserView;
 
 struct WebViewProfile {
-    // Empty: a private session, whose cookies and cache end with the view. Otherwise the name of an account, whose
-    // cookies and cache are kept under the user's folders.
+    // Empty: a private session, whose cookies and cache end with the view; views to browse with share one, which ends
+    // with the last of them. Otherwise the name of an account, whose cookies and cache are kept under the user's
+    // folders.
     QString account;
     // What pages are told of the program; empty: the engine's own words. It holds for all views of the account, from
     // the first that has one.

@@ -11,7 +11,7 @@ packages_desktop="xvfb xkb-data libgl1-mesa-dri openbox xfce4-panel xfconf tint2
   fonts-dejavu-core adwaita-icon-theme hicolor-icon-theme librsvg2-common
   xdotool x11-utils x11-xserver-utils imagemagick"
 packages_test="$packages_build $packages_desktop qt6-websockets-dev clang libclang-rt-dev openssl curl ca-certificates"
-packages_bench="$packages_build $packages_desktop libbenchmark-dev openssl curl python3 valgrind"
+packages_bench="$packages_build $packages_desktop libbenchmark-dev openssl curl python3 valgrind chromium"
 packages_format="clang-format"
 
 # need_packages LIST: installs what is missing, as root or with sudo; says what to type when it can do neither.

@@ -148,7 +148,7 @@ void AppDelegate::becameSignedIn() {
 void AppDelegate::Drive_Open() {
     if (!session_.UserLogin())
         return;
-    pages_.open(session_.webAccount());
+    pages_.open(session_.webAccount(), session_.signedInUsername());
     if (window_.isShowingWelcome())
         window_.showAccount();
     setDisplayDataIfAvail();
@@ -222,6 +222,7 @@ void AppDelegate::leaveAccount() {
     pictures_.clear();
     surroundings_.drive.pictureFetcherService()->setAuthorizer(nullptr);
     details_.clear();
+    pages_.setRootFolderId(details_.RootFolderId());
     reopening_.succeeded();
     accountTrouble_.clear();
     window_.showWelcome();
@@ -337,16 +338,12 @@ void AppDelegate::openOutside(const QUrl& url) {
 }
 
 void AppDelegate::shareThisFile(const QString& identifier, const QString& name) {
-    shareAddress(session_.strSHARE() + identifier, name);
-}
-
-void AppDelegate::shareAddress(const QString& address, const QString& name) {
     // The page of a sign-in that has ended would not open.
     if (!session_.UserLogin())
         return;
     popover_.close();
     shareWindows_.setAccount(session_.webAccount());
-    shareWindows_.shareThisFile(address, name);
+    shareWindows_.shareThisFile(session_.strSHARE() + identifier, name);
 }
 
 void AppDelegate::bringWorkspaceToFront() { window_.bringToFront(); }

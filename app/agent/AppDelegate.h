@@ -110,8 +110,6 @@ private:
     void openPage(const PageOpenRecord& page);
     void openOutside(const QUrl& url);
     void shareThisFile(const QString& identifier, const QString& name);
-    // The sharing page's whole address, a secret.
-    void shareAddress(const QString& address, const QString& name);
     void tell(const QString& message, const QString& information);
     void refreshStatusItem();
 

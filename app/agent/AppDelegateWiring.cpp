@@ -189,7 +189,7 @@ void AppDelegate::connectPages() {
     connect(&pages_, &WorkspacePages::filesDropped, &uploads_, &UploadPipeline::UploadFilesToServer);
     connect(&pages_, &WorkspacePages::alertRequested, this, &AppDelegate::tell);
     connect(&uploads_, &UploadPipeline::RootFolderIdChanged, &pages_, &WorkspacePages::setRootFolderId);
-    connect(&details_, &AccountDetails::arrived, this, [this] { pages_.setRootFolderId(details_.RootFolderId()); });
+    connect(&details_, &AccountDetails::changed, this, [this] { pages_.setRootFolderId(details_.RootFolderId()); });
     connect(&uploadRows_, &UploadRows::countChanged, this, &AppDelegate::countTransfers);
     connect(&pages_.downloads(), &Downloads::countChanged, this, &AppDelegate::countTransfers);
 }

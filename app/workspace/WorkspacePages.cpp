@@ -14,6 +14,8 @@
 namespace quenby {
 namespace {
 
+constexpr qsizetype longestShownAddress = 1000; // characters; an address may hold a whole file
+
 TabSurroundings tabSurroundings(PlatformServices& platform, const Endpoints& endpoints,
                                 const std::shared_ptr<TimeSource>& timeSource) {
     return {*platform.webViews, WebViewProfile{.account = {}, .userAgent = TabWebView::userAgent()}, endpoints,
@@ -36,6 +38,11 @@ WorkspacePages::WorkspacePages(WorkspaceWindow& window, PlatformServices& platfo
     connect(tabs_, &WorkspaceTabs::documentOpened, this, &WorkspacePages::bringToFront);
     connect(tabs_, &WorkspaceTabs::filesDropped, this, &WorkspacePages::filesDropped);
     connect(tabs_, &WorkspaceTabs::lastTabClosed, &window_, &QWidget::close);
+    connect(&window_, &WorkspaceWindow::pageFullScreenLeft, this, &WorkspacePages::leaveFullScreen);
+    connect(tabs_, &WorkspaceTabs::selectedTabChanged, this, [this] {
+        if (fullScreenTab_ && fullScreenTab_ != tabs_->selectedTab())
+            leaveFullScreen();
+    });
     connect(tabs_, &WorkspaceTabs::tabAdded, this, [this](TabWebView* tab) { connectTab(*tab); });
     connectToolBar();
     addShortcuts();
@@ -50,9 +57,12 @@ WorkspacePages::~WorkspacePages() {
 
 // --- The account ----------------------------------------------------------------------------------------------------
 
-void WorkspacePages::open(const QString& webAccount) {
+void WorkspacePages::open(const QString& webAccount, const QString& user) {
     if (std::exchange(isOpen_, true))
         return;
+    if (const QString before = std::exchange(user_, user); !before.isEmpty() && before != user)
+        closeAllTabs();
+    isOpen_ = true;
     tabs_->setAccount(webAccount);
     tabs_->setUserLogin(true);
     tabs_->setTabbarAccordingPreviousData();
@@ -70,6 +80,7 @@ void WorkspacePages::closeAllTabs() {
     isOpen_ = false;
     tabs_->setUserLogin(false);
     tabs_->closeAllTabs();
+    downloads_.forgetEverything();
 }
 
 void WorkspacePages::saveAllTabDetailsToDefaults() { tabs_->saveAllTabDetailsToDefaults(); }
@@ -85,9 +96,32 @@ void WorkspacePages::connectTab(TabWebView& tab) {
     connect(&tab, &TabWebView::logOutRequested, this, &WorkspacePages::logoutUser);
     connect(&tab, &TabWebView::alertRequested, this, &WorkspacePages::alertRequested);
     connect(&tab, &TabWebView::downloadBegun, &downloads_, &Downloads::downloadDidBegin);
-    connect(&tab, &TabWebView::fullScreenRequested, &window_, &WorkspaceWindow::setPageFullScreen);
-    connect(&tab, &TabWebView::linkHovered, &window_,
-            [this](const QUrl& url) { window_.showAddress(url.toDisplayString(QUrl::RemoveUserInfo)); });
+    connect(&tab, &TabWebView::fullScreenRequested, this, [this, &tab](bool isOn) { fillScreen(tab, isOn); });
+    connect(&tab, &TabWebView::linkHovered, &window_, [this](const QUrl& url) {
+        window_.showAddress(url.toDisplayString(QUrl::RemoveUserInfo).left(longestShownAddress));
+    });
+}
+
+// Only a page that is seen may do so, and only as long as it is.
+void WorkspacePages::fillScreen(TabWebView& tab, bool isOn) {
+    if (!isOn) {
+        if (fullScreenTab_ != &tab)
+            return;
+        fullScreenTab_.clear(); // it knows
+        return leaveFullScreen();
+    }
+    if (tabs_->selectedTab() != &tab)
+        return tab.leaveFullScreen();
+    fullScreenTab_ = &tab;
+    tabs_->setPageAlone(true);
+    window_.setPageFullScreen(true);
+}
+
+void WorkspacePages::leaveFullScreen() {
+    if (TabWebView* tab = std::exchange(fullScreenTab_, nullptr))
+        tab->leaveFullScreen();
+    tabs_->setPageAlone(false);
+    window_.setPageFullScreen(false);
 }
 
 void WorkspacePages::connectToolBar() {

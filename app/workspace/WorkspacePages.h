@@ -10,6 +10,7 @@
 #include "workspace/downloads/Downloads.h"
 
 #include <QObject>
+#include <QPointer>
 
 #include <memory>
 
@@ -29,8 +30,9 @@ public:
                    const std::shared_ptr<TimeSource>& timeSource);
     ~WorkspacePages() override;
 
-    // Somebody is signed in: the tabs of the last run come back, unless they are there already.
-    void open(const QString& webAccount);
+    // Somebody is signed in: the tabs of the last run come back, unless they are there already. Those of another user
+    // of this run are forgotten.
+    void open(const QString& webAccount, const QString& user);
     bool isOpen() const { return isOpen_; }
     // Nobody is signed in any more. The tabs are closed; what was kept of them is forgotten only by a sign-out.
     void suspend();
@@ -54,6 +56,8 @@ Q_SIGNALS:
 
 private:
     void connectTab(TabWebView& tab);
+    void fillScreen(TabWebView& tab, bool isOn);
+    void leaveFullScreen();
     void connectToolBar();
     void addShortcuts();
 
@@ -61,6 +65,8 @@ private:
     WorkspaceTabs* tabs_;
     Downloads downloads_;
     DownloadsView* downloadsView_ = nullptr;
+    QPointer<TabWebView> fullScreenTab_; // whose page fills the screen
+    QString user_;                       // whose tabs are kept; empty: not known
     bool isOpen_ = false;
 };
 

@@ -1,5 +1,6 @@
 #include "workspace/downloads/DownloadRowView.h"
 
+#include "widgets/GlyphButton.h"
 #include "widgets/Glyphs.h"
 #include "widgets/SecondaryLabel.h"
 #include "widgets/ThinProgressBar.h"
@@ -14,11 +15,8 @@ constexpr int barHeight = 6;
 constexpr int glyphSide = 16;
 
 QToolButton* makeButton(QWidget* parent, const QPainterPath& glyph, const QString& name) {
-    auto* button = new QToolButton(parent);
+    auto* button = new GlyphButton(glyphSide, parent);
     button->setIcon(glyphIcon(glyph));
-    button->setIconSize({glyphSide, glyphSide});
-    button->setAutoRaise(true);
-    button->setFocusPolicy(Qt::TabFocus);
     button->setToolTip(name);
     button->setAccessibleName(name);
     return button;

@@ -213,4 +213,10 @@ void Downloads::clearEnded() {
     Q_EMIT countChanged();
 }
 
+void Downloads::forgetEverything() {
+    for (int row = rowCount() - 1; row >= 0; --row)
+        cancel(row);
+    clearEnded();
+}
+
 } // namespace quenby

@@ -68,6 +68,8 @@ public:
     void cancel(int row);
     void showInFolder(int row);
     void clearEnded();
+    // For whoever leaves: cancels what runs and clears the list.
+    void forgetEverything();
 
 Q_SIGNALS:
     // One has begun or ended, or the list was cleared.

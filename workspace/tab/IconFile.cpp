@@ -41,6 +41,8 @@ quint32 randomNumber() {
 } // namespace
 
 bool writeIconFile(const QString& folder, const QImage& icon, const std::function<quint32()>& nextNumber) {
+    if (!QFileInfo(folder).isDir()) // whoever has no such folder wants none
+        return false;
     const QByteArray bytes = tiffData(icon);
     if (bytes.isEmpty()) {
         qCWarning(tabLog, "A page's icon cannot be written as TIFF data");

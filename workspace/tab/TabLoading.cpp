@@ -51,6 +51,7 @@ void TabWebView::Private::tellProblem(const QString& heading, const QString& tex
     }
     if (find)
         find->close();
+    Q_EMIT q.linkHovered({}); // there is no link any more
     content->setCurrentWidget(problem);
     problem->tell(heading, text, canTryAgain);
 }

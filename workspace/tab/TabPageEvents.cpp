@@ -26,7 +26,8 @@ void TabWebView::Private::watchPage() {
     connect(view, &BrowserView::leftButtonReleased, this, &Private::mouseDidRelease);
     connect(view, &BrowserView::contextMenuRequested, this, &Private::showMenu);
     connect(view, &BrowserView::printRequested, this, [this] {
-        if (prints.admits(surroundings.timeSource->elapsed()))
+        // A print view goes on in the tab that leads there as well, and would print there, too.
+        if (q.isVisible() && prints.admits(surroundings.timeSource->elapsed()))
             page->print();
     });
     connect(view, &BrowserView::found, this, [this](int current, int total) {

@@ -1,5 +1,6 @@
 #include "workspace/tabs/OldTabs.h"
 
+#include "core/Redaction.h"
 #include "platform/Defaults.h"
 #include "workspace/policy/NavigationPolicy.h"
 
@@ -41,6 +42,13 @@ QString shortened(const QString& title) {
 
 bool canBeKept(const QUrl& url) { return isPageAddress(url) && url.toEncoded().size() <= longestOldAddress; }
 
+// Tokens and the like are no part of where a page is; who comes back to it is signed in anyway.
+QUrl withoutSecrets(const QUrl& url) {
+    if (redaction::url(url) == url.toString(QUrl::FullyEncoded))
+        return url;
+    return url.adjusted(QUrl::RemoveQuery | QUrl::RemoveFragment);
+}
+
 QString asText(const QList<PageOpenRecord>& records) {
     QJsonArray array;
     for (const PageOpenRecord& record : records) {
@@ -48,7 +56,7 @@ QString asText(const QList<PageOpenRecord>& records) {
             break;
         if (canBeKept(record.url))
             array.append(QJsonObject{{titleKey, shortened(record.title)},
-                                     {urlKey, QString::fromLatin1(record.url.toEncoded())},
+                                     {urlKey, QString::fromLatin1(withoutSecrets(record.url).toEncoded())},
                                      {accountKey, record.account},
                                      {windowNameKey, record.windowName}});
     }
@@ -91,7 +99,7 @@ int readSelectedTab(const Defaults& defaults, int count) {
 }
 
 void writeSelectedTab(Defaults& defaults, int index) {
-    if (defaults.valueForKey(selectedKey) != QString::number(index))
+    if (defaults.valueForKey(selectedKey).toString() != QString::number(index))
         defaults.setValueForKey(selectedKey, index);
 }
 

@@ -6,7 +6,7 @@
 //
 // Whatever stands there is taken for what it can be: records without an address, addresses that do not belong into a
 // tab and anything that is no record are left out, and there is an end to how many are read. The same limits hold for
-// what is written. Threads: the main thread.
+// what is written, and an address that holds a secret is written without its query. Threads: the main thread.
 #pragma once
 
 #include "core/PageOpenRecord.h"

@@ -15,10 +15,12 @@
 namespace quenby {
 namespace {
 
-Q_LOGGING_CATEGORY(tabsLog, "quenby.tabs", QtWarningMsg)
+Q_LOGGING_CATEGORY(tabsLog, "quenby.tabs", QtInfoMsg)
 
 // Changes that come together, such as a page's address and its title, are kept together.
 constexpr std::chrono::milliseconds keepingDelay(500);
+// What a page changes by itself, and may change all the time, is no reason to write all the time.
+constexpr std::chrono::milliseconds looksKeepingDelay(5000);
 
 QString titleOf(const TabWebView& tab) { return tab.demoModel().title(); }
 
@@ -103,7 +105,7 @@ void WorkspaceTabs::connectTab(TabWebView& tab) {
     });
     connect(&tab, &TabWebView::newTabRequested, this, &WorkspaceTabs::AddNewTabGoogleDriveWithData);
     connect(&tab, &TabWebView::closeRequested, this, [this, &tab] { closeTab(indexOf(tab)); });
-    connect(&tab.demoModel(), &DemoModel::changed, this, &WorkspaceTabs::keepSoon);
+    connect(&tab.demoModel(), &DemoModel::changed, this, [this] { keepWithin(looksKeepingDelay); });
 }
 
 // --- What is there --------------------------------------------------------------------------------------------------
@@ -198,14 +200,23 @@ void WorkspaceTabs::closeAllTabs() {
 
 void WorkspaceTabs::removeAllTabs() {
     keeping_.reset();
-    const QScopedValueRollback filling(isFilling_, true);
-    while (count() > 0)
-        removeTab(count() - 1);
+    pages_->hide(); // or the neighbour of each would be seen for a moment, and loaded
+    {
+        const QScopedValueRollback filling(isFilling_, true);
+        while (count() > 0)
+            removeTab(count() - 1);
+    }
+    pages_->show();
 }
 
-void WorkspaceTabs::keepSoon() {
-    if (!isFilling_ && !keeping_)
-        keeping_ = surroundings_.timeSource->startTimer(keepingDelay, [this] { keepNow(); });
+void WorkspaceTabs::keepSoon() { keepWithin(keepingDelay); }
+
+void WorkspaceTabs::keepWithin(std::chrono::milliseconds delay) {
+    const auto due = surroundings_.timeSource->elapsed() + delay;
+    if (isFilling_ || (keeping_ && keepingDue_ <= due))
+        return;
+    keepingDue_ = due;
+    keeping_ = surroundings_.timeSource->startTimer(delay, [this] { keepNow(); });
 }
 
 void WorkspaceTabs::keepNow() {
@@ -246,6 +257,7 @@ void WorkspaceTabs::closeTab(int index) {
 
 void WorkspaceTabs::closeOtherTabs(int index) {
     const TabWebView* kept = tabAt(index);
+    tabBar_->setCurrentIndex(index); // or those that go would be seen, and loaded, one after the other
     for (int i = count() - 1; i >= 0 && kept; --i) {
         if (tabAt(i) != kept)
             closeTab(i);
@@ -265,6 +277,8 @@ void WorkspaceTabs::removeTab(int index) {
 }
 
 // --- The toolbar's actions ------------------------------------------------------------------------------------------
+
+void WorkspaceTabs::setPageAlone(bool isAlone) { tabBar_->setVisible(!isAlone); }
 
 void WorkspaceTabs::homeButtonToolbarAction() { tabBar_->setCurrentIndex(0); }
 

@@ -1,6 +1,7 @@
 // The tabs of the workspace: the bar, the pages below it, and what is kept of them between runs.
 //
-// Tabs are kept shortly after each change, so that a program that is killed loses none, and once more at the end.
+// Tabs are kept shortly after each change, so that a program that is killed loses none, and once more at the end; what
+// they are called, some seconds later.
 //
 // Threads: the main thread. The defaults and the services outlive it.
 #pragma once
@@ -59,6 +60,8 @@ public:
     void closeTab(int index);
     void closeOtherTabs(int index);
     void selectNext(bool backward);
+    // Of everything, only the selected tab's page is left.
+    void setPageAlone(bool isAlone);
 
 Q_SIGNALS:
     // Whether the selected tab can go back and forward.
@@ -81,6 +84,7 @@ private:
     void removeTab(int index);
     void refreshToolBar();
     void keepSoon();
+    void keepWithin(std::chrono::milliseconds delay);
     void keepNow();
 
     TabSurroundings surroundings_;
@@ -91,6 +95,7 @@ private:
     bool isFilling_ = false; // many tabs come or go: what they look like meanwhile is nobody's business
     QString RootFolderId_;
     std::unique_ptr<Timer> keeping_;
+    std::chrono::milliseconds keepingDue_{0}; // while there is one
 };
 
 } // namespace quenby

@@ -1,11 +1,10 @@
 #include "workspace/window/WorkspaceToolBar.h"
 
+#include "widgets/GlyphButton.h"
 #include "widgets/Glyphs.h"
 
 #include <QAction>
 #include <QMenu>
-#include <QStyleOptionToolButton>
-#include <QStylePainter>
 #include <QToolButton>
 
 #include <array>
@@ -45,29 +44,13 @@ QString tipOf(const CommandRow& row) {
     return *row.keys ? QString(text + QStringLiteral(" (") + QString::fromLatin1(row.keys) + QLatin1Char(')')) : text;
 }
 
-// Its picture says that there is more behind it; the toolkit's arrow would lie on it.
-class MenuButton final : public QToolButton {
-public:
-    using QToolButton::QToolButton;
-
-protected:
-    void paintEvent(QPaintEvent*) override {
-        QStyleOptionToolButton option;
-        initStyleOption(&option);
-        option.features &= ~QStyleOptionToolButton::HasMenu;
-        QStylePainter(this).drawComplexControl(QStyle::CC_ToolButton, option);
-    }
-};
-
 // The name's mnemonic works, though only the picture is seen.
 QToolButton* menuButton(QWidget* parent, const QPainterPath& glyph, const QString& text) {
     const QString name = QString(text).remove(QLatin1Char('&'));
-    auto* button = new MenuButton(parent);
+    auto* button = new GlyphButton(iconSide, parent);
     button->setText(text);
     button->setIcon(glyphIcon(glyph));
     button->setPopupMode(QToolButton::InstantPopup);
-    button->setAutoRaise(true);
-    button->setFocusPolicy(Qt::TabFocus);
     button->setAccessibleName(name);
     button->setToolTip(name);
     return button;
@@ -81,8 +64,6 @@ WorkspaceToolBar::WorkspaceToolBar(QWidget* parent)
     setMovable(false);
     setFloatable(false);
     setContextMenuPolicy(Qt::PreventContextMenu); // it would offer to hide the bar
-    setIconSize({iconSide, iconSide});
-    setToolButtonStyle(Qt::ToolButtonIconOnly);
     makeActions();
     addCommands({ToolBarCommand::home, ToolBarCommand::back, ToolBarCommand::forward, ToolBarCommand::reload});
     addSeparator();
@@ -111,10 +92,11 @@ void WorkspaceToolBar::makeActions() {
 
 void WorkspaceToolBar::addCommands(std::initializer_list<ToolBarCommand> commands) {
     for (const ToolBarCommand command : commands) {
-        addAction(actions_.at(command));
-        auto* button = widgetForAction(actions_.at(command));
-        button->setFocusPolicy(Qt::TabFocus);
+        auto* button = new GlyphButton(iconSide, this);
+        button->setDefaultAction(actions_.at(command));
         button->setAccessibleName(actions_.at(command)->text());
+        buttons_.emplace(command, button);
+        addWidget(button);
     }
 }
 
@@ -149,8 +131,8 @@ void WorkspaceToolBar::setRunningTransfers(int count) {
     QAction* transfers = action(ToolBarCommand::transfers);
     transfers->setIcon(count > 0 ? markedGlyphIcon(transfersGlyph()) : glyphIcon(transfersGlyph()));
     transfers->setToolTip(count > 0 ? QStringLiteral("%1 (%2 running)").arg(text).arg(count) : text);
-    widgetForAction(transfers)->setAccessibleDescription(count > 0 ? QStringLiteral("%1 running").arg(count)
-                                                                   : QString());
+    buttons_.at(ToolBarCommand::transfers)
+        ->setAccessibleDescription(count > 0 ? QStringLiteral("%1 running").arg(count) : QString());
 }
 
 void WorkspaceToolBar::setCommandsMenu(QMenu* menu) {

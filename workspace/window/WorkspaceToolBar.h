@@ -53,6 +53,7 @@ private:
     QToolButton* makeNewButton();
 
     std::map<ToolBarCommand, QAction*> actions_;
+    std::map<ToolBarCommand, QToolButton*> buttons_;
     QToolButton* menuButton_ = nullptr;
     QAction* menuAction_ = nullptr; // its place in the bar
     int running_ = 0;

@@ -65,7 +65,8 @@ CompletionTicket DialogFilePanels::saveFile(QWidget* window, const QString& titl
     dialog->setFileMode(QFileDialog::AnyFile);
     const QFileInfo proposed(QFile::decodeName(proposal));
     dialog->setDirectory(proposed.absolutePath());
-    dialog->selectFile(proposed.fileName());
+    // Quotation marks separate names in this panel: what stands between them would be taken for the name.
+    dialog->selectFile(proposed.fileName().replace(QLatin1Char('"'), QLatin1Char('\'')));
     connect(dialog, &QDialog::finished, this, [dialog, gate](int result) {
         gate.deliver(result == QDialog::Accepted ? chosenFiles(*dialog) : QList<QByteArray>());
     });

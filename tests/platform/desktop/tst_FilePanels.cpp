@@ -102,14 +102,15 @@ private Q_SLOTS:
         filePanelsKeepTheirContract(panels, window_, files_, {choose, cancel});
     }
 
-    // The proposal is where the user looks first; an existing file is only chosen after a question.
+    // The proposal is where the user looks first, as one name whatever stands in it; an existing file is only chosen
+    // after a question.
     void savingProposesAPlaceAndAsksBeforeItReplaces() {
         DialogFilePanels panels;
         const QString existing = QFile::decodeName(files_.last());
         QList<QList<QByteArray>> chosen;
         const auto save = [&] {
             panels.saveFile(&window_, QStringLiteral("Save As"),
-                            QFile::encodeName(folder_.filePath(QStringLiteral("é new.txt"))), this,
+                            QFile::encodeName(folder_.filePath(QStringLiteral("é \".new\".txt"))), this,
                             [&](const QList<QByteArray>& paths) { chosen.append(paths); });
             QTRY_VERIFY_WITH_TIMEOUT(activePanel(), patience);
             QCOMPARE(activePanel()->directory().path(), folder_.path());
@@ -118,7 +119,7 @@ private Q_SLOTS:
         useInput(QStringLiteral("key Return"));
         QTRY_COMPARE_WITH_TIMEOUT(chosen.size(), 1, patience);
         QCOMPARE(chosen.takeFirst(),
-                 QList<QByteArray>{QFile::encodeName(folder_.filePath(QStringLiteral("é new.txt")))});
+                 QList<QByteArray>{QFile::encodeName(folder_.filePath(QStringLiteral("é '.new'.txt")))});
         save();
         // The dialog asks from inside its own event loop, which has to be answered from there.
         int questions = 0;

@@ -247,6 +247,18 @@ private Q_SLOTS:
         QCOMPARE(QDir(other.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
     }
 
+    void whoeverLeavesLeavesNothing() {
+        Stage stage;
+        stage.downloads.isAlwaysAskDownlaod = false;
+        complete(*stage.offer(QStringLiteral("a.txt")));
+        QTRY_COMPARE(stage.state(), Arrival::State::finished);
+        const auto running = stage.offer(QStringLiteral("b.txt"));
+        stage.downloads.forgetEverything();
+        QCOMPARE(stage.downloads.rowCount(), 0);
+        QCOMPARE(running->state(), WebDownload::State::cancelled);
+        QCOMPARE(stage.files(), QStringList{QStringLiteral("a.txt")});
+    }
+
     void theEndOfTheProgramLeavesNothing() {
         QTemporaryDir home;
         FakeFilePanels panels;

@@ -156,6 +156,18 @@ private Q_SLOTS:
         QCOMPARE(defaults.valueForKey(tabsKey), before);
     }
 
+    void addressesAreKeptWithoutSecrets() {
+        FakeDefaults defaults;
+        const QString untouched = pageStart + QStringLiteral("x?q=a%20b%26&tokens=1#y");
+        writeOldTabs(defaults, {record({}, pageStart + QStringLiteral("share?hl=en&access_token=S3CRET&id=1#x")),
+                                record({}, pageStart + QStringLiteral("x?a=b#id_token=S3CRET")),
+                                record({}, pageStart + QStringLiteral("x?continue=%2Fy%3Fcode%3DS3CRET")),
+                                record({}, untouched)});
+        QCOMPARE(readOldTabs(defaults).value_or(QList<PageOpenRecord>()),
+                 (QList{record({}, pageStart + QStringLiteral("share")), record({}, pageStart + QStringLiteral("x")),
+                        record({}, pageStart + QStringLiteral("x")), record({}, untouched)}));
+    }
+
     void selectedTab() {
         FakeDefaults defaults;
         QCOMPARE(readSelectedTab(defaults, 3), 0);

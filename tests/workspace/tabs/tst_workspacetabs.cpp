@@ -8,7 +8,6 @@
 #include "workspace/tabs/OldTabs.h"
 #include "workspace/tabs/WorkspaceTabs.h"
 
-#include <QLoggingCategory>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -165,7 +164,7 @@ private Q_SLOTS:
         FakeDefaults defaults;
         Run run(defaults, 3);
         const auto keeps = [&](const QStringList& titles) {
-            run.time->advance(1s);
+            run.time->advance(5s);
             return keptTitles(defaults) == titles;
         };
         const QString zero = QStringLiteral("Folder 0");
@@ -208,6 +207,24 @@ private Q_SLOTS:
         run.tabs.removeAllTabs();
         run.time->advance(1h);
         QCOMPARE(keptTitles(defaults), QStringList{QStringLiteral("Kept")});
+    }
+
+    // Titles that never rest, such as one that counts or blinks, are not written all the time; where a tab is, soon.
+    void titlesAreKeptInTheirTime() {
+        FakeDefaults defaults;
+        Run run(defaults, 2);
+        QCoreApplication::processEvents();
+        run.time->advance(1s);
+        const QSignalSpy written(&defaults, &Defaults::changed);
+        for (int second = 0; second < 60; ++second) {
+            run.webViews.lastBrowser().changeTitle(QStringLiteral("(%1)").arg(second));
+            run.time->advance(1s);
+        }
+        QVERIFY2(written.size() < 15, qPrintable(QString::number(written.size())));
+        run.webViews.lastBrowser().changeTitle(QStringLiteral("last"));
+        run.tabs.closeTab(0);
+        run.time->advance(1s);
+        QCOMPARE(keptTitles(defaults), QStringList{QStringLiteral("last")});
     }
 
     void aSignOutForgets() {
@@ -276,13 +293,11 @@ private Q_SLOTS:
         FakeDefaults defaults;
         Run run(defaults);
         const QSignalSpy opened(&run.tabs, &WorkspaceTabs::documentOpened);
-        QLoggingCategory::setFilterRules(QStringLiteral("quenby.tabs.info=true"));
         logged.clear();
         const QtMessageHandler before = qInstallMessageHandler(keepLog);
         for (const int tag : {6, 7, 0, -1})
             run.tabs.OpenNewGoogle(tag);
         qInstallMessageHandler(before);
-        QLoggingCategory::setFilterRules({});
         const QString error = QStringLiteral("Error");
         QCOMPARE(logged, (QStringList{QStringLiteral("My Maps"), error, error, error}));
         QCOMPARE(run.tabs.count(), 0);
@@ -305,6 +320,29 @@ private Q_SLOTS:
         for (const int none : {-1, 1, 99})
             run.tabs.closeTab(none);
         QCOMPARE(last.size(), 1);
+    }
+
+    // Tabs that were never looked at are not looked at on their way out.
+    void closingLoadsNothing() {
+        FakeDefaults defaults;
+        {
+            const Run first(defaults, 6);
+            first.time->advance(1s);
+        }
+        Run second(defaults);
+        second.tabs.setTabbarAccordingPreviousData();
+        QCOMPARE(second.tabs.selectedIndex(), 5);
+        QCOMPARE(second.webViews.browsers.size(), 1U);
+        second.tabs.closeOtherTabs(3);
+        QCOMPARE(second.webViews.browsers.size(), 2U); // the one that stays is seen now
+        QCOMPARE(second.addresses(), QList{folder(3)});
+
+        Run third(defaults);
+        third.tabs.setTabbarAccordingPreviousData();
+        third.tabs.removeAllTabs();
+        QCOMPARE(third.webViews.browsers.size(), 1U);
+        third.openFolder(1);
+        QVERIFY(third.tabs.selectedTab()->isVisible());
     }
 
     void oneLabelKeepsATabOpen() {

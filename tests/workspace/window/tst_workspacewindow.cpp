@@ -178,6 +178,67 @@ private Q_SLOTS:
         QVERIFY(!window.accountView().isVisible());
     }
 
+    // What a narrow window shows is not kept: it looks as it did when it is wide again.
+    void narrowWindowsBelongToThePage() {
+        FakeDefaults defaults;
+        WorkspaceWindow window(defaults);
+        auto* tabs = new QWidget;
+        window.setTabs(tabs);
+        window.showAccount();
+        window.resize(780, 600);
+        window.bringToFront();
+        QTRY_VERIFY(window.isActiveWindow());
+        QAction* transfers = window.toolBar().action(ToolBarCommand::transfers);
+        const AccountView& panel = window.accountView();
+        const int widthBesideIt = tabs->width();
+        QVERIFY(panel.isVisible() && transfers->isChecked());
+        window.resize(700, 600);
+        QTRY_VERIFY(!panel.isVisible() && !transfers->isChecked());
+        QTRY_COMPARE(tabs->width(), 700);
+        transfers->trigger();
+        QVERIFY(panel.isVisible());
+        QCOMPARE(panel.mapTo(&window, QPoint(panel.width(), 0)).x(), 700);
+        QCOMPARE(tabs->width(), 700); // over the page
+        auto* uploadButton = button(panel, "Upload File");
+        uploadButton->setFocus();
+        QTest::keyClick(uploadButton, Qt::Key_Escape);
+        QVERIFY(!panel.isVisible() && !transfers->isChecked());
+        transfers->trigger();
+        transfers->trigger();
+        window.resize(780, 600);
+        QTRY_VERIFY(panel.isVisible() && transfers->isChecked());
+        QTRY_COMPARE(tabs->width(), widthBesideIt);
+    }
+
+    // However much runs, the window stays as high as it is.
+    void transfersScrollInALowWindow() {
+        FakeDefaults defaults;
+        UploadRows uploads;
+        WorkspaceWindow window(defaults);
+        window.accountView().setUploads(&uploads);
+        auto* downloads = new QWidget;
+        downloads->setMinimumHeight(900);
+        downloads->hide();
+        window.setDownloadsView(downloads);
+        auto* dropView = new QWidget;
+        window.accountView().setDropView(dropView);
+        window.showAccount();
+        window.resize(780, 500);
+        window.show();
+        const int room = dropView->height();
+        downloads->show();
+        QTRY_VERIFY(dropView->height() < room);
+        for (int i = 0; i < 20; ++i)
+            uploads.append({i, QStringLiteral("a"), {}, 5});
+        QTRY_VERIFY(downloads->mapTo(&window, QPoint()).y() > 500 / 2);
+        QCOMPARE(window.height(), 500);
+        downloads->hide();
+        for (int i = 0; i < 20; ++i)
+            uploads.remove(i);
+        QTRY_COMPARE(dropView->height(), room);
+        window.accountView().setUploads(nullptr);
+    }
+
     void account() {
         FakeDefaults defaults;
         WorkspaceWindow window(defaults);

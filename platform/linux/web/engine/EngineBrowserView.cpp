@@ -68,12 +68,13 @@ WebWindowRequest::Place placeOf(const QWebEngineNewWindowRequest& request) {
     return WebWindowRequest::Place::tab;
 }
 
-// The largest that the page offers.
+// The largest that the page offers, but no picture for a wall.
 QImage imageOf(const QIcon& icon) {
+    constexpr QSize enough(256, 256);
     QSize largest(0, 0);
     for (const QSize& size : icon.availableSizes())
         largest = size.width() > largest.width() ? size : largest;
-    return largest.isEmpty() ? QImage() : icon.pixmap(largest, 1.0).toImage();
+    return largest.isEmpty() ? QImage() : icon.pixmap(largest.boundedTo(enough), 1.0).toImage();
 }
 
 } // namespace

@@ -35,6 +35,8 @@ WebNavigation::Kind kindOf(QWebEnginePage::NavigationType type) {
 }
 
 constexpr qsizetype longestConsoleMessage = 4096; // characters
+constexpr int mostConsoleMessages = 200;          // in a row; each costs time, and room in the log
+constexpr qint64 consolePeriod = 10'000;          // milliseconds
 
 } // namespace
 
@@ -96,24 +98,26 @@ void EnginePage::offerDownload(QWebEngineDownloadRequest& request) {
         request.cancel();
 }
 
-void EnginePage::javaScriptAlert(const QUrl& origin, const QString& message) {
+// The page's, whichever of its frames asks: silencing one of many frames would not silence the page.
+QUrl EnginePage::origin() const { return url().adjusted(QUrl::RemovePath | QUrl::RemoveQuery | QUrl::RemoveFragment); }
+
+void EnginePage::javaScriptAlert(const QUrl&, const QString& message) {
     const Asking asking(*this);
-    dialogs_.ask({PageQuestion::Kind::alert, origin, message});
+    dialogs_.ask({PageQuestion::Kind::alert, origin(), message});
 }
 
-bool EnginePage::javaScriptConfirm(const QUrl& origin, const QString& message) {
+bool EnginePage::javaScriptConfirm(const QUrl&, const QString& message) {
     // How the engine asks before it leaves a page, in its own words.
     const QString leaveMessage = QCoreApplication::translate(
         "QWebEnginePage", "Are you sure you want to leave this page? Changes that you made may not be saved.");
     const auto kind = message == leaveMessage ? PageQuestion::Kind::leave : PageQuestion::Kind::confirm;
     const Asking asking(*this);
-    return dialogs_.ask({kind, origin, message}).has_value();
+    return dialogs_.ask({kind, origin(), message}).has_value();
 }
 
-bool EnginePage::javaScriptPrompt(const QUrl& origin, const QString& message, const QString& proposal,
-                                  QString* answer) {
+bool EnginePage::javaScriptPrompt(const QUrl&, const QString& message, const QString& proposal, QString* answer) {
     const Asking asking(*this);
-    const auto text = dialogs_.ask({PageQuestion::Kind::prompt, origin, message, proposal});
+    const auto text = dialogs_.ask({PageQuestion::Kind::prompt, origin(), message, proposal});
     if (text)
         *answer = *text;
     return text.has_value();
@@ -126,12 +130,20 @@ QStringList EnginePage::chooseFiles(FileSelectionMode mode, const QStringList& p
 
 void EnginePage::javaScriptConsoleMessage(JavaScriptConsoleMessageLevel, const QString& message, int lineNumber,
                                           const QString&) {
-    if (!console_ && !consoleLog().isDebugEnabled())
+    if ((!console_ && !consoleLog().isDebugEnabled()) || isConsoleFlooded())
         return;
     const QString text = redaction::text(message.left(longestConsoleMessage));
     qCDebug(consoleLog).noquote() << "line" << lineNumber << text;
     if (console_)
         console_(text);
+}
+
+bool EnginePage::isConsoleFlooded() {
+    if (!consoleSince_.isValid() || consoleSince_.hasExpired(consolePeriod)) {
+        consoleSince_.start();
+        consoleMessages_ = 0;
+    }
+    return ++consoleMessages_ > mostConsoleMessages;
 }
 
 } // namespace quenby

@@ -9,6 +9,7 @@
 #include "platform/WebView.h"
 #include "platform/linux/web/engine/PageDialogs.h"
 
+#include <QElapsedTimer>
 #include <QWebEnginePage>
 
 class QWebEngineDownloadRequest;
@@ -27,7 +28,7 @@ public:
     void setNavigationPolicy(WebView::NavigationPolicy policy) { policy_ = std::move(policy); }
     // Without one, downloads are refused. It accepts the request, or it is refused.
     void setDownloadTaker(DownloadTaker taker) { downloadTaker_ = std::move(taker); }
-    // Hears what the page writes, without secrets and cut at a length for people.
+    // Hears what the page writes, without secrets and cut at a length for people; not all of what never ends.
     void setConsole(Console console) { console_ = std::move(console); }
     void offerDownload(QWebEngineDownloadRequest& request);
     PageDialogs& dialogs() { return dialogs_; }
@@ -54,6 +55,9 @@ protected:
 private:
     class Asking;
 
+    QUrl origin() const;
+    bool isConsoleFlooded();
+
     WebView::NavigationPolicy policy_;
     DownloadTaker downloadTaker_;
     Console console_;
@@ -61,6 +65,8 @@ private:
     int asking_ = 0; // calls that are waiting for their answers, each inside of the one before
     bool goes_ = false;
     bool expectsOwnPage_ = false;
+    QElapsedTimer consoleSince_; // this many messages
+    int consoleMessages_ = 0;
 };
 
 } // namespace quenby

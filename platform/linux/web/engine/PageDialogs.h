@@ -22,7 +22,7 @@ struct PageQuestion {
     enum class Kind { alert, confirm, prompt, leave };
 
     Kind kind = Kind::alert;
-    QUrl origin;
+    QUrl origin; // of the page
     QString message;
     QString proposal = {}; // for Kind::prompt
 };

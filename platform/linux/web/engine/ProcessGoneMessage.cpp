@@ -30,7 +30,7 @@ ProcessGoneMessage::ProcessGoneMessage(QWidget* parent)
     layout->setSpacing(12);
     layout->addStretch();
     layout->addWidget(title);
-    layout->addWidget(text, 0, Qt::AlignHCenter);
+    layout->addWidget(text); // as wide as there is room: it is broken into lines
     layout->addWidget(reload_, 0, Qt::AlignHCenter);
     layout->addStretch();
     setAutoFillBackground(true);

@@ -23,7 +23,14 @@ public:
     std::unique_ptr<BrowserView> createBrowserView(const WebProfileFolders& folders,
                                                    const QString& userAgent) override {
         const EngineStart start;
-        return std::make_unique<EngineBrowserView>(profileFor(folders, userAgent));
+        if (!folders.data.isEmpty())
+            return std::make_unique<EngineBrowserView>(profileFor(folders, userAgent));
+        auto session = privateBrowsing_.lock();
+        if (!session) {
+            session = profileFor(folders, userAgent);
+            privateBrowsing_ = session;
+        }
+        return std::make_unique<EngineBrowserView>(std::move(session));
     }
 
     void forget(const WebProfileFolders& folders) override {
@@ -63,6 +70,7 @@ private:
     }
 
     std::vector<Account> accounts_;
+    std::weak_ptr<QWebEngineProfile> privateBrowsing_; // of all browser views that have no account
 };
 
 } // namespace
