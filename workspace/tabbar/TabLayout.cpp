@@ -24,11 +24,18 @@ constexpr int partGap = 7;
 constexpr int leastTitle = 12; // less shows no character
 // With the icon and the close button: the current tab can always be closed.
 constexpr int closableWidth = padding + iconSide + partGap + closeSide + closePadding;
+constexpr int readableWidth = 128; // what the current tab keeps, so that one can read where one is
 
 struct Limits {
     int least;
     int wished;
 };
+
+// The current tab's; at most a third of the bar.
+int leastCurrentWidth(const TabBarOptions& options, const TabRoom& room) {
+    const int readable = std::min({readableWidth, options.tabMaxWidth, room.bar.width() / 3});
+    return std::max({options.tabMinWidth, closableWidth, readable});
+}
 
 // A tab is never wider than the maximum nor narrower than the minimum, and never too narrow for its icon.
 std::vector<Limits> limitsOf(const TabBarOptions& options, const TabRoom& room) {
@@ -37,7 +44,7 @@ std::vector<Limits> limitsOf(const TabBarOptions& options, const TabRoom& room) 
     for (size_t index = 0; index < limits.size(); ++index) {
         const bool isFitted = options.tabSizeToFit && index < room.fitWidths.size();
         const int wished = std::min(isFitted ? room.fitWidths[index] : options.tabOptimumWidth, options.tabMaxWidth);
-        const int own = static_cast<int>(index) == room.current ? std::max(least, closableWidth) : least;
+        const int own = static_cast<int>(index) == room.current ? leastCurrentWidth(options, room) : least;
         limits[index] = {own, std::max(wished, own)};
     }
     return limits;
@@ -88,7 +95,7 @@ TabLayout::TabLayout(const TabBarOptions& options, const TabRoom& room)
         if (options.useOverflowMenu)
             forTabs -= buttonRoom;
         const int least = std::max(options.tabMinWidth, iconOnlyWidth);
-        const int more = room.current >= 0 ? std::max(closableWidth - least, 0) : 0;
+        const int more = room.current >= 0 ? leastCurrentWidth(options, room) - least : 0;
         shown = std::clamp((forTabs - more) / least, 1, room.count);
         firstShown_ = std::clamp(room.firstShown, 0, room.count - shown);
         if (room.current >= 0)
