@@ -4,7 +4,8 @@
 # its pages was there:
 #
 #   one_tab    the program with one tab restored
-#   tabs       the program with 20 tabs restored, each of which was looked at since
+#   restored   the program with 20 tabs restored, of which the selected one is looked at
+#   seen       the same, when each of the 20 was looked at since
 #   chromium   Debian's chromium with the same 20 pages, the first of which is looked at, as in the program
 set -euo pipefail
 bin=$1 seconds=${2:-300}
@@ -42,17 +43,20 @@ start_with_tabs() {
     wait_until 60 "The gauge" trace gauge
     wait_until 60 "The workspace window" window Quenby
     await_page
+}
+look_at_all() {
     local tab
-    for ((tab = 1; tab < $1; tab++)); do look_at_next; done
-    [ "$1" -eq 1 ] || look_at_next # which is the first again
+    for ((tab = 0; tab < $1; tab++)); do look_at_next; done # at last, the first again
 }
 look_at_next() {
     xdotool windowactivate --sync "$(window Quenby)" key ctrl+Page_Down
     await_page
 }
 
+# measure_program NAME TABS [COMMAND...]: what is done before the rest.
 measure_program() {
     start_with_tabs "$2"
+    "${@:3}"
     sleep "$seconds"
     echo "$1 $(memory_mib "$quenby")"
     end_quenby
@@ -105,5 +109,6 @@ wait_until 20 "The local Drive" test -s "$HOME/drive/endpoint.json"
 sign_in
 end_quenby
 measure_program one_tab 1
-measure_program tabs "$count"
+measure_program restored "$count"
+measure_program seen "$count" look_at_all "$count"
 measure_chromium

@@ -100,8 +100,9 @@ public:
     // Where callbacks run instead of on their context's thread. Must outlive the executions.
     void setDelegateQueue(QObject* queue) { delegateQueue_ = queue; }
     QObject* delegateQueue() const { return delegateQueue_; }
-    // Where replies are parsed: at the start one thread of the service's own; null means on the service's thread. A
-    // given queue is not owned and must outlive the service.
+    // Where replies are parsed, but for those with next to nothing in them, which are parsed on the service's thread:
+    // at the start one thread of the service's own; null means that all are parsed on the service's thread. A given
+    // queue is not owned and must outlive the service.
     void setParseQueue(QThreadPool* queue) { parseQueue_ = queue; }
     QThreadPool* parseQueue() const { return parseQueue_; }
     void setServiceUserData(const QVariant& userData) { serviceUserData_ = userData; }

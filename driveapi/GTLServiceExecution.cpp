@@ -14,6 +14,10 @@
 namespace quenby {
 namespace {
 
+// Such as an empty list of changes: it is parsed in less time than it takes to wake another thread, and a program that
+// idles should wake as few as possible.
+constexpr qsizetype tinyReply = 512; // bytes
+
 GTLReplyExpectation expectationOf(const GTLServiceCall& call, const GTLServiceTicket& ticket,
                                   const GTLServiceSettings& settings) {
     GTLReplyExpectation expected;
@@ -209,8 +213,9 @@ void GTLService::parse(const GTLServiceTicketPtr& ticket, GTLReplyExpectation ex
     ticket->parseOperation_ = gate.ticket();
     ticket->isParsing_ = true;
     Q_EMIT notification(kGTLServiceTicketParsingStartedNotification, ticket);
+    const bool isTiny = data.size() <= tinyReply;
     auto operation = std::make_unique<ParseOperation>(gate, data, std::move(expected));
-    if (parseQueue_)
+    if (parseQueue_ && !isTiny)
         parseQueue_->start(operation.release()); // the queue deletes it
     else
         operation->run();

@@ -21,6 +21,9 @@ Q_LOGGING_CATEGORY(appLog, "quenby.app")
 // A keyring that is open answers well before.
 constexpr std::chrono::seconds keyringPatience(1);
 
+// A tray that is there shows the gauge well before.
+constexpr std::chrono::milliseconds gaugePatience(500);
+
 } // namespace
 
 // --- Launch and end -------------------------------------------------------------------------------------------------
@@ -148,7 +151,7 @@ void AppDelegate::becameSignedIn() {
 void AppDelegate::Drive_Open() {
     if (!session_.UserLogin())
         return;
-    pages_.open(session_.webAccount(), session_.signedInUsername());
+    openPages();
     if (window_.isShowingWelcome())
         window_.showAccount();
     setDisplayDataIfAvail();
@@ -322,10 +325,26 @@ void AppDelegate::carryOut(MenuCommand command) {
     }
 }
 
+// The web engine takes a moment to load, in which nothing is painted: at the start, the gauge goes first.
+void AppDelegate::openPages() {
+    if (!isGaugeAwaited_) {
+        gaugePatience_.reset();
+        if (session_.UserLogin())
+            pages_.open(session_.webAccount(), session_.signedInUsername());
+    } else if (!gaugePatience_) {
+        gaugePatience_ = surroundings_.drive.timeSource()->startTimer(gaugePatience, [this] {
+            isGaugeAwaited_ = false;
+            openPages();
+        });
+    }
+}
+
 void AppDelegate::openPage(const PageOpenRecord& page) {
     popover_.close();
     if (!session_.UserLogin())
         return;
+    isGaugeAwaited_ = false;
+    openPages();
     bringWorkspaceToFront();
     pages_.openPage(page);
 }

@@ -107,6 +107,7 @@ private:
 
     void carryOut(MenuCommand command);
     void bringWorkspaceToFront();
+    void openPages();
     void openPage(const PageOpenRecord& page);
     void openOutside(const QUrl& url);
     void shareThisFile(const QString& identifier, const QString& name);
@@ -142,6 +143,8 @@ private:
     QStringList earlyTroubles_;    // of the settings, before that
     bool isSignInRefused_ = false; // the one in the keyring
     std::unique_ptr<Timer> keyringPatience_;
+    bool isGaugeAwaited_ = true; // before the first page
+    std::unique_ptr<Timer> gaugePatience_;
     CompletionTicket launchAlert_; // these three while they wait for an answer
     CompletionTicket signOutQuestion_;
     CompletionTicket otherAccountQuestion_;

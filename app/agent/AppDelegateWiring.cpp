@@ -125,6 +125,11 @@ void AppDelegate::connectChanges() {
 void AppDelegate::connectStatusItem() {
     connect(&statusItem_, &StatusItem::displayed, this,
             [](bool isFirst) { traceLaunch(isFirst ? "gauge" : "repaint"); });
+    const auto gaugeIsShown = [this] {
+        if (std::exchange(isGaugeAwaited_, false) && gaugePatience_)
+            openPages();
+    };
+    connect(&statusItem_, &StatusItem::displayed, this, gaugeIsShown, Qt::QueuedConnection);
     connect(&statusItem_, &StatusItem::statusItemClicked, this, &AppDelegate::bringWorkspaceToFront);
     connect(&statusItem_, &StatusItem::statusItemMiddleClicked, this,
             [this] { popover_.toggle(statusItem_.geometry()); });

@@ -3,6 +3,7 @@
 #include "platform/PlatformServices.h"
 #include "workspace/downloads/DownloadsView.h"
 #include "workspace/tab/TabWebView.h"
+#include "workspace/tabs/OldTabs.h"
 #include "workspace/tabs/WorkspaceTabs.h"
 #include "workspace/window/WorkspaceToolBar.h"
 #include "workspace/window/WorkspaceWindow.h"
@@ -27,6 +28,7 @@ TabSurroundings tabSurroundings(PlatformServices& platform, const Endpoints& end
 WorkspacePages::WorkspacePages(WorkspaceWindow& window, PlatformServices& platform, const Endpoints& endpoints,
                                const std::shared_ptr<TimeSource>& timeSource)
     : window_(window)
+    , defaults_(*platform.defaults)
     , tabs_(new WorkspaceTabs(tabSurroundings(platform, endpoints, timeSource), *platform.defaults))
     , downloads_({*platform.filePanels, *platform.fileBrowser, *platform.alerts,
                   QStandardPaths::writableLocation(QStandardPaths::DownloadLocation)},
@@ -60,9 +62,10 @@ WorkspacePages::~WorkspacePages() {
 void WorkspacePages::open(const QString& webAccount, const QString& user) {
     if (std::exchange(isOpen_, true))
         return;
-    if (const QString before = std::exchange(user_, user); !before.isEmpty() && before != user)
+    if (const QString before = readUserOfOldTabs(defaults_); !before.isEmpty() && before != user)
         closeAllTabs();
     isOpen_ = true;
+    writeUserOfOldTabs(defaults_, user);
     tabs_->setAccount(webAccount);
     tabs_->setUserLogin(true);
     tabs_->setTabbarAccordingPreviousData();

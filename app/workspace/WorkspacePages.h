@@ -16,6 +16,7 @@
 
 namespace quenby {
 
+class Defaults;
 class DownloadsView;
 class TabWebView;
 class WorkspaceTabs;
@@ -62,11 +63,11 @@ private:
     void addShortcuts();
 
     WorkspaceWindow& window_;
+    Defaults& defaults_;
     WorkspaceTabs* tabs_;
     Downloads downloads_;
     DownloadsView* downloadsView_ = nullptr;
     QPointer<TabWebView> fullScreenTab_; // whose page fills the screen
-    QString user_;                       // whose tabs are kept; empty: not known
     bool isOpen_ = false;
 };
 

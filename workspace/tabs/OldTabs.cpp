@@ -17,6 +17,7 @@ constexpr qsizetype mostEntries = 10'000;
 
 constexpr QLatin1String tabsKey("OldTabs");
 constexpr QLatin1String selectedKey("OldTabsSelected");
+constexpr QLatin1String userKey("OldTabsUser");
 
 constexpr QLatin1String titleKey("title");
 constexpr QLatin1String urlKey("url");
@@ -91,6 +92,7 @@ void writeOldTabs(Defaults& defaults, const QList<PageOpenRecord>& records) {
 void removeOldTabs(Defaults& defaults) {
     defaults.removeValueForKey(tabsKey);
     defaults.removeValueForKey(selectedKey);
+    defaults.removeValueForKey(userKey);
 }
 
 int readSelectedTab(const Defaults& defaults, int count) {
@@ -101,6 +103,13 @@ int readSelectedTab(const Defaults& defaults, int count) {
 void writeSelectedTab(Defaults& defaults, int index) {
     if (defaults.valueForKey(selectedKey).toString() != QString::number(index))
         defaults.setValueForKey(selectedKey, index);
+}
+
+QString readUserOfOldTabs(const Defaults& defaults) { return defaults.valueForKey(userKey).toString(); }
+
+void writeUserOfOldTabs(Defaults& defaults, const QString& user) {
+    if (readUserOfOldTabs(defaults) != user)
+        defaults.setValueForKey(userKey, user);
 }
 
 } // namespace quenby

@@ -28,11 +28,15 @@ inline constexpr qsizetype longestOldAddress = 8 * 1024; // bytes; a longer one 
 std::optional<QList<PageOpenRecord>> readOldTabs(const Defaults& defaults);
 // Writes only what is new. Without any record that can be kept, what is there stays.
 void writeOldTabs(Defaults& defaults, const QList<PageOpenRecord>& records);
-// Also which was selected.
+// Also which was selected, and whose they were.
 void removeOldTabs(Defaults& defaults);
 
 // Which of them was selected; 0 when that is not known.
 int readSelectedTab(const Defaults& defaults, int count);
 void writeSelectedTab(Defaults& defaults, int index);
+
+// Whose they are; empty: not known. Nobody is shown another one's tabs.
+QString readUserOfOldTabs(const Defaults& defaults);
+void writeUserOfOldTabs(Defaults& defaults, const QString& user);
 
 } // namespace quenby

@@ -287,6 +287,7 @@ private Q_SLOTS:
         QFETCH(bool, findsThem);
         writeOldTabs(*defaults_, {{u"Trash"_s, drive_->endpoints().webPlaces.drive.below(u"/drive/trash"_s)},
                                   {u"Recent"_s, drive_->endpoints().webPlaces.drive.below(u"/drive/recent"_s)}});
+        writeUserOfOldTabs(*defaults_, owner);
         keep(refusedGrant(owner));
         launch();
         QTRY_VERIFY_WITH_TIMEOUT(shows(u"no longer accepts"_s), patiently);
