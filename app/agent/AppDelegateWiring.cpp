@@ -192,7 +192,6 @@ void AppDelegate::connectPages() {
     connect(&pages_, &WorkspacePages::bringToFront, this, &AppDelegate::bringWorkspaceToFront);
     connect(&pages_, &WorkspacePages::openOutsideRequested, this, &AppDelegate::openOutside);
     connect(&pages_, &WorkspacePages::filesDropped, &uploads_, &UploadPipeline::UploadFilesToServer);
-    connect(&pages_, &WorkspacePages::alertRequested, this, &AppDelegate::tell);
     connect(&uploads_, &UploadPipeline::RootFolderIdChanged, &pages_, &WorkspacePages::setRootFolderId);
     connect(&details_, &AccountDetails::changed, this, [this] { pages_.setRootFolderId(details_.RootFolderId()); });
     connect(&uploadRows_, &UploadRows::countChanged, this, &AppDelegate::countTransfers);

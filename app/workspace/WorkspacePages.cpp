@@ -97,7 +97,6 @@ void WorkspacePages::openPage(const PageOpenRecord& page) { tabs_->AddNewTabGoog
 void WorkspacePages::connectTab(TabWebView& tab) {
     connect(&tab, &TabWebView::openOutsideRequested, this, &WorkspacePages::openOutsideRequested);
     connect(&tab, &TabWebView::logOutRequested, this, &WorkspacePages::logoutUser);
-    connect(&tab, &TabWebView::alertRequested, this, &WorkspacePages::alertRequested);
     connect(&tab, &TabWebView::downloadBegun, &downloads_, &Downloads::downloadDidBegin);
     connect(&tab, &TabWebView::fullScreenRequested, this, [this, &tab](bool isOn) { fillScreen(tab, isOn); });
     connect(&tab, &TabWebView::linkHovered, &window_, [this](const QUrl& url) {

@@ -32,7 +32,7 @@ public:
     ~WorkspacePages() override;
 
     // Somebody is signed in: the tabs of the last run come back, unless they are there already. Those of another user
-    // of this run are forgotten.
+    // are forgotten.
     void open(const QString& webAccount, const QString& user);
     bool isOpen() const { return isOpen_; }
     // Nobody is signed in any more. The tabs are closed; what was kept of them is forgotten only by a sign-out.
@@ -53,7 +53,6 @@ Q_SIGNALS:
     void bringToFront();
     void openOutsideRequested(const QUrl& url);
     void filesDropped(const QList<QByteArray>& paths);
-    void alertRequested(const QString& message, const QString& information);
 
 private:
     void connectTab(TabWebView& tab);

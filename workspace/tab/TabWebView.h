@@ -82,8 +82,6 @@ Q_SIGNALS:
     void closeRequested();
     // The address under the pointer; empty: none.
     void linkHovered(const QUrl& url);
-    // A modal message about this tab.
-    void alertRequested(const QString& message, const QString& information);
 
 protected:
     void showEvent(QShowEvent* event) override;

@@ -1,26 +1,13 @@
 #include "workspace/tabbar/TabDrop.h"
 
+#include "core/LocalPaths.h"
+
 #include <QMimeData>
-#include <QSysInfo>
 
 namespace quenby {
 namespace {
 
 constexpr qsizetype longestAddress = 4096;
-
-// Desktops write either nothing, "localhost" or this computer's own name.
-bool isThisComputer(const QString& host) {
-    return host.isEmpty() || host.compare(QLatin1String("localhost"), Qt::CaseInsensitive) == 0 ||
-           host.compare(QSysInfo::machineHostName(), Qt::CaseInsensitive) == 0;
-}
-
-QByteArray localPath(const QUrl& url) {
-    if (!url.isLocalFile() || !isThisComputer(url.host()))
-        return {};
-    // Decoded from the encoded form: a name that is not UTF-8 would not survive as text.
-    const QByteArray path = QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1());
-    return path.startsWith('/') && !path.contains('\0') ? path : QByteArray();
-}
 
 bool isWebAddress(const QUrl& url) {
     return url.isValid() && !url.host().isEmpty() &&

@@ -1,6 +1,6 @@
 #include "platform/linux/desktop/DialogFilePanels.h"
 
-#include "platform/linux/desktop/LocalPaths.h"
+#include "core/LocalPaths.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,6 @@
 #include "platform/linux/desktop/StripWindow.h"
 
-#include "platform/linux/desktop/LocalPaths.h"
+#include "core/LocalPaths.h"
 #include "platform/linux/desktop/Surrounding.h"
 
 #include <QDragEnterEvent>

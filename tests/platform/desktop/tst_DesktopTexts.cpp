@@ -1,5 +1,5 @@
 // Texts and addresses on their way to and from the desktop.
-#include "platform/linux/desktop/LocalPaths.h"
+#include "core/LocalPaths.h"
 #include "platform/linux/desktop/NotificationText.h"
 
 #include <QTest>

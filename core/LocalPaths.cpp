@@ -1,4 +1,4 @@
-#include "platform/linux/desktop/LocalPaths.h"
+#include "core/LocalPaths.h"
 
 #include <QSysInfo>
 
