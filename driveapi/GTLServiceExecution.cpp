@@ -225,8 +225,12 @@ void GTLService::handleReply(const GTLServiceTicketPtr& ticket, GTLServiceReply 
     if (!ticket->isRunning())
         return;
     const auto next = reply.error ? nullptr : nextPageFor(*ticket, reply.object);
-    ticket->fetchedObject_ = reply.error ? nullptr : mergedResult(ticket->fetchedObject_, reply.object);
+    const auto takePage = ticket->settings_.pageBlock;
+    const bool isMerged = !reply.error && !takePage;
+    ticket->fetchedObject_ = isMerged ? mergedResult(ticket->fetchedObject_, reply.object) : nullptr;
     ticket->fetchError_ = reply.error;
+    if (takePage && !reply.error)
+        takePage(std::exchange(reply.object, nullptr));
     if (std::exchange(ticket->isParsing_, false))
         Q_EMIT notification(kGTLServiceTicketParsingStoppedNotification, ticket);
     if (!ticket->isRunning()) // a listener may have cancelled it

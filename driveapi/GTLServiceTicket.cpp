@@ -73,6 +73,7 @@ void GTLServiceTicket::dropBlocks() {
     settings_.retryBlock = nullptr;
     settings_.uploadProgressBlock = nullptr;
     settings_.uploadLocationChangeBlock = nullptr;
+    settings_.pageBlock = nullptr;
     if (executingQuery_ && executingQuery_ != originalQuery_)
         executingQuery_->executionDidStop();
 }

@@ -32,6 +32,7 @@ struct GTLTicketSettings {
     GTLRetryBlock retryBlock;                               // on the service's thread
     GTLUploadProgressBlock uploadProgressBlock;             // on the service's thread or the delegate queue's
     GTLUploadLocationChangeBlock uploadLocationChangeBlock; // likewise
+    GTLPageBlock pageBlock;                                 // on the service's thread
 };
 
 class GTLServiceTicket : public std::enable_shared_from_this<GTLServiceTicket> {
@@ -58,6 +59,8 @@ public:
     }
     const QString& APIKey() const { return settings_.APIKey; }
     const GTLSurrogates& surrogates() const { return settings_.surrogates; }
+    // Takes each page as it comes, the only one included: it is handed over, and the ticket keeps none of them.
+    void setPageBlock(GTLPageBlock block) { settings_.pageBlock = std::move(block); }
     // An invalid value removes the key.
     void setProperty(const QVariant& value, const QString& key);
     QVariant propertyForKey(const QString& key) const { return settings_.properties.value(key); }
@@ -70,7 +73,7 @@ public:
     const std::shared_ptr<GTMHTTPFetcher>& objectFetcher() const { return objectFetcher_; }
     int statusCode() const; // of the last response; 0 without one
     const GTLObjectPtr& postedObject() const { return postedObject_; }
-    const GTLObjectPtr& fetchedObject() const { return fetchedObject_; } // all pages so far
+    const GTLObjectPtr& fetchedObject() const { return fetchedObject_; } // all pages so far; none with a page block
     const MaybeError& fetchError() const { return fetchError_; }
     const std::shared_ptr<GTLQueryProtocol>& originalQuery() const { return originalQuery_; }
     const std::shared_ptr<GTLQueryProtocol>& executingQuery() const { return executingQuery_; } // of the page in flight

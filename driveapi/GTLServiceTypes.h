@@ -25,6 +25,9 @@ using GTLUploadProgressBlock =
 // The address under which an upload can be resumed, also in a later run; empty when it is no longer valid. A secret.
 using GTLUploadLocationChangeBlock = std::function<void(const GTLServiceTicketPtr& ticket, const QUrl& location)>;
 
+// One page of a result, or all of it where there are no pages.
+using GTLPageBlock = std::function<void(const GTLObjectPtr& page)>;
+
 // The transport's proposal and the error behind it; answers whether to try again.
 using GTLRetryBlock =
     std::function<bool(const GTLServiceTicketPtr& ticket, bool suggestedWillRetry, const Error& error)>;

@@ -1,7 +1,7 @@
 #include "app/changes/ChangeFeed.h"
 
 #include "app/changes/FeedAnswerReader.h"
-#include "app/changes/PollCompletion.h"
+#include "app/changes/FeedPages.h"
 #include "driveapi/GTLDriveChange.h"
 #include "driveapi/GTLQueryDrive.h"
 #include "driveapi/GTLServiceDrive.h"
@@ -69,24 +69,34 @@ void ChangeFeed::addUploaded(const QString& identifier) {
 
 void ChangeFeed::poll() {
     giveUpPoll();
-    ticket_ =
-        driveService_->executeQuery(pollQuery(store_.maxFileChangeId), this,
-                                    [this, number = number_](const GTLServiceTicketPtr& ticket,
-                                                             const GTLObjectPtr& object, const MaybeError& error) {
-                                        if (number == number_)
-                                            answered(*ticket, object, error);
-                                    });
+    pages_ = std::make_unique<FeedPages>(driveService_->parseQueue());
+    ticket_ = driveService_->executeQuery(
+        pollQuery(store_.maxFileChangeId), this,
+        [this, number = number_](const GTLServiceTicketPtr& ticket, const GTLObjectPtr&, const MaybeError& error) {
+            if (number == number_)
+                answered(*ticket, error);
+        });
+    if (!ticket_) // could not begin, and is answered all the same
+        return;
+    ticket_->setPageBlock([this, number = number_](const GTLObjectPtr& page) {
+        if (number != number_ || !pages_)
+            return;
+        if (auto list = std::dynamic_pointer_cast<GTLDriveChangeList>(page))
+            pages_->add(std::move(list));
+        else
+            pages_.reset();
+    });
 }
 
-void ChangeFeed::answered(const GTLServiceTicket& ticket, const GTLObjectPtr& object, const MaybeError& error) {
+void ChangeFeed::answered(const GTLServiceTicket& ticket, const MaybeError& error) {
     ticket_.reset();
     if (const auto& fetcher = ticket.objectFetcher())
         serverClock_.heard(parseHTTPDate(fetcher->responseHeaders().value("Date")));
     const FeedSurroundings surroundings{.now = serverClock_.now(),
                                         .strSHARE = strSHARE_(),
                                         .notificationDisplay = defaults_.boolForKey(notificationDisplay, true)};
-    auto list = std::dynamic_pointer_cast<GTLDriveChangeList>(object);
-    if (error || !list)
+    const std::unique_ptr<FeedPages> pages = std::move(pages_);
+    if (error || !pages || pages->isEmpty())
         return completed(pollCompleted(store_, std::nullopt, surroundings));
     const CompletionGate<PolledStore> gate(this, [this](PolledStore polled) {
         leaveOutUploaded(polled);
@@ -95,7 +105,7 @@ void ChangeFeed::answered(const GTLServiceTicket& ticket, const GTLObjectPtr& ob
     });
     completion_ = gate.ticket();
     uploadedMeanwhile_.clear();
-    completePoll(driveService_->parseQueue(), {std::move(list), store_, surroundings}, gate);
+    pages->complete(store_, surroundings, gate);
 }
 
 void ChangeFeed::leaveOutUploaded(PolledStore& polled) {
@@ -129,6 +139,7 @@ void ChangeFeed::giveUpPoll() {
     if (ticket_)
         ticket_->cancelTicket();
     ticket_.reset();
+    pages_.reset();
     completion_.cancel();
 }
 

@@ -19,6 +19,7 @@
 namespace quenby {
 
 class Defaults;
+class FeedPages;
 class GTLServiceDrive;
 
 class ChangeFeed : public QObject {
@@ -52,7 +53,7 @@ Q_SIGNALS:
 
 private:
     void poll();
-    void answered(const GTLServiceTicket& ticket, const GTLObjectPtr& object, const MaybeError& error);
+    void answered(const GTLServiceTicket& ticket, const MaybeError& error);
     // What is on its way through another thread knows nothing of the uploads that ended meanwhile.
     void leaveOutUploaded(PolledStore& polled);
     void completed(PolledStore polled);
@@ -71,6 +72,7 @@ private:
     QSet<QString> uploadedMeanwhile_; // since the last answer came
     quint64 number_ = 0;              // of the poll: what an earlier one brings is ignored
     GTLServiceTicketPtr ticket_;
+    std::unique_ptr<FeedPages> pages_; // of the answer so far; null when there was something else in it
     CompletionTicket completion_;
     std::unique_ptr<Timer> nextPoll_;
 };
