@@ -10,8 +10,10 @@ import statistics
 import subprocess
 import sys
 import tempfile
-import time
-from dataclasses import asdict, dataclass
+from dataclasses import asdict
+
+from capture import capture
+from figure import Figure, measure
 
 GIB = 1 << 30
 # The kernel's copying into the page cache costs one program twice what it cost the other a second ago; many pairs
@@ -19,42 +21,6 @@ GIB = 1 << 30
 PAIRS = 15
 # Of tabs, before what they hold is measured; --rest shortens it for trying out.
 rest_seconds = 300
-
-
-@dataclass
-class Figure:
-    name: str
-    value: float
-    unit: str
-    goal: str
-    met: str
-
-    @staticmethod
-    def at_most(name, value, unit, limit):
-        return Figure(name, round(value, 3), unit, f"<= {limit}", "met" if value <= limit else "short")
-
-    @staticmethod
-    def at_least(name, value, unit, limit):
-        return Figure(name, round(value, 3), unit, f">= {limit}", "met" if value >= limit else "short")
-
-
-@dataclass
-class Usage:
-    wall: float
-    cpu: float
-    peak_kib: int
-
-
-def measure(command, environment):
-    """Runs one whole process to its end; its own accounting comes from the operating system."""
-    start = time.monotonic()
-    process = subprocess.Popen(command, env=environment, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
-    words = process.stderr.read()
-    _, status, usage = os.wait4(process.pid, 0)
-    process.returncode = os.waitstatus_to_exitcode(status)
-    if process.returncode != 0:
-        sys.exit(f"{' '.join(map(str, command))} failed: {words.decode(errors='replace')}")
-    return Usage(time.monotonic() - start, usage.ru_utime + usage.ru_stime, usage.ru_maxrss)
 
 
 class Transfers:
@@ -370,7 +336,7 @@ def workspace(binaries, folder):
 
 GROUPS = {"upload": transfers("upload"), "download": transfers("download"), "memory": memory, "json": json_replies,
           "fetchers": fetchers, "agent": agent, "interface": interface, "popover": popover,
-          "workspace": workspace}
+          "workspace": workspace, "capture": capture}
 
 
 def main():

@@ -3,6 +3,7 @@
 
 #include "platform/Service.h"
 
+#include <QByteArray>
 #include <QUrl>
 
 namespace quenby {
@@ -11,6 +12,9 @@ class Opener : public PlatformService {
 public:
     // In the default browser. Only http and https; whether a program took it.
     virtual bool openURL(const QUrl& url) = 0;
+    // In the default program for files of its kind: a file of this computer, by its absolute path as bytes. Whether a
+    // program was asked to; a file that is not there is given to none.
+    virtual bool openFile(const QByteArray& path) = 0;
 };
 
 } // namespace quenby

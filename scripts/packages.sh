@@ -4,6 +4,9 @@
 # thumbnails are kept, and WebP, as which they may come; without it they are kept as PNG and come as the other formats.
 packages_build="g++ cmake ninja-build pkg-config ccache mold
   qt6-base-dev libqt6sql6-sqlite qt6-image-formats-plugins qt6-webengine-dev qtkeychain-qt6-dev libsecret-1-0 libxcb1-dev
+  qt6-multimedia-dev libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
+  gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-plugins-ugly
+  gstreamer1.0-libav gstreamer1.0-x gstreamer1.0-pipewire libxcb-randr0-dev
   libcurl4-openssl-dev libsimdjson-dev libcpp-httplib-dev libssl-dev"
 # What scripts/desktop/ starts, and what drives and photographs it.
 packages_desktop="xvfb xkb-data libgl1-mesa-dri openbox xfce4-panel xfconf tint2 dunst xfce4-notifyd

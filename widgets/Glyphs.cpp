@@ -147,6 +147,17 @@ QPainterPath folderGlyph() {
         lines({QPolygonF({{1.8, 12.8}, {1.8, 3.2}, {6.2, 3.2}, {7.8, 5.2}, {14.2, 5.2}, {14.2, 12.8}, {1.8, 12.8}})}));
 }
 
+QPainterPath soundGlyph() {
+    QPainterPath waves;
+    for (const qreal radius : {3.0, 5.6}) {
+        const QRectF circle(7.6 - radius, 8 - radius, 2 * radius, 2 * radius);
+        waves.arcMoveTo(circle, -42);
+        waves.arcTo(circle, -42, 84);
+    }
+    return strokeOf(lines({QPolygonF({{1.8, 6}, {4, 6}, {7, 3}, {7, 13}, {4, 10}, {1.8, 10}, {1.8, 6}})}))
+        .united(strokeOf(waves));
+}
+
 QPainterPath upGlyph() { return strokeOf(lines({QPolygonF({{3.5, 10}, {8, 5.5}, {12.5, 10}})}), 1.5); }
 
 QPainterPath downGlyph() { return strokeOf(lines({QPolygonF({{3.5, 6}, {8, 10.5}, {12.5, 6}})}), 1.5); }

@@ -33,6 +33,7 @@ void AppDelegate::applicationWillFinishLaunching() {
     platform_.singleInstance->setHandover([this] { return handOver(); });
     connect(platform_.singleInstance.get(), &SingleInstance::endRequested, this, &AppDelegate::quitRequested);
     connect(platform_.sessionEnd.get(), &SessionEnd::endRequested, this, &AppDelegate::quitRequested);
+    captures_.beginWatching();
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
@@ -52,6 +53,7 @@ void AppDelegate::becameSingleInstance(const Handover& handover) {
     loginAccess();
     platform_.statusItemHosts->start();
     statusItem_.createAndSetIconOfStatusBarIsInstant(u"n");
+    captures_.showInterruptedRecordings();
     isLaunched_ = true;
 }
 
@@ -67,23 +69,41 @@ void AppDelegate::application_openFiles(const QList<QByteArray>& paths) {
 }
 
 void AppDelegate::QuitClick() {
-    if (!session_.preventsApplicationTermination()) {
+    if (session_.preventsApplicationTermination()) {
+        bringWorkspaceToFront();
+        session_.callToSignIn(tr("To quit Quenby, finish the sign-in or cancel it first."));
+        return;
+    }
+    if (!captures_.areFilesNeeded()) {
         Q_EMIT quitRequested();
         return;
     }
-    bringWorkspaceToFront();
-    session_.callToSignIn(tr("To quit Quenby, finish the sign-in or cancel it first."));
+    if (quitQuestion_.isPending())
+        return;
+    quitQuestion_ =
+        platform_.alerts->show(windowForAlerts(),
+                               {tr("A capture is not in the Drive yet"),
+                                tr("A screenshot or a recording is still being made or uploaded. Quitting ends that."),
+                                {},
+                                {tr("Quit"), tr("Cancel")}},
+                               this, [this](int button) {
+                                   if (button == 0)
+                                       Q_EMIT quitRequested();
+                               });
 }
 
 void AppDelegate::applicationWillTerminate() {
     pages_.saveAllTabDetailsToDefaults();
-    for (const QString& name : {cacheFolderName::screenshots, cacheFolderName::recordings, cacheFolderName::images})
-        platform_.cacheFolders->remove(name);
+    // What is still on its way into the Drive, or into a movie, would be lost; the next program's work lies there, too.
+    if (!isHandedOver_ && !captures_.areFilesNeeded())
+        captures_.removeFiles();
+    platform_.cacheFolders->remove(cacheFolderName::images);
 }
 
 // What the next program is given is not finished here as well.
 Handover AppDelegate::handOver() {
     holdUploads();
+    isHandedOver_ = true;
     return handoverFromWork({openFromDocList_, heldUploads_});
 }
 
@@ -220,6 +240,7 @@ void AppDelegate::logOut() {
 // What is known of the account is forgotten; the sign-in itself is the session's.
 void AppDelegate::leaveAccount() {
     shareWindows_.closeAll();
+    captures_.leaveAccount();
     changeFeed_.clear();
     changeNotices_.clear();
     pictures_.clear();
@@ -313,6 +334,12 @@ void AppDelegate::carryOut(MenuCommand command) {
     case MenuCommand::uploadAndShareFile:
         bringWorkspaceToFront();
         return uploads_.SelectAndUploadFileAndShare(&window_);
+    case MenuCommand::captureAndUploadScreenshot:
+        return captures_.captureAndUploadFile();
+    case MenuCommand::uploadClipboard:
+        return captures_.fetchLastFromClipBoard();
+    case MenuCommand::recordScreen:
+        return captures_.screenCastAction();
     case MenuCommand::signIn:
         bringWorkspaceToFront();
         return session_.makeLoginInGoogle(&window_);
@@ -366,6 +393,21 @@ void AppDelegate::shareThisFile(const QString& identifier, const QString& name) 
 }
 
 void AppDelegate::bringWorkspaceToFront() { window_.bringToFront(); }
+
+bool AppDelegate::minimizeAllWindows() {
+    const bool wasPopoverVisible = popover_.isVisible();
+    popover_.close();
+    statusItem_.redisplay();
+    const bool wasWorkspaceVisible = window_.isVisible() && !window_.isMinimized();
+    if (wasWorkspaceVisible)
+        window_.showMinimized();
+    const bool wereShareWindows = !shareWindows_.shareFileList().empty();
+    shareWindows_.closeAll();
+    return wasPopoverVisible || wasWorkspaceVisible || wereShareWindows;
+}
+
+// An alert of a window that is not there would not be there either.
+QWidget* AppDelegate::windowForAlerts() { return window_.isVisible() && !window_.isMinimized() ? &window_ : nullptr; }
 
 void AppDelegate::showAlert(const QString& text) { tell(text, tr("info")); }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "app/agent/AccountInputs.h"
+#include "app/agent/Captures.h"
 #include "app/agent/ChangesPopover.h"
 #include "app/agent/HeldUploads.h"
 #include "app/agent/UploadListing.h"
@@ -57,7 +58,8 @@ public:
     bool applicationShouldHandleReopen();
     // Files that were handed to the program; they wait for a sign-in when there is none.
     void application_openFiles(const QList<QByteArray>& paths);
-    // The command. Not underneath the sign-in dialog, which is shown instead; reasons from outside do not ask.
+    // The command. Not underneath the sign-in dialog, which is shown instead; and it asks first when a capture would be
+    // lost. Reasons from outside do not ask.
     void QuitClick();
     void applicationWillTerminate();
 
@@ -86,6 +88,7 @@ private:
     void connectWindow();
     void connectToolBar();
     void connectPages();
+    void connectCaptures();
     void countTransfers();
 
     void becameSingleInstance(const Handover& handover);
@@ -107,6 +110,8 @@ private:
 
     void carryOut(MenuCommand command);
     void bringWorkspaceToFront();
+    bool minimizeAllWindows();
+    QWidget* windowForAlerts();
     void openPages();
     void openPage(const PageOpenRecord& page);
     void openOutside(const QUrl& url);
@@ -126,6 +131,7 @@ private:
     UploadListing uploadListing_;
     ShareWindows shareWindows_;
     WorkspacePages pages_;
+    Captures captures_;
     ChangeFeed changeFeed_;
     ChangeNotices changeNotices_;
     FetchedPictures pictures_;
@@ -140,13 +146,15 @@ private:
     QString accountTrouble_; // why there is nothing to tell of the account
     bool isLaunched_ = false;
     bool isLoginChecked_ = false;
+    bool isHandedOver_ = false;
     QStringList earlyTroubles_;    // of the settings, before that
     bool isSignInRefused_ = false; // the one in the keyring
     std::unique_ptr<Timer> keyringPatience_;
     bool isGaugeAwaited_ = true; // before the first page
     std::unique_ptr<Timer> gaugePatience_;
-    CompletionTicket launchAlert_; // these three while they wait for an answer
+    CompletionTicket launchAlert_; // these four while they wait for an answer
     CompletionTicket signOutQuestion_;
+    CompletionTicket quitQuestion_;
     CompletionTicket otherAccountQuestion_;
 };
 

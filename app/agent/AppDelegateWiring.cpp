@@ -36,6 +36,9 @@ AppDelegate::AppDelegate(const Surroundings& surroundings)
     , uploadListing_(uploads_.queue(), uploadRows_)
     , shareWindows_(*platform_.webViews, surroundings.drive.timeSource())
     , pages_(window_, platform_, surroundings.drive.endpoints(), surroundings.drive.timeSource())
+    , captures_(
+          platform_, uploads_, surroundings.drive.timeSource(), [this] { return minimizeAllWindows(); },
+          [this] { return windowForAlerts(); })
     , changeFeed_(
           surroundings.drive.driveService(), *platform_.defaults, [this] { return session_.strSHARE(); },
           surroundings.drive.timeSource())
@@ -53,6 +56,7 @@ AppDelegate::AppDelegate(const Surroundings& surroundings)
     connectStatusItem();
     connectWindow();
     connectPages();
+    connectCaptures();
 }
 
 // The place where the status item stands still looks at it.
@@ -196,6 +200,12 @@ void AppDelegate::connectPages() {
     connect(&details_, &AccountDetails::changed, this, [this] { pages_.setRootFolderId(details_.RootFolderId()); });
     connect(&uploadRows_, &UploadRows::countChanged, this, &AppDelegate::countTransfers);
     connect(&pages_.downloads(), &Downloads::countChanged, this, &AppDelegate::countTransfers);
+}
+
+void AppDelegate::connectCaptures() {
+    for (const MenuCommand command :
+         {MenuCommand::captureAndUploadScreenshot, MenuCommand::uploadClipboard, MenuCommand::recordScreen})
+        menus_.enable(command, true);
 }
 
 void AppDelegate::countTransfers() {

@@ -7,6 +7,7 @@ namespace quenby::cacheFolderName {
 
 inline const QString screenshots = QStringLiteral("ScreenShotCaches");
 inline const QString recordings = QStringLiteral("ScreenCastCache");
+inline const QString copiedPictures = QStringLiteral("Copied");
 inline const QString images = QStringLiteral("imageCache"); // also emptied at the start
 
 } // namespace quenby::cacheFolderName

@@ -8,6 +8,8 @@
 
 #include <QLoggingCategory>
 
+#include <algorithm>
+
 #include <unistd.h>
 
 namespace quenby {
@@ -25,6 +27,7 @@ UploadPipeline::UploadPipeline(const UploadServices& services, WindowProvider wi
     : QObject(parent)
     , defaults_(services.defaults)
     , filePanels_(services.filePanels)
+    , timeSource_(services.timeSource)
     , queue_(services.driveService, services.timeSource, limits)
     , folders_(services.driveService, services.timeSource, limits.patience)
     , notices_(services.notifications, services.pasteboard, services.opener, services.timeSource)
@@ -62,6 +65,14 @@ void UploadPipeline::uploadInGoogleDriveIn(const QString& folderName, const QByt
     add({path, folderName, folderName});
 }
 
+void UploadPipeline::uploadInGoogleDriveIn(const QString& folderName, const QList<QByteArray>& paths) {
+    QList<int> numbers;
+    for (const QByteArray& path : paths)
+        numbers.append(await({path, folderName, folderName}));
+    folders_.find(folderName, this,
+                  [this, numbers](const Result<QString>& identifier) { folderOfManyFound(numbers, identifier); });
+}
+
 void UploadPipeline::uploadUsingThisQuery(const std::shared_ptr<GTLQueryDrive>& query, const QByteArray& path,
                                           bool needToShare, const QString& typeUpload, bool removeSource) {
     add({path, typeUpload, {}, needToShare, removeSource, query});
@@ -70,10 +81,14 @@ void UploadPipeline::uploadUsingThisQuery(const std::shared_ptr<GTLQueryDrive>& 
 void UploadPipeline::add(const UploadRequest& request) {
     if (request.folderName.isEmpty())
         return queue_.add(request);
-    const int number = ++lastNumber_;
-    awaitingFolder_.emplace(number, request);
+    const int number = await(request);
     folders_.find(request.folderName, this,
                   [this, number](const Result<QString>& identifier) { folderFound(number, identifier); });
+}
+
+int UploadPipeline::await(const UploadRequest& request) {
+    awaitingFolder_.emplace(++lastNumber_, request);
+    return lastNumber_;
 }
 
 void UploadPipeline::folderFound(int number, const Result<QString>& identifier) {
@@ -87,6 +102,29 @@ void UploadPipeline::folderFound(int number, const Result<QString>& identifier) 
     }
     request.mapped().parentId = *identifier;
     queue_.add(request.mapped());
+}
+
+void UploadPipeline::folderOfManyFound(const QList<int>& numbers, const Result<QString>& identifier) {
+    QList<int> left; // of those that were not cancelled on the way
+    QList<QByteArray> paths;
+    for (const int number : numbers) {
+        if (const auto request = awaitingFolder_.find(number); request != awaitingFolder_.end()) {
+            left.append(number);
+            paths.append(request->second.path);
+        }
+    }
+    lookAtFiles(timeSource_, paths, this, [this, left, identifier](const QList<FileKind>& kinds) {
+        leaveOutMissing(left, kinds);
+        for (const int number : left)
+            folderFound(number, identifier);
+    });
+}
+
+void UploadPipeline::leaveOutMissing(const QList<int>& numbers, const QList<FileKind>& kinds) {
+    for (qsizetype i = 0; i < numbers.size(); ++i) {
+        if (kinds.at(i) == FileKind::missing)
+            awaitingFolder_.erase(numbers.at(i));
+    }
 }
 
 void UploadPipeline::started(const UploadRequest& request) {
@@ -131,6 +169,16 @@ QList<QByteArray> UploadPipeline::remaining() const {
     for (const auto& [number, request] : awaitingFolder_)
         lines.append(lineFromRequest(request));
     return lines;
+}
+
+bool UploadPipeline::isAnyIn(const QByteArray& folder) const {
+    const auto isIn = [below = QByteArray(folder + '/')](const UploadRequest& request) {
+        return request.path.startsWith(below);
+    };
+    const QList<UploadRequest> queued = queue_.remaining();
+    return std::any_of(queued.begin(), queued.end(), isIn) ||
+           std::any_of(awaitingFolder_.begin(), awaitingFolder_.end(),
+                       [&isIn](const auto& awaiting) { return isIn(awaiting.second); });
 }
 
 void UploadPipeline::resume(const QList<QByteArray>& lines) {

@@ -10,6 +10,7 @@
 #include "app/uploads/ProgressSlot.h"
 #include "app/uploads/SuccessNotices.h"
 #include "app/uploads/UploadQueue.h"
+#include "app/uploads/transfer/FileKinds.h"
 
 #include <QList>
 #include <QObject>
@@ -55,6 +56,8 @@ public:
     // Into the folder of this name at the top of the Drive, which is made when there is none. When the folder can be
     // neither found nor made, this ends silently: only the log tells.
     void uploadInGoogleDriveIn(const QString& folderName, const QByteArray& path);
+    // The same for many, by one search. Those that are gone when the folder has been found are left out silently.
+    void uploadInGoogleDriveIn(const QString& folderName, const QList<QByteArray>& paths);
     // The query is an insert such as insertQueryForPath() makes (transfer/InsertQuery.h); whatever its media is, the
     // file at the path is sent, opened when its turn has come.
     void uploadUsingThisQuery(const std::shared_ptr<GTLQueryDrive>& query, const QByteArray& path, bool needToShare,
@@ -73,6 +76,8 @@ public:
     const UploadQueue& queue() const { return queue_; }
     // What is not done yet, as lines of text without secrets, for resume() of another instance of the program.
     QList<QByteArray> remaining() const;
+    // Whether a file in the folder (an absolute path) is among them.
+    bool isAnyIn(const QByteArray& folder) const;
     // Lines that are none of those are left out.
     void resume(const QList<QByteArray>& lines);
     // At sign-out and termination: everything that waits or runs is forgotten, and no source is removed.
@@ -101,7 +106,10 @@ Q_SIGNALS:
 private:
     void selectAndUpload(QWidget* window, const QString& title, bool needToShare);
     void add(const UploadRequest& request);
+    int await(const UploadRequest& request);
     void folderFound(int number, const Result<QString>& identifier);
+    void folderOfManyFound(const QList<int>& numbers, const Result<QString>& identifier);
+    void leaveOutMissing(const QList<int>& numbers, const QList<FileKind>& kinds);
     void started(const UploadRequest& request);
     void progressed(const UploadRequest& request, qint64 sent, qint64 total);
     void finished(const UploadRequest& request, const Result<UploadRun::Outcome>& outcome);
@@ -109,6 +117,7 @@ private:
 
     Defaults& defaults_;
     FilePanels& filePanels_;
+    const std::shared_ptr<TimeSource> timeSource_;
     UploadQueue queue_;
     DestinationFolders folders_;
     SuccessNotices notices_;

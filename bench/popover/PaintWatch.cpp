@@ -42,7 +42,7 @@ void PaintWatch::waitUntil(const char* awaited, std::function<bool()> condition)
         return;
     QEventLoop loop;
     QTimer::singleShot(patience, &loop, [awaited] {
-        std::fprintf(stderr, "bench_popover: %s did not come\n", awaited);
+        std::fprintf(stderr, "%s did not come\n", awaited);
         std::exit(1);
     });
     awaiting_ = &loop;

@@ -18,7 +18,7 @@ constexpr uint8_t middleButton = 2;
 xcb_connection_t* connectionToServer() {
     const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
     if (x11 == nullptr)
-        qFatal("bench_popover needs an X11 display");
+        qFatal("this needs an X11 display");
     return x11->connection();
 }
 

@@ -8,6 +8,11 @@
 #include "platform/linux/desktop/DesktopOpener.h"
 #include "platform/linux/desktop/DialogFilePanels.h"
 #include "platform/linux/desktop/MessageBoxAlerts.h"
+#include "platform/linux/desktop/ScreenDisplays.h"
+#include "platform/linux/media/PluginMedia.h"
+#include "platform/linux/modules/ModuleFile.h"
+#include "platform/linux/screencapture/ProcessScreenCaptureTool.h"
+#include "platform/linux/screenshots/FolderScreenshotQuery.h"
 #include "platform/linux/session/BusSingleInstance.h"
 #include "platform/linux/session/IniDefaults.h"
 #include "platform/linux/session/PosixSessionEnd.h"
@@ -15,6 +20,8 @@
 #include "platform/linux/session/UserFolders.h"
 #include "platform/linux/session/XdgCacheFolders.h"
 #include "platform/linux/web/PluginWebViews.h"
+
+#include <QPointer>
 
 namespace quenby {
 namespace {
@@ -39,12 +46,25 @@ PlatformServices makeLinuxPlatform(const LinuxPlatformOptions& options, const st
         StatusItemHostsOptions{.place = options.statusItemPlace,
                                .patience = options.startsWithSession ? trayPatience : std::chrono::milliseconds(0)},
         timeSource);
+    services.makeStopItemHosts = [place = options.statusItemPlace, timeSource,
+                                  items = QPointer<StatusItemHosts>(services.statusItemHosts.get())] {
+        const auto itemsPlace = [items] { return items && items->host() ? items->host()->geometry() : QRect(); };
+        return std::make_unique<AutomaticStatusItemHosts>(
+            StatusItemHostsOptions{.place = place, .patience = std::chrono::milliseconds(0), .neighbour = itemsPlace},
+            timeSource);
+    };
     services.alerts = std::make_unique<MessageBoxAlerts>();
     services.filePanels = std::make_unique<DialogFilePanels>();
     services.fileBrowser = std::make_unique<BusFileBrowser>();
     services.pasteboard = std::make_unique<ClipboardPasteboard>();
     services.opener = std::make_unique<DesktopOpener>();
     services.webViews = std::make_unique<PluginWebViews>(PluginWebViewsPlaces::standard(options.profile));
+    services.displays = std::make_unique<ScreenDisplays>();
+    const auto media = std::make_shared<LoadedMedia>(moduleFolders());
+    services.captureSessions = std::make_unique<PluginCaptureSessions>(media);
+    services.moviePlayers = std::make_unique<PluginMoviePlayers>(media);
+    services.screenCaptureTool = std::make_unique<ProcessScreenCaptureTool>();
+    services.screenshotQuery = std::make_unique<FolderScreenshotQuery>(timeSource, screenshotPlaces());
     services.singleInstance = std::make_unique<BusSingleInstance>(QDBusConnection::sessionBus(), timeSource);
     services.sessionEnd = std::make_unique<PosixSessionEnd>();
     services.appearance = std::make_unique<DarkPreference>();

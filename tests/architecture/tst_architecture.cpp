@@ -17,7 +17,7 @@ const QHash<QString, QStringList>& allowedArrows() {
         {QStringLiteral("driveapi"), list("core http")},
         {QStringLiteral("platform"), list("core")},
         {QStringLiteral("platform/linux"), list("core platform")},
-        {QStringLiteral("recording"), list("core platform")},
+        {QStringLiteral("recording"), list("core platform widgets")},
         {QStringLiteral("widgets"), {}},
         {QStringLiteral("popover"), list("core platform widgets")},
         {QStringLiteral("preferences"), list("core platform widgets")},

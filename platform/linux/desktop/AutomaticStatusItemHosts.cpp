@@ -18,10 +18,12 @@ AutomaticStatusItemHosts::TrayWatches desktopsTrayWatches() {
     return watches;
 }
 
-std::unique_ptr<StatusItemHost> desktopsHost(std::optional<TrayKind> tray) {
-    if (tray)
-        return std::make_unique<TrayHost>(*tray);
-    return std::make_unique<StripHost>();
+AutomaticStatusItemHosts::MakeHost desktopsHosts(const std::function<QRect()>& neighbour) {
+    return [neighbour](std::optional<TrayKind> tray) -> std::unique_ptr<StatusItemHost> {
+        if (tray)
+            return std::make_unique<TrayHost>(*tray);
+        return std::make_unique<StripHost>(neighbour);
+    };
 }
 
 // How long a bus that does not answer may keep the status item from being shown.
@@ -31,7 +33,7 @@ constexpr std::chrono::milliseconds longestWaitForAnswer{1500};
 
 AutomaticStatusItemHosts::AutomaticStatusItemHosts(const StatusItemHostsOptions& options,
                                                    std::shared_ptr<TimeSource> timeSource)
-    : AutomaticStatusItemHosts(options, std::move(timeSource), desktopsTrayWatches, desktopsHost) {}
+    : AutomaticStatusItemHosts(options, std::move(timeSource), desktopsTrayWatches, desktopsHosts(options.neighbour)) {}
 
 AutomaticStatusItemHosts::AutomaticStatusItemHosts(const StatusItemHostsOptions& options,
                                                    std::shared_ptr<TimeSource> timeSource,

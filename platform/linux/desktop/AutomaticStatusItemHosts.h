@@ -18,6 +18,8 @@ struct StatusItemHostsOptions {
     std::optional<StatusItemPlace> place;
     // While the session starts, or a panel starts anew, a tray is given this long to come before the strip is used.
     std::chrono::milliseconds patience{1500};
+    // Where the program's other item is, which a strip keeps clear of.
+    std::function<QRect()> neighbour{};
 };
 
 class AutomaticStatusItemHosts final : public StatusItemHosts {

@@ -1,6 +1,8 @@
 #include "platform/linux/desktop/DesktopOpener.h"
 
 #include <QDesktopServices>
+#include <QFile>
+#include <QFileInfo>
 
 namespace quenby {
 
@@ -8,6 +10,14 @@ bool DesktopOpener::openURL(const QUrl& url) {
     // Addresses come from servers: anything but a web page could start any program.
     const bool isWeb = url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https");
     return isWeb && url.isValid() && !url.host().isEmpty() && QDesktopServices::openUrl(url);
+}
+
+bool DesktopOpener::openFile(const QByteArray& path) {
+    const QFileInfo file(QFile::decodeName(path));
+    if (!file.isAbsolute() || !file.isFile())
+        return false;
+    // The bytes as they are: a name need not be text in any encoding.
+    return QDesktopServices::openUrl(QUrl::fromEncoded("file://" + path.toPercentEncoding("/")));
 }
 
 } // namespace quenby

@@ -1,4 +1,4 @@
-// Opens addresses in the program that the desktop has for them.
+// Opens addresses and files in the programs that the desktop has for them.
 #pragma once
 
 #include "platform/Opener.h"
@@ -8,6 +8,7 @@ namespace quenby {
 class DesktopOpener final : public Opener {
 public:
     bool openURL(const QUrl& url) override;
+    bool openFile(const QByteArray& path) override;
 };
 
 } // namespace quenby

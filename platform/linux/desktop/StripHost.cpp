@@ -4,7 +4,8 @@
 
 namespace quenby {
 
-StripHost::StripHost() = default;
+StripHost::StripHost(StripWindow::Neighbour neighbour)
+    : neighbour_(std::move(neighbour)) {}
 
 StripHost::~StripHost() {
     // A drag that is over the window ends with it, and is still told.
@@ -12,7 +13,7 @@ StripHost::~StripHost() {
 }
 
 void StripHost::show(const StatusItemFace& face, QMenu&) {
-    window_ = std::make_unique<StripWindow>(face);
+    window_ = std::make_unique<StripWindow>(face, neighbour_);
     connect(window_.get(), &StripWindow::clicked, this, &StripHost::clicked);
     connect(window_.get(), &StripWindow::middleClicked, this, &StripHost::middleClicked);
     connect(window_.get(), &StripWindow::menuRequested, this, &StripHost::menuRequested);

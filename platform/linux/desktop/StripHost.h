@@ -13,7 +13,7 @@ class StripHost final : public StatusItemHost {
     Q_OBJECT
 
 public:
-    StripHost();
+    explicit StripHost(StripWindow::Neighbour neighbour = {});
     ~StripHost() override;
 
     StatusItemPlace place() const override { return StatusItemPlace::strip; }
@@ -22,6 +22,7 @@ public:
     QRect geometry() const override;
 
 private:
+    const StripWindow::Neighbour neighbour_;
     std::unique_ptr<StripWindow> window_;
 };
 

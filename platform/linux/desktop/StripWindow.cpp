@@ -17,6 +17,7 @@ constexpr int sideMargin = 6;
 constexpr int edgeMargin = 3;
 // Leaves the buttons of maximised windows free.
 constexpr int distanceFromRight = 160;
+constexpr int gapBetweenStrips = 4;
 
 constexpr int mostCorrections = 5;
 
@@ -38,9 +39,10 @@ void acceptCopy(QDropEvent& event) {
 
 } // namespace
 
-StripWindow::StripWindow(const StatusItemFace& face)
+StripWindow::StripWindow(const StatusItemFace& face, Neighbour neighbour)
     : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus)
-    , face_(face) {
+    , face_(face)
+    , neighbour_(std::move(neighbour)) {
     // Window managers keep a dock above other windows, on every desktop, and out of their lists.
     setAttribute(Qt::WA_X11NetWmWindowTypeDock);
     setAttribute(Qt::WA_ShowWithoutActivating);
@@ -78,7 +80,9 @@ void StripWindow::place() {
         return;
     const QSize size = face_.size() + QSize(2 * sideMargin, 2 * edgeMargin);
     const QRect area = screen->availableGeometry();
-    const int x = qMax(area.left(), area.right() + 1 - distanceFromRight - size.width());
+    const QRect neighbour = neighbour_ ? neighbour_() : QRect();
+    const int end = neighbour.isEmpty() ? area.right() + 1 - distanceFromRight : neighbour.left() - gapBetweenStrips;
+    const int x = qMax(area.left(), end - size.width());
     wanted_ = QRect(QPoint(x, area.top()), size);
     corrections_ = 0;
     setFixedSize(size);

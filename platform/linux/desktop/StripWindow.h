@@ -1,10 +1,13 @@
-// The window of the strip: a face on a bar, at the top edge of the primary screen, near its right end. It takes the
-// pointer and files, never the keyboard. It paints only when it is told to, or uncovered.
+// The window of the strip: a face on a bar, at the top edge of the primary screen, near its right end, or to the left
+// of another strip. It takes the pointer and files, never the keyboard. It paints only when it is told to, or
+// uncovered.
 #pragma once
 
 #include "platform/StatusItemHost.h"
 
 #include <QWidget>
+
+#include <functional>
 
 namespace quenby {
 
@@ -12,7 +15,10 @@ class StripWindow final : public QWidget {
     Q_OBJECT
 
 public:
-    explicit StripWindow(const StatusItemFace& face);
+    // Where the other strip is; it may answer with an empty place when there is none.
+    using Neighbour = std::function<QRect()>;
+
+    explicit StripWindow(const StatusItemFace& face, Neighbour neighbour = {});
     ~StripWindow() override;
 
     // Takes the face's size and texts, and paints it again.
@@ -43,6 +49,7 @@ private:
     void endDrag();
 
     const StatusItemFace& face_;
+    const Neighbour neighbour_;
     QRect wanted_;
     int corrections_ = 0; // since the place was last chosen
     bool isDraggedOver_ = false;

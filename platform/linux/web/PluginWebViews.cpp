@@ -1,8 +1,8 @@
 #include "platform/linux/web/PluginWebViews.h"
 
+#include "platform/linux/modules/ModuleFile.h"
+
 #include <QCoreApplication>
-#include <QDir>
-#include <QFileInfo>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
@@ -17,7 +17,7 @@ QT_END_NAMESPACE
 namespace quenby {
 namespace {
 
-constexpr auto moduleFileName = "quenby-webengine.so";
+const QString moduleName = QStringLiteral("quenby-webengine");
 
 QString notLoaded(const QString& detail) {
     return QStringLiteral("Web pages cannot be shown, because the web engine could not be loaded. Install it (on "
@@ -61,17 +61,6 @@ void provideShareContext() {
     });
 }
 
-QString findModule(const QStringList& folders) {
-    for (const QString& folder : folders) {
-        for (const QString& prefix : {QString(), QStringLiteral("lib")}) {
-            const QString path = folder + QLatin1Char('/') + prefix + QLatin1String(moduleFileName);
-            if (QFileInfo::exists(path))
-                return path;
-        }
-    }
-    return {};
-}
-
 } // namespace
 
 PluginWebViewsPlaces PluginWebViewsPlaces::standard(const QString& profile) {
@@ -79,10 +68,8 @@ PluginWebViewsPlaces PluginWebViewsPlaces::standard(const QString& profile) {
         return QString(QStandardPaths::writableLocation(location) + QLatin1Char('/') + profile +
                        QStringLiteral("/web"));
     };
-    return {below(QStandardPaths::GenericDataLocation),
-            below(QStandardPaths::GenericCacheLocation),
-            {QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../lib/quenby")),
-             QStringLiteral(QUENBY_MODULE_FOLDER)}};
+    return {below(QStandardPaths::GenericDataLocation), below(QStandardPaths::GenericCacheLocation),
+            quenby::moduleFolders()};
 }
 
 PluginWebViews::PluginWebViews(const PluginWebViewsPlaces& places)
@@ -125,10 +112,10 @@ bool PluginWebViews::load() {
         unavailableBecause_ = sentence;
         return false;
     };
-    const QString path = findModule(moduleFolders_);
+    const QString path = moduleFile(moduleFolders_, moduleName);
     if (path.isEmpty())
-        return fail(notLoaded(QStringLiteral("there is no %1 in %2")
-                                  .arg(QLatin1String(moduleFileName), moduleFolders_.join(QStringLiteral(" or ")))));
+        return fail(notLoaded(
+            QStringLiteral("there is no %1.so in %2").arg(moduleName, moduleFolders_.join(QStringLiteral(" or ")))));
     provideShareContext();
     QPluginLoader loader(path);
     auto* module = qobject_cast<WebEngineModule*>(loader.instance());

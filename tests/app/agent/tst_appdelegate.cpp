@@ -8,13 +8,18 @@
 #include "tests/oauth2/FakeReachability.h"
 #include "tests/platform/fakes/FakeAlerts.h"
 #include "tests/platform/fakes/FakeCacheFolders.h"
+#include "tests/platform/fakes/FakeCaptureSession.h"
 #include "tests/platform/fakes/FakeDefaults.h"
+#include "tests/platform/fakes/FakeDisplays.h"
 #include "tests/platform/fakes/FakeFileBrowser.h"
 #include "tests/platform/fakes/FakeFilePanels.h"
 #include "tests/platform/fakes/FakeKeyring.h"
+#include "tests/platform/fakes/FakeMoviePlayer.h"
 #include "tests/platform/fakes/FakeNotifications.h"
 #include "tests/platform/fakes/FakeOpener.h"
 #include "tests/platform/fakes/FakePasteboard.h"
+#include "tests/platform/fakes/FakeScreenCaptureTool.h"
+#include "tests/platform/fakes/FakeScreenshotQuery.h"
 #include "tests/platform/fakes/FakeSessionEnd.h"
 #include "tests/platform/fakes/FakeSingleInstance.h"
 #include "tests/platform/fakes/FakeStatusItemHost.h"
@@ -69,6 +74,12 @@ private Q_SLOTS:
         place(platform_->fileBrowser, std::make_unique<FakeFileBrowser>());
         place(platform_->pasteboard, std::make_unique<FakePasteboard>());
         place(platform_->opener, std::make_unique<FakeOpener>());
+        place(platform_->displays, std::make_unique<FakeDisplays>());
+        place(platform_->captureSessions, std::make_unique<FakeCaptureSessions>());
+        place(platform_->moviePlayers, std::make_unique<FakeMoviePlayers>());
+        captureTool_ = place(platform_->screenCaptureTool, std::make_unique<FakeScreenCaptureTool>());
+        place(platform_->screenshotQuery, std::make_unique<FakeScreenshotQuery>());
+        platform_->makeStopItemHosts = [] { return std::make_unique<FakeStatusItemHosts>(); };
         webViews_ = place(platform_->webViews, std::make_unique<FakeWebViews>());
         instance_ = place(platform_->singleInstance, std::make_unique<FakeSingleInstance>());
         sessionEnd_ = place(platform_->sessionEnd, std::make_unique<FakeSessionEnd>());
@@ -451,6 +462,7 @@ private:
     FakeWebViews* webViews_ = nullptr;
     FakeSingleInstance* instance_ = nullptr;
     FakeSessionEnd* sessionEnd_ = nullptr;
+    FakeScreenCaptureTool* captureTool_ = nullptr;
     std::unique_ptr<AppDelegate> delegate_;
     int revivals_ = 0;
 };

@@ -209,6 +209,33 @@ private Q_SLOTS:
         QCOMPARE(alerts_->shown().size(), 0);
     }
 
+    void manyIntoOneFolder() {
+        QStringList made;
+        connect(pipeline_.get(), &UploadPipeline::RootFolderIdChanged, this,
+                [&made](const QString& identifier) { made.append(identifier); });
+        const QByteArray gone = makeFile("copied gone", "gone");
+        QList<QByteArray> paths{makeFile("copied 1", "1"), gone, makeFile("copied 2", "2"),
+                                makeSource(QStringLiteral("fifo"))};
+        pipeline_->uploadInGoogleDriveIn(QStringLiteral("Clip board"), paths);
+        QCOMPARE(pipeline_->remaining().size(), 4); // what another instance would be given
+        QCOMPARE(::unlink(gone), 0);                // before the folder is there
+        QTRY_VERIFY_WITH_TIMEOUT(pipeline_->remaining().isEmpty(), patiently);
+
+        QCOMPARE(uploaded_.size(), 2);
+        QCOMPARE(made.size(), 1);
+        for (const QString& identifier : uploaded_)
+            QCOMPARE(fileOf(identifier)->parents()->at(0)->identifier(), made.first());
+        QCOMPARE(alerts_->shown().size(), 1); // of the pipe alone
+        QCOMPARE(alerts_->shown().first().alert.informativeText, QStringLiteral("Clip board Upload Failed"));
+
+        pipeline_->uploadInGoogleDriveIn(QStringLiteral("Clip board"), paths);
+        pipeline_->cancelEverything();
+        QVERIFY(pipeline_->remaining().isEmpty());
+        pipeline_->uploadInGoogleDriveIn(QStringLiteral("Clip board"), QList{paths.first()});
+        QTRY_COMPARE_WITH_TIMEOUT(uploaded_.size(), 3, patiently);
+        QCOMPARE(alerts_->shown().size(), 1);
+    }
+
     void folderThatCannotBeFoundEndsSilently() {
         QVERIFY(bench_.drive().orderFaults(
             R"([{"match": {"rpcMethod": "drive.children.list"}, "action": {"status": 403}}])"));

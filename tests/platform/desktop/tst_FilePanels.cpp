@@ -17,6 +17,8 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+#include <algorithm>
+
 using namespace quenby;
 using namespace quenby::testing;
 
@@ -35,6 +37,7 @@ void type(const QString& text) {
 void makeFile(const QString& path) {
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("Some text.\n");
 }
 
 // For the desktop's own opener, where there is one: it asks who is the browser before it looks at the environment.
@@ -47,10 +50,12 @@ void makeDefaultBrowser(const QString& program) {
         file.write(content);
     };
     write(QStandardPaths::GenericDataLocation, QStringLiteral("applications/quenby-test-browser.desktop"),
-          "[Desktop Entry]\nType=Application\nName=Browser\nMimeType=x-scheme-handler/https;\nExec=" +
+          "[Desktop Entry]\nType=Application\nName=Browser\nMimeType=x-scheme-handler/https;text/plain;\n"
+          "Exec=" +
               program.toUtf8() + " %u\n");
     write(QStandardPaths::GenericConfigLocation, QStringLiteral("mimeapps.list"),
-          "[Default Applications]\nx-scheme-handler/https=quenby-test-browser.desktop\n");
+          "[Default Applications]\nx-scheme-handler/https=quenby-test-browser.desktop\n"
+          "text/plain=quenby-test-browser.desktop\n");
 }
 
 } // namespace
@@ -162,7 +167,7 @@ private Q_SLOTS:
 
     void theFakesOfOpenerAndPasteboardKeepTheirContracts() {
         FakeOpener opener;
-        openerKeepsItsContract(opener);
+        openerKeepsItsContract(opener, files_.first());
         FakePasteboard pasteboard;
         pasteboardKeepsItsContract(pasteboard);
     }
@@ -180,12 +185,18 @@ private Q_SLOTS:
         makeDefaultBrowser(browser);
 
         DesktopOpener opener;
-        openerKeepsItsContract(opener);
-        const auto isOpened = [&opened] {
+        openerKeepsItsContract(opener, files_.first());
+        const auto lines = [&opened] {
             QFile file(opened);
-            return file.open(QIODevice::ReadOnly) && file.readAll() == "https://drive.example/file?id=1&x=%20#a\n";
+            QList<QByteArray> read = file.open(QIODevice::ReadOnly) ? file.readAll().split('\n') : QList<QByteArray>();
+            for (QByteArray& line : read)
+                line = line.startsWith("file://") ? QByteArray::fromPercentEncoding(line.mid(7)) : line;
+            read.removeAll({});
+            std::sort(read.begin(), read.end());
+            return read;
         };
-        QTRY_VERIFY_WITH_TIMEOUT(isOpened(), patience);
+        const QList<QByteArray> expected{files_.first(), "https://drive.example/file?id=1&x=%20#a"};
+        QTRY_COMPARE_WITH_TIMEOUT(lines(), expected, patience);
 
         ClipboardPasteboard pasteboard;
         pasteboardKeepsItsContract(pasteboard);

@@ -3,6 +3,8 @@
 
 #include "platform/Opener.h"
 
+#include <QFile>
+#include <QFileInfo>
 #include <QList>
 
 namespace quenby::testing {
@@ -17,12 +19,22 @@ public:
         return true;
     }
 
+    bool openFile(const QByteArray& path) override {
+        const QFileInfo file(QFile::decodeName(path));
+        if (!file.isAbsolute() || !file.isFile() || !hasProgram_)
+            return false;
+        openedFiles_.append(path);
+        return true;
+    }
+
     const QList<QUrl>& opened() const { return opened_; }
-    // Whether there is a program for addresses.
+    const QList<QByteArray>& openedFiles() const { return openedFiles_; }
+    // Whether there is a program for addresses and files.
     void setHasProgram(bool hasProgram) { hasProgram_ = hasProgram; }
 
 private:
     QList<QUrl> opened_;
+    QList<QByteArray> openedFiles_;
     bool hasProgram_ = true;
 };
 

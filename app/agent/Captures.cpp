@@ -1,0 +1,78 @@
+#include "app/agent/Captures.h"
+
+#include "app/agent/CacheFolderNames.h"
+#include "app/uploads/UploadPipeline.h"
+#include "platform/PlatformServices.h"
+
+#include <QFile>
+
+#include <algorithm>
+
+namespace quenby {
+namespace {
+
+// In the order in which they are removed. Pictures that were copied are never uploaded, and so never needed.
+const QStringList& foldersOfUploads() {
+    static const QStringList folders{cacheFolderName::screenshots, cacheFolderName::recordings};
+    return folders;
+}
+
+} // namespace
+
+Captures::Captures(PlatformServices& platform, UploadPipeline& uploads, const std::shared_ptr<TimeSource>& timeSource,
+                   MinimizeWindows minimizeOtherWindows, WindowProvider window)
+    : platform_(platform)
+    , uploads_(uploads)
+    , minimizeOtherWindows_(std::move(minimizeOtherWindows))
+    , recordings_({*platform.captureSessions, *platform.moviePlayers, *platform.displays, *platform.cacheFolders,
+                   *platform.alerts, *platform.filePanels, *platform.fileBrowser, *platform.opener,
+                   platform.makeStopItemHosts, timeSource, [this] { return minimizeAllWindows(); }})
+    , screenshots_({*platform.screenCaptureTool, *platform.alerts, *platform.cacheFolders, timeSource}, window)
+    , clipboard_({*platform.pasteboard, *platform.alerts, *platform.cacheFolders, timeSource}, window)
+    , timeSource_(timeSource) {
+    connect(&recordings_, &RecordingFlow::uploadRequested, this,
+            [this](const QByteArray& path) { uploadInto(QStringLiteral("Screen Cast"), path); });
+    connect(&screenshots_, &ScreenshotCapture::minimizeAllWindowsRequested, this, &Captures::minimizeAllWindows);
+    connect(&screenshots_, &ScreenshotCapture::uploadRequested, this, &Captures::uploadInto);
+    connect(&clipboard_, &ClipboardUpload::uploadRequested, &uploads_,
+            qOverload<const QString&, const QList<QByteArray>&>(&UploadPipeline::uploadInGoogleDriveIn));
+}
+
+Captures::~Captures() = default;
+
+void Captures::beginWatching() {
+    share_ = std::make_unique<ScreenshotShare>(*platform_.screenshotQuery, *platform_.defaults, timeSource_->now());
+    connect(share_.get(), &ScreenshotShare::uploadRequested, this,
+            [this](const QByteArray& path) { uploadInto(QStringLiteral("Screen Shot"), path); });
+    platform_.screenshotQuery->start();
+}
+
+void Captures::showInterruptedRecordings() { recordings_.showInterruptedRecordings(); }
+
+void Captures::leaveAccount() { clipboard_.cancel(); }
+
+void Captures::uploadInto(const QString& folderName, const QByteArray& path) {
+    uploads_.uploadInGoogleDriveIn(folderName, path);
+}
+
+bool Captures::minimizeAllWindows() {
+    const bool wasReviewVisible = recordings_.minimizeReviewWindow();
+    return minimizeOtherWindows_() || wasReviewVisible;
+}
+
+bool Captures::areFilesNeeded() const {
+    if (recordings_.isRecording())
+        return true;
+    const QStringList& folders = foldersOfUploads();
+    return std::any_of(folders.begin(), folders.end(), [this](const QString& folder) {
+        return uploads_.isAnyIn(QFile::encodeName(platform_.cacheFolders->path(folder)));
+    });
+}
+
+void Captures::removeFiles() {
+    for (const QString& folder : foldersOfUploads())
+        platform_.cacheFolders->remove(folder);
+    platform_.cacheFolders->remove(cacheFolderName::copiedPictures);
+}
+
+} // namespace quenby

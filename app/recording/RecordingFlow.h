@@ -1,0 +1,90 @@
+// Screen recording in the program: the command, the stop item in the status bar, and the review window at the end.
+//
+// Threads: the main thread. What it is given outlives it. At most one recording and one review window at a time.
+#pragma once
+
+#include "app/recording/StopItem.h"
+#include "core/TimeSource.h"
+#include "recording/RecordingState.h"
+#include "recording/session/ScreenRecording.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+
+namespace quenby {
+
+class Alerts;
+class FileBrowser;
+class FilePanels;
+class MoviePlayers;
+class Opener;
+class ShareVideoController;
+
+class RecordingFlow : public QObject {
+    Q_OBJECT
+
+public:
+    struct Surroundings {
+        CaptureSessions& captureSessions;
+        MoviePlayers& moviePlayers;
+        Displays& displays;
+        CacheFolders& cacheFolders;
+        Alerts& alerts;
+        FilePanels& filePanels;
+        FileBrowser& fileBrowser;
+        Opener& opener;
+        StopItem::MakeHosts makeStopItemHosts;
+        std::shared_ptr<TimeSource> timeSource;
+        // Of all windows of the program; whether one was visible.
+        std::function<bool()> minimizeAllWindows;
+    };
+
+    explicit RecordingFlow(const Surroundings& surroundings);
+    ~RecordingFlow() override;
+
+    // The command: shows the overlay, on which the user chooses what to record.
+    void startRecordingSelf();
+    // The stop item: ends the recording, and shows the movie.
+    void stopRecordingSelf();
+    // The selection was abandoned: nothing was ever recorded.
+    void stopMannually();
+    // Shows a movie in the review window.
+    void openShareVideoController(const QByteArray& path);
+
+    const RecordingState& state() const { return state_; }
+    // From the start of a recording until its movie is in the review window.
+    bool isRecording() const { return isMovieAwaited_; }
+    // Only when it is visible; whether it was.
+    bool minimizeReviewWindow();
+    // Movies that a run of the program which did not end well has left: the newest of them is shown.
+    void showInterruptedRecordings();
+
+Q_SIGNALS:
+    // The movie, to be uploaded into the folder of the recordings.
+    void uploadRequested(const QByteArray& path);
+
+protected:
+    // The keys of the whole program while something is selected.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void connectRecording();
+    void becomeIdle();
+    void sessionNotMade(const Error& error);
+    void selectionTooSmall();
+    void recordingFinished(const QByteArray& path, const QString& note);
+    void recordingFailed(const QString& message, const QString& information);
+    void releaseRecording();
+
+    const Surroundings surroundings_;
+    RecordingState state_;
+    std::unique_ptr<ScreenRecording> ScreenRecordingObj_;
+    std::unique_ptr<ShareVideoController> shareVideoControllerObj_;
+    StopItem myStatusItemRemove_;
+    std::unique_ptr<Timer> soon_; // the stop, or the review window
+    bool isMovieAwaited_ = false;
+};
+
+} // namespace quenby

@@ -1,0 +1,15 @@
+// A movie as a file, before the framework sees it. Threads: any.
+#pragma once
+
+#include <QByteArray>
+
+namespace quenby {
+
+// Whether the file begins like a QuickTime movie. Only those are opened: the framework would take a playlist that calls
+// itself a movie for one, and fetch what it names from the network.
+bool isQuickTimeMovie(const QByteArray& path);
+
+// The framework knows files by their addresses. The path is absolute; its bytes need not be text in any encoding.
+QByteArray movieAddress(const QByteArray& path);
+
+} // namespace quenby

@@ -1,0 +1,52 @@
+// The screenshots in the folders in which this desktop's tools save them.
+//
+// Threads: the main thread. Folders and files are looked at on other threads, which nobody waits for. Pictures that
+// were there long before the start have the one fact that their name tells: nobody reads ten thousand files for what
+// can be no news. Links, devices and pipes are no pictures, whatever their names are.
+#pragma once
+
+#include "core/TimeSource.h"
+#include "platform/ScreenshotQuery.h"
+#include "platform/linux/screenshots/FolderNotices.h"
+#include "platform/linux/screenshots/FolderWatch.h"
+#include "platform/linux/screenshots/Originals.h"
+
+#include <memory>
+#include <vector>
+
+namespace quenby {
+
+struct ScreenshotPlaces {
+    QList<QByteArray> folders;            // absolute and clean; they may come and go
+    std::function<QSize()> desktopPixels; // nothing on the desktop is wider or higher
+    TellsNoChanges tellsNoChanges;
+};
+
+// This desktop's own; needs the application object.
+ScreenshotPlaces screenshotPlaces();
+
+class FolderScreenshotQuery final : public ScreenshotQuery {
+    Q_OBJECT
+
+public:
+    FolderScreenshotQuery(std::shared_ptr<TimeSource> timeSource, ScreenshotPlaces places, QObject* parent = nullptr);
+    ~FolderScreenshotQuery() override;
+
+    void start() override;
+    QList<ScreenshotItem> results() const override { return results_; }
+
+private:
+    void tellSoon();
+    void tell();
+    QList<ScreenshotItem> gather();
+
+    const std::shared_ptr<TimeSource> timeSource_;
+    const ScreenshotPlaces places_;
+    FolderNotices notices_;
+    std::vector<std::unique_ptr<FolderWatch>> watches_;
+    Originals originals_;
+    QList<ScreenshotItem> results_;
+    std::unique_ptr<Timer> telling_;
+};
+
+} // namespace quenby

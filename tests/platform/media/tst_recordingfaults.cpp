@@ -1,0 +1,378 @@
+// What becomes of a recording when something goes wrong: as a rule there is a movie of what was recorded until then.
+#include "platform/linux/media/engine/capture/GstCaptureSession.h"
+#include "platform/linux/media/engine/capture/MoviePieces.h"
+#include "tests/support/MovieFrames.h"
+#include "tests/support/PatternProcess.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QStorageInfo>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QtEndian>
+
+#include <csignal>
+
+#include <sys/mount.h>
+#include <sys/resource.h>
+
+using namespace quenby;
+using namespace quenby::testing;
+
+namespace {
+
+constexpr int patience = 60'000; // ms; only a hang takes so long
+const QRect desktop(0, 0, 1280, 800);
+
+// A session that records a part of the screen, and what it told.
+class Recording {
+public:
+    explicit Recording(QString path, CaptureOptions options = {}, const QRect& crop = QRect(101, 73, 400, 302))
+        : path_(std::move(path))
+        , session(engine_.createSession(options)) {
+        QObject::connect(session.get(), &CaptureSession::recordingStarted, [this] { ++started; });
+        QObject::connect(session.get(), &CaptureSession::recordingFinished,
+                         [this](const QByteArray& movie, RecordingEnd how) {
+                             ++ended;
+                             named = QFile::decodeName(movie);
+                             end = how;
+                         });
+        QObject::connect(session.get(), &CaptureSession::recordingFailed, [this](const Error& error) {
+            ++ended;
+            reason = error.detail(errorKey::reason).toString();
+        });
+        CaptureInput input;
+        input.display.identifier = 1;
+        input.display.pixels = desktop;
+        input.cropRect = crop;
+        session->setScreenInput(input);
+        session->startRecording(QFile::encodeName(path_));
+    }
+
+    QString hiddenPath() const { return QFile::decodeName(unfinishedMoviePath(QFile::encodeName(path_))); }
+    bool hasStarted() const {
+        return QTest::qWaitFor([this] { return started > 0 || ended > 0; }, patience) && started > 0;
+    }
+    // So many seconds of it can be played, whatever happens.
+    bool hasPieces(int pieces) const;
+    bool hasEnded() const {
+        return QTest::qWaitFor([this] { return ended > 0; }, patience);
+    }
+    bool stop() const {
+        session->stopRecording();
+        return hasEnded();
+    }
+
+private:
+    const QString path_;
+    CaptureEngine engine_;
+
+public:
+    std::unique_ptr<CaptureSession> session;
+    int started = 0;
+    int ended = 0;
+    QString named;
+    RecordingEnd end = RecordingEnd::asked;
+    QString reason;
+};
+
+bool growsByPieces(const QString& path, int pieces) {
+    QList<qint64> lengths;
+    return QTest::qWaitFor(
+        [&] {
+            QFile file(path);
+            if (!file.open(QIODevice::ReadOnly))
+                return false;
+            const qint64 length = playableLength(file.handle());
+            if (length > 0 && !lengths.contains(length))
+                lengths.append(length);
+            return lengths.size() >= pieces;
+        },
+        patience);
+}
+
+bool Recording::hasPieces(int pieces) const { return growsByPieces(hiddenPath(), pieces); }
+
+// The types of a movie's outermost parts.
+QByteArrayList parts(const QString& path) {
+    QFile file(path);
+    QByteArrayList types;
+    while (file.isOpen() ? !file.atEnd() : file.open(QIODevice::ReadOnly)) {
+        const QByteArray header = file.read(16);
+        qint64 length = qFromBigEndian<quint32>(header.constData());
+        if (length == 1)
+            length = qFromBigEndian<qint64>(header.constData() + 8);
+        types.append(header.mid(4, 4));
+        if (length < 8 || !file.seek(file.pos() - header.size() + length))
+            break;
+    }
+    return types;
+}
+
+// An ordinary movie at a constant rate, which any player takes.
+bool isWhole(const QString& path, int leastFrames) {
+    const auto facts = movieFacts(path);
+    if (!facts)
+        return false;
+    qInfo("%d frames, steps of %f to %f s, %s", facts->frameCount(), facts->leastStep(), facts->greatestStep(),
+          parts(path).join(' ').constData());
+    constexpr double step = 1.0 / 30;
+    constexpr double exactly = 0.0001;
+    return facts->frameCount() >= leastFrames && facts->greatestStep() < step + exactly &&
+           facts->leastStep() > step - exactly && parts(path).count("moov") == 1 && !parts(path).contains("moof");
+}
+
+// Until it is destroyed, no file grows beyond so many bytes.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{bytes, before_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() { ::setrlimit(RLIMIT_FSIZE, &before_); }
+
+private:
+    rlimit before_{};
+};
+
+class SmallDisk {
+public:
+    SmallDisk() {
+        isThere_ = ::mount("none", QFile::encodeName(folder_.path()).constData(), "tmpfs", 0, "size=12m") == 0;
+    }
+    ~SmallDisk() {
+        if (isThere_)
+            ::umount(QFile::encodeName(folder_.path()).constData());
+    }
+    bool isThere() const { return isThere_; }
+    QString filePath(const QString& name) const { return folder_.filePath(name); }
+    void fill(qint64 left) const {
+        QFile file(filePath(QStringLiteral("filler")));
+        if (file.open(QIODevice::WriteOnly))
+            file.write(QByteArray(QStorageInfo(folder_.path()).bytesAvailable() - left, 'x'));
+    }
+
+private:
+    QTemporaryDir folder_;
+    bool isThere_ = false;
+};
+
+} // namespace
+
+class tst_recordingfaults : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(pattern_.start(desktop, 30)); }
+    void init() {
+        folder_ = std::make_unique<QTemporaryDir>();
+        path_ = folder_->filePath(QStringLiteral("A recording.mov"));
+    }
+
+    void encoders_data() {
+        QTest::addColumn<QStringList>("encoders");
+        QTest::addColumn<bool>("isStopped");
+        QTest::addColumn<int>("leastFrames"); // 0: there is no movie
+        const QString good = QStringLiteral("x264enc");
+        const QString failsAtOnce = QStringLiteral("identity error-after=6 ! x264enc");
+        const QString failsLater = QStringLiteral("identity error-after=70 ! x264enc");
+        QTest::newRow("the other one") << QStringList{QStringLiteral("openh264enc")} << true << 30;
+        QTest::newRow("first not installed") << QStringList{QStringLiteral("nosuchenc"), good} << true << 30;
+        QTest::newRow("first fails at the start") << QStringList{failsAtOnce, failsAtOnce, good} << true << 30;
+        QTest::newRow("fails in the middle") << QStringList{failsLater, good} << false << 60;
+        QTest::newRow("all fail at the start") << QStringList{failsAtOnce, failsAtOnce} << false << 0;
+        QTest::newRow("none installed") << QStringList{QStringLiteral("nosuchenc")} << false << 0;
+    }
+    void encoders() {
+        QFETCH(QStringList, encoders);
+        QFETCH(bool, isStopped);
+        QFETCH(int, leastFrames);
+        const Recording recording(path_, {.encoders = encoders});
+        if (isStopped) {
+            QVERIFY2(recording.hasStarted() && recording.hasPieces(2), qPrintable(recording.reason));
+            QVERIFY(recording.stop());
+        }
+        QVERIFY(recording.hasEnded());
+        QCOMPARE(recording.ended, 1);
+        if (leastFrames == 0) {
+            QVERIFY(recording.reason.contains(QStringLiteral("gstreamer1.0-plugins-ugly")));
+            QVERIFY(QDir(folder_->path()).isEmpty(QDir::Files | QDir::Hidden));
+            return;
+        }
+        QCOMPARE(recording.reason, QString());
+        QCOMPARE(recording.started, 1);
+        QCOMPARE(recording.named, path_);
+        QCOMPARE(recording.end, isStopped ? RecordingEnd::asked : RecordingEnd::encoderFailed);
+        QVERIFY(isWhole(path_, leastFrames));
+    }
+
+    void diskRefuses() {
+        const FileSizeLimit limit(600'000);
+        const Recording recording(path_, {}, desktop);
+        QVERIFY(recording.hasEnded());
+        QCOMPARE(recording.reason, QString());
+        QCOMPARE(recording.end, RecordingEnd::diskFull);
+        const auto facts = movieFacts(path_);
+        QVERIFY(facts);
+        QVERIFY(facts->frameCount() >= 25);
+    }
+
+    void diskFull_data() {
+        QTest::addColumn<qint64>("least");
+        QTest::addColumn<bool>("isWhole");
+        QTest::newRow("nearly") << qint64(4'000'000) << true;
+        QTest::newRow("to the last byte") << qint64(0) << false;
+    }
+    void diskFull() {
+        QFETCH(qint64, least);
+        const SmallDisk disk;
+        if (!disk.isThere())
+            QSKIP("only root may mount a small disk");
+        const QString path = disk.filePath(QStringLiteral("A recording.mov"));
+        const Recording recording(path, {.encoders = {}, .leastFreeSpace = least}, desktop);
+        QVERIFY2(recording.hasStarted() && recording.hasPieces(2), qPrintable(recording.reason));
+        disk.fill(least > 0 ? least - 1'000'000 : 200'000);
+        QVERIFY(recording.hasEnded());
+        QCOMPARE(recording.reason, QString());
+        QCOMPARE(recording.named, path);
+        QCOMPARE(recording.end, RecordingEnd::diskFull);
+        QFETCH(bool, isWhole);
+        if (isWhole)
+            QVERIFY(::isWhole(path, 50));
+        const auto facts = movieFacts(path);
+        QVERIFY(facts);
+        QVERIFY(facts->frameCount() >= 50);
+
+        const Recording another(disk.filePath(QStringLiteral("Another.mov")));
+        QVERIFY(another.hasEnded());
+        QVERIFY(another.reason.contains(QStringLiteral("too full")));
+    }
+
+    void noFolder() {
+        const Recording recording(folder_->filePath(QStringLiteral("gone/A recording.mov")));
+        QVERIFY(recording.hasEnded());
+        QVERIFY2(recording.reason.contains(folder_->filePath(QStringLiteral("gone"))), qPrintable(recording.reason));
+    }
+
+    void nameTakenMeanwhile() {
+        const Recording recording(path_);
+        QVERIFY(recording.hasStarted());
+        QFile other(path_);
+        QVERIFY(other.open(QIODevice::WriteOnly) && other.write("another's") > 0);
+        other.close();
+        QVERIFY(recording.hasPieces(1) && recording.stop());
+        QCOMPARE(recording.named, folder_->filePath(QStringLiteral("A recording (2).mov")));
+        QVERIFY(isWhole(recording.named, 15));
+        QVERIFY(other.open(QIODevice::ReadOnly));
+        QCOMPARE(other.readAll(), QByteArray("another's"));
+    }
+
+    void smallest() {
+        const Recording recording(path_, {}, QRect(1279, 13, 1, 1));
+        QVERIFY(recording.hasStarted());
+        QVERIFY(recording.hasPieces(1) && recording.stop());
+        const auto facts = movieFacts(path_);
+        QVERIFY(facts);
+        QCOMPARE(facts->size, QSize(2, 2));
+    }
+
+    void stoppedAtOnce() {
+        const Recording recording(path_);
+        QVERIFY(recording.stop());
+        recording.session->stopRecording();
+        recording.session->startRecording(QFile::encodeName(path_));
+        QTest::qWait(0);
+        QCOMPARE(recording.ended, 1);
+        QCOMPARE(recording.started, 0);
+        QVERIFY(QDir(folder_->path()).isEmpty(QDir::Files | QDir::Hidden));
+    }
+
+    // Nobody asks for it any more, and still it is brought to its end.
+    void sessionGone() {
+        {
+            Recording recording(path_);
+            QVERIFY(recording.hasStarted() && recording.hasPieces(1));
+            recording.session.reset();
+            QCOMPARE(recording.ended, 0);
+        }
+        QVERIFY(isWhole(path_, 15));
+    }
+
+    void programKilled() {
+        QProcess program;
+        recordInProgram(program, qEnvironmentVariable("DISPLAY"));
+        const QString hidden = folder_->filePath(QStringLiteral(".A recording.mov.part"));
+        QVERIFY(growsByPieces(hidden, 4));
+        program.kill();
+        QVERIFY(program.waitForFinished(patience));
+        const auto facts = movieFacts(hidden);
+        QVERIFY(facts);
+        QVERIFY2(facts->frameCount() >= 100, qPrintable(QString::number(facts->frameCount())));
+        QVERIFY(!QFile::exists(path_));
+    }
+
+    // As a computer that was asleep or has too much to do: the movie stands still for that time, and does not jump.
+    void programStalls() {
+        QProcess program;
+        recordInProgram(program, qEnvironmentVariable("DISPLAY"));
+        QVERIFY(growsByPieces(folder_->filePath(QStringLiteral(".A recording.mov.part")), 1));
+        const auto id = static_cast<pid_t>(program.processId());
+        ::kill(id, SIGSTOP);
+        QTest::qWait(2000); // what is tested is the length of this
+        ::kill(id, SIGCONT);
+        QVERIFY(growsByPieces(folder_->filePath(QStringLiteral(".A recording.mov.part")), 4));
+        program.write("\n");
+        QVERIFY(program.waitForFinished(patience));
+        QCOMPARE(program.exitCode(), 0);
+        QVERIFY(isWhole(path_, 110));
+    }
+
+    // The X library would end the program for what the server answers then.
+    void screenShrinks() {
+        QProcess server;
+        server.setStandardErrorFile(QProcess::nullDevice());
+        server.start(QStringLiteral("Xvfb"),
+                     {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"), QStringLiteral("0"),
+                      QStringLiteral("1280x800x24"), QStringLiteral("-nolisten"), QStringLiteral("tcp"),
+                      QStringLiteral("-noreset")});
+        QVERIFY(server.waitForReadyRead(patience));
+        const QString display = u':' + QString::fromLatin1(server.readLine().trimmed());
+        QProcess program;
+        recordInProgram(program, display, QRect(701, 433, 579, 367));
+        QVERIFY(growsByPieces(folder_->filePath(QStringLiteral(".A recording.mov.part")), 2));
+        QProcess::execute(QStringLiteral("xrandr"),
+                          {QStringLiteral("-display"), display, QStringLiteral("--output"), QStringLiteral("screen"),
+                           QStringLiteral("--off"), QStringLiteral("--fb"), QStringLiteral("640x480")});
+        QVERIFY(program.waitForFinished(patience));
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+        const QByteArray gone = QByteArray::number(static_cast<int>(RecordingEnd::sourceGone));
+        QCOMPARE(program.readAllStandardOutput().trimmed(), QByteArray("recording\nended: " + gone));
+        QVERIFY(isWhole(path_, 45));
+        server.terminate();
+        QVERIFY(server.waitForFinished(patience));
+    }
+
+private:
+    void recordInProgram(QProcess& program, const QString& display, const QRect& place = desktop) {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("DISPLAY"), display);
+        program.setProcessEnvironment(environment);
+        program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        QStringList arguments{path_};
+        for (const int number : {place.x(), place.y(), place.width(), place.height()})
+            arguments.append(QString::number(number));
+        program.start(QStringLiteral(QUENBY_RECORD_SCREEN), arguments);
+        QVERIFY(program.waitForReadyRead(patience));
+    }
+
+    PatternProcess pattern_;
+    std::unique_ptr<QTemporaryDir> folder_;
+    QString path_;
+};
+
+QTEST_MAIN(tst_recordingfaults)
+#include "tst_recordingfaults.moc"
