@@ -25,6 +25,9 @@ public:
     // proposal is an absolute path; its folder is shown first.
     virtual CompletionTicket saveFile(QWidget* window, const QString& title, const QByteArray& proposal,
                                       QObject* context, Chosen chosen) = 0;
+    // The same for whoever never replaces a file: the user is not asked whether to, and has agreed to nothing.
+    virtual CompletionTicket saveNewFile(QWidget* window, const QString& title, const QByteArray& proposal,
+                                         QObject* context, Chosen chosen) = 0;
 };
 
 } // namespace quenby

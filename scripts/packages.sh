@@ -13,8 +13,11 @@ packages_desktop="xvfb xkb-data libgl1-mesa-dri openbox xfce4-panel xfconf tint2
   dbus libglib2.0-bin gnome-keyring gcr libsecret-tools
   fonts-dejavu-core adwaita-icon-theme hicolor-icon-theme librsvg2-common
   xdotool x11-utils x11-xserver-utils imagemagick"
-packages_test="$packages_build $packages_desktop qt6-websockets-dev clang libclang-rt-dev openssl curl ca-certificates"
-packages_bench="$packages_build $packages_desktop libbenchmark-dev openssl curl python3 valgrind chromium"
+# Whose screenshots are noticed, what reads the movies, and a Wayland desktop with its portals.
+packages_capture="scrot gnome-screenshot flameshot ffmpeg
+  sway xdg-desktop-portal xdg-desktop-portal-wlr pipewire wireplumber qt6-wayland"
+packages_test="$packages_build $packages_desktop $packages_capture qt6-websockets-dev clang libclang-rt-dev openssl curl ca-certificates"
+packages_bench="$packages_build $packages_desktop libbenchmark-dev openssl curl python3 valgrind chromium ffmpeg"
 packages_format="clang-format"
 
 # need_packages LIST: installs what is missing, as root or with sudo; says what to type when it can do neither.

@@ -37,6 +37,8 @@ QPainterPath lines(std::initializer_list<QPolygonF> polygons) {
     return path;
 }
 
+QPolygonF loudspeaker() { return {{1.8, 6}, {4, 6}, {7, 3}, {7, 13}, {4, 10}, {1.8, 10}, {1.8, 6}}; }
+
 } // namespace
 
 QPainterPath gearGlyph() {
@@ -154,8 +156,11 @@ QPainterPath soundGlyph() {
         waves.arcMoveTo(circle, -42);
         waves.arcTo(circle, -42, 84);
     }
-    return strokeOf(lines({QPolygonF({{1.8, 6}, {4, 6}, {7, 3}, {7, 13}, {4, 10}, {1.8, 10}, {1.8, 6}})}))
-        .united(strokeOf(waves));
+    return strokeOf(lines({loudspeaker()})).united(strokeOf(waves));
+}
+
+QPainterPath mutedGlyph() {
+    return strokeOf(lines({loudspeaker(), QPolygonF({{9.6, 5.8}, {14, 10.2}}), QPolygonF({{14, 5.8}, {9.6, 10.2}})}));
 }
 
 QPainterPath upGlyph() { return strokeOf(lines({QPolygonF({{3.5, 10}, {8, 5.5}, {12.5, 10}})}), 1.5); }

@@ -29,6 +29,7 @@ QPainterPath upGlyph();
 QPainterPath downGlyph();
 QPainterPath folderGlyph();
 QPainterPath soundGlyph();
+QPainterPath mutedGlyph();
 // In the text colour of the program's palette as it is when the icon is painted; mirrored in a right-to-left window
 // when it points somewhere.
 QIcon glyphIcon(const QPainterPath& glyph, bool pointsSomewhere = false);

@@ -97,7 +97,8 @@ void AppDelegate::applicationWillTerminate() {
     // What is still on its way into the Drive, or into a movie, would be lost; the next program's work lies there, too.
     if (!isHandedOver_ && !captures_.areFilesNeeded())
         captures_.removeFiles();
-    platform_.cacheFolders->remove(cacheFolderName::images);
+    for (const QString& name : {cacheFolderName::images, cacheFolderName::copiedPictures})
+        platform_.cacheFolders->remove(name);
 }
 
 // What the next program is given is not finished here as well.

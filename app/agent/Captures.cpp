@@ -42,8 +42,11 @@ Captures::~Captures() = default;
 
 void Captures::beginWatching() {
     share_ = std::make_unique<ScreenshotShare>(*platform_.screenshotQuery, *platform_.defaults, timeSource_->now());
-    connect(share_.get(), &ScreenshotShare::uploadRequested, this,
-            [this](const QByteArray& path) { uploadInto(QStringLiteral("Screen Shot"), path); });
+    connect(share_.get(), &ScreenshotShare::uploadRequested, this, [this](const QByteArray& path) {
+        // Some desktops' tools save into their own folder first: that picture is uploaded anyway.
+        if (!screenshots_.isCapturing())
+            uploadInto(QStringLiteral("Screen Shot"), path);
+    });
     platform_.screenshotQuery->start();
 }
 
@@ -72,7 +75,6 @@ bool Captures::areFilesNeeded() const {
 void Captures::removeFiles() {
     for (const QString& folder : foldersOfUploads())
         platform_.cacheFolders->remove(folder);
-    platform_.cacheFolders->remove(cacheFolderName::copiedPictures);
 }
 
 } // namespace quenby

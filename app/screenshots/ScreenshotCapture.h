@@ -36,6 +36,8 @@ public:
 
     // Does nothing while the tool is at work.
     void captureAndUploadFile();
+    // From the command until its picture is on its way, or there is none.
+    bool isCapturing() const { return isCapturing_; }
 
 Q_SIGNALS:
     // They would be in the picture.

@@ -13,7 +13,7 @@ constexpr MenuCommandRow rows[] = {
     {MenuCommand::uploadFile, "&Upload File", disabledWhenSignedOut},
     {MenuCommand::uploadAndShareFile, "Up&load && Share File", disabledWhenSignedOut},
     {MenuCommand::captureAndUploadScreenshot, "C&apture && Upload Screenshot", disabledWhenSignedOut},
-    {MenuCommand::uploadClipboard, "Upload Clip&board", always},
+    {MenuCommand::uploadClipboard, "Upload Clip&board", disabledWhenSignedOut},
     {MenuCommand::recordScreen, "&Record Screen", always},
     {MenuCommand::preferences, "&Preferences…", always},
     {MenuCommand::signIn, "Si&gn In", hiddenWhenSignedIn},

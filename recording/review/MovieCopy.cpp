@@ -49,9 +49,9 @@ QByteArray temporaryPath(const QByteArray& folder) {
     return folder + "/.quenby-" + QByteArray::number(number, 16).rightJustified(16, '0') + ".part";
 }
 
-QString reasonFor(int error, const QByteArray& destination) {
+QString reasonFor(int error, const QByteArray& movie, const QByteArray& destination) {
     const QString folder = QFile::decodeName(folderOf(destination));
-    const QString kept = QStringLiteral(" The recording itself is kept.");
+    const QString kept = QStringLiteral(" The recording itself is kept as “%1”.").arg(QFile::decodeName(movie));
     switch (error) {
     case EEXIST:
         return QStringLiteral("There is a file “%1” already, and it was not replaced. Save the recording under another "
@@ -110,7 +110,7 @@ MovieCopyResult copyMovie(const QByteArray& movie, const QByteArray& destination
     if (!source)
         return {End::failed, QStringLiteral("The recording cannot be read (%1).").arg(qt_error_string(errno))};
     if (exists(destination)) // before a long copy that would be in vain
-        return {End::failed, reasonFor(EEXIST, destination)};
+        return {End::failed, reasonFor(EEXIST, movie, destination)};
     const QByteArray temporary = temporaryPath(folderOf(destination));
     End end = copyUnderTemporaryName(source.descriptor(), temporary, isStopped);
     if (end == End::copied && !renameWithoutReplacing(temporary, destination))
@@ -118,7 +118,7 @@ MovieCopyResult copyMovie(const QByteArray& movie, const QByteArray& destination
     const int error = errno;
     if (end != End::copied)
         ::unlink(temporary.constData());
-    return {end, end == End::failed ? reasonFor(error, destination) : QString()};
+    return {end, end == End::failed ? reasonFor(error, movie, destination) : QString()};
 }
 
 } // namespace quenby

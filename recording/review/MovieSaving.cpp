@@ -39,7 +39,10 @@ MovieSaving::~MovieSaving() { *isStopped_ = true; }
 void MovieSaving::copy() {
     const CompletionGate<const MovieCopyResult&> gate(this, [this](const MovieCopyResult& result) { ended(result); });
     QThreadPool::globalInstance()->start([movie = movie_, destination = destination_, isStopped = isStopped_, gate] {
+        // A long copy takes nobody else's turn.
+        QThreadPool::globalInstance()->releaseThread();
         gate.deliver(copyMovie(movie, destination, *isStopped));
+        QThreadPool::globalInstance()->reserveThread();
     });
 }
 

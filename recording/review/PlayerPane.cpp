@@ -23,7 +23,6 @@ using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 
 constexpr int glyphSide = 20;
-constexpr int speakerSide = 16;
 constexpr int controlsMargin = 8;
 constexpr int keyStepMs = 1000;
 constexpr int pageStepMs = 10'000;
@@ -49,7 +48,7 @@ PlayerPane::PlayerPane(QWidget* parent)
     , position_(new QLabel(controls_))
     , slider_(new MovieSlider(controls_))
     , duration_(new QLabel(controls_))
-    , speaker_(new QLabel(controls_))
+    , mute_(glyphButton(controls_, soundGlyph(), QStringLiteral("Mute"), QStringLiteral("Mute")))
     , volume_(new MovieSlider(controls_))
     , fullScreen_(
           glyphButton(controls_, fullScreenGlyph(), QStringLiteral("Full Screen"), QStringLiteral("Full Screen (F)"))) {
@@ -73,9 +72,10 @@ PlayerPane::PlayerPane(QWidget* parent)
     connect(slider_, &QSlider::valueChanged, this, &PlayerPane::sliderMoved);
     connect(slider_, &QSlider::sliderPressed, this, &PlayerPane::sliderPressed);
     connect(slider_, &QSlider::sliderReleased, this, &PlayerPane::sliderReleased);
-    connect(volume_, &QSlider::valueChanged, this, [this](int volume) {
-        if (player_)
-            player_->setVolume(volume / 100.0);
+    connect(mute_, &QToolButton::toggled, this, &PlayerPane::applyVolume);
+    connect(volume_, &QSlider::valueChanged, this, [this] {
+        mute_->setChecked(false);
+        applyVolume();
     });
 }
 
@@ -91,7 +91,7 @@ void PlayerPane::makeControls() {
     volume_->setFixedWidth(volumeWidth);
     volume_->setAccessibleName(QStringLiteral("Volume"));
     volume_->setToolTip(QStringLiteral("Volume"));
-    speaker_->setPixmap(glyphIcon(soundGlyph()).pixmap(QSize(speakerSide, speakerSide), devicePixelRatioF()));
+    mute_->setCheckable(true);
     position_->setText(clockText(0ms));
     position_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     duration_->setText(clockText(0ms));
@@ -102,7 +102,7 @@ void PlayerPane::makeControls() {
     layout->addWidget(position_);
     layout->addWidget(slider_, 1);
     layout->addWidget(duration_);
-    layout->addWidget(speaker_);
+    layout->addWidget(mute_);
     layout->addWidget(volume_);
     layout->addWidget(fullScreen_);
 }
@@ -121,7 +121,7 @@ void PlayerPane::setPlayer(MoviePlayer* player) {
     view->setAccessibleName(QStringLiteral("Picture"));
     screen_->addWidget(view, 0, 0);
     view->show();
-    player_->setVolume(volume_->value() / 100.0);
+    applyVolume();
     connect(player_, &MoviePlayer::positionChanged, this, &PlayerPane::followPosition);
     connect(player_, &MoviePlayer::durationChanged, this, &PlayerPane::followDuration);
     connect(player_, &MoviePlayer::playingChanged, this, &PlayerPane::followPlaying);
@@ -156,6 +156,12 @@ void PlayerPane::moveBy(milliseconds distance) {
 
 void PlayerPane::changeVolumeBy(int percent) { volume_->setValue(volume_->value() + percent); }
 
+void PlayerPane::applyVolume() {
+    mute_->setIcon(glyphIcon(mute_->isChecked() ? mutedGlyph() : soundGlyph()));
+    if (player_)
+        player_->setVolume(mute_->isChecked() ? 0 : volume_->value() / 100.0);
+}
+
 void PlayerPane::mouseDoubleClickEvent(QMouseEvent* event) {
     const bool isOnPicture = !controls_->geometry().contains(event->position().toPoint());
     if (event->button() == Qt::LeftButton && isOnPicture)
@@ -185,7 +191,7 @@ void PlayerPane::followDuration() {
     }
     controls_->setEnabled(duration > 0ms);
     volume_->setVisible(hasSound);
-    speaker_->setVisible(hasSound);
+    mute_->setVisible(hasSound);
 }
 
 void PlayerPane::followPlaying() {

@@ -43,6 +43,7 @@ protected:
 
 private:
     void makeControls();
+    void applyVolume();
     void followPosition();
     void followDuration();
     void followPlaying();
@@ -59,7 +60,7 @@ private:
     QLabel* position_;
     MovieSlider* slider_;
     QLabel* duration_;
-    QLabel* speaker_;
+    QToolButton* mute_;
     MovieSlider* volume_;
     QToolButton* fullScreen_;
 };

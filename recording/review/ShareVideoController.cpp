@@ -119,11 +119,11 @@ void ShareVideoController::shareToGoogleDirveAction() {
 void ShareVideoController::discardAndCloseAction() { window_->close(); }
 
 void ShareVideoController::saveToLocalAction() {
-    services_.filePanels.saveFile(window_.get(), QStringLiteral("Save a Copy"), proposedPlace(urlVideo_), this,
-                                  [this](const QList<QByteArray>& paths) {
-                                      if (!paths.isEmpty())
-                                          save(paths.first());
-                                  });
+    services_.filePanels.saveNewFile(window_.get(), QStringLiteral("Save a Copy"), proposedPlace(urlVideo_), this,
+                                     [this](const QList<QByteArray>& paths) {
+                                         if (!paths.isEmpty())
+                                             save(paths.first());
+                                     });
 }
 
 void ShareVideoController::save(const QByteArray& destination) {

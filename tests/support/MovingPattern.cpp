@@ -103,8 +103,8 @@ private:
     int grey(const QPoint& pixel) const { return grey_.constScanLine(pixel.y())[pixel.x()]; }
     // An encoder leaves black and white well beyond these; where two pictures are mixed, or one lies between pixels,
     // there is something in between.
-    bool isBlack(const QPoint& pixel) const { return grey(pixel) < 80; }
-    bool isWhite(const QPoint& pixel) const { return grey(pixel) > 175; }
+    bool isBlack(const QPoint& pixel) const { return grey(pixel) < 100; }
+    bool isWhite(const QPoint& pixel) const { return grey(pixel) > 155; }
 
     // The corner's edges, from both sides: one pixel off, and one of them is on the wrong side.
     bool hasCorner(const QPoint& tile) const {

@@ -59,18 +59,29 @@ CompletionTicket DialogFilePanels::openFiles(QWidget* window, const QString& tit
 
 CompletionTicket DialogFilePanels::saveFile(QWidget* window, const QString& title, const QByteArray& proposal,
                                             QObject* context, Chosen chosen) {
-    const CompletionGate<QList<QByteArray>> gate(context, std::move(chosen));
+    return save(*makePanel(window, title), proposal, context, std::move(chosen));
+}
+
+CompletionTicket DialogFilePanels::saveNewFile(QWidget* window, const QString& title, const QByteArray& proposal,
+                                               QObject* context, Chosen chosen) {
     QFileDialog* dialog = makePanel(window, title);
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
-    dialog->setFileMode(QFileDialog::AnyFile);
+    dialog->setOption(QFileDialog::DontConfirmOverwrite);
+    return save(*dialog, proposal, context, std::move(chosen));
+}
+
+CompletionTicket DialogFilePanels::save(QFileDialog& dialog, const QByteArray& proposal, QObject* context,
+                                        Chosen chosen) {
+    const CompletionGate<QList<QByteArray>> gate(context, std::move(chosen));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
     const QFileInfo proposed(QFile::decodeName(proposal));
-    dialog->setDirectory(proposed.absolutePath());
+    dialog.setDirectory(proposed.absolutePath());
     // Quotation marks separate names in this panel: what stands between them would be taken for the name.
-    dialog->selectFile(proposed.fileName().replace(QLatin1Char('"'), QLatin1Char('\'')));
-    connect(dialog, &QDialog::finished, this, [dialog, gate](int result) {
-        gate.deliver(result == QDialog::Accepted ? chosenFiles(*dialog) : QList<QByteArray>());
+    dialog.selectFile(proposed.fileName().replace(QLatin1Char('"'), QLatin1Char('\'')));
+    connect(&dialog, &QDialog::finished, this, [&dialog, gate](int result) {
+        gate.deliver(result == QDialog::Accepted ? chosenFiles(dialog) : QList<QByteArray>());
     });
-    present(*dialog);
+    present(dialog);
     return gate.ticket();
 }
 

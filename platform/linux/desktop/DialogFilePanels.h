@@ -21,8 +21,11 @@ public:
                                Chosen chosen) override;
     CompletionTicket saveFile(QWidget* window, const QString& title, const QByteArray& proposal, QObject* context,
                               Chosen chosen) override;
+    CompletionTicket saveNewFile(QWidget* window, const QString& title, const QByteArray& proposal, QObject* context,
+                                 Chosen chosen) override;
 
 private:
+    CompletionTicket save(QFileDialog& dialog, const QByteArray& proposal, QObject* context, Chosen chosen);
     QFileDialog* makePanel(QWidget* window, const QString& title) const;
     static void present(QFileDialog& dialog);
 

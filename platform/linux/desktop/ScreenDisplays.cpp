@@ -1,7 +1,7 @@
 #include "platform/linux/desktop/ScreenDisplays.h"
 
-#include "platform/linux/desktop/ScreenMonitors.h"
-#include "platform/linux/desktop/XcbReply.h"
+#include "platform/linux/x11/ScreenMonitors.h"
+#include "platform/linux/x11/XcbReply.h"
 
 #include <QGuiApplication>
 #include <QPixmap>

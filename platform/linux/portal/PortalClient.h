@@ -53,13 +53,14 @@ public:
     Error refusedError(const QString& detail = {}) const;
     // What an answer to a call means.
     Error errorOf(const QDBusError& error) const;
+    // "The screen cannot be recorded, because ...": the sentence goes on from there.
+    Error because(const QString& sentence, const QString& detail = {}) const;
 
 Q_SIGNALS:
     // The process is gone, and with it everything that it was asked for.
     void vanished();
 
 private:
-    Error because(const QString& sentence, const QString& detail = {}) const;
     Error errorOfFinding(const QDBusError& error) const;
     void ownerChanged(const QString& before);
 

@@ -137,9 +137,15 @@ void ScreenCastPortal::openConnection(const Results& started) {
     whenReplied(client_.bus().asyncCall(call), this,
                 [this, stream = *stream](const QDBusPendingReply<QDBusUnixFileDescriptor>& reply) {
                     if (reply.isError())
-                        return finish(client_.errorOf(reply.error()));
+                        return finish(withoutConnection(reply.error()));
                     finish(std::optional(ScreenCastStream{reply.value(), stream.node, stream.frame}));
                 });
+}
+
+Error ScreenCastPortal::withoutConnection(const QDBusError& error) const {
+    return client_.because(QStringLiteral("because PipeWire, which brings its pictures, cannot be reached. Install "
+                                          "pipewire and wireplumber, and log in again."),
+                           error.message());
 }
 
 void ScreenCastPortal::ask(const QString& method, const QVariantList& arguments, const QVariantMap& options,

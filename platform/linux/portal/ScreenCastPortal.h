@@ -55,6 +55,7 @@ private:
     void start();
     void openConnection(const Results& started);
     void finish(const Outcome& outcome);
+    Error withoutConnection(const QDBusError& error) const;
 
     // Asks, and goes on with the next step unless the user declined or something failed.
     void ask(const QString& method, const QVariantList& arguments, const QVariantMap& options,

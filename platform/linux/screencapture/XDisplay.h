@@ -1,22 +1,16 @@
-// The application's connection to the X server, and how its replies are held. Threads: the main thread.
+// The application's connection to the X server. Threads: the main thread.
 #pragma once
+
+#include "platform/linux/x11/XcbReply.h"
 
 #include <QByteArray>
 #include <QRect>
 
-#include <cstdlib>
-#include <memory>
 #include <optional>
 
 #include <xcb/xcb.h>
 
 namespace quenby {
-
-struct XReplyFreed {
-    void operator()(void* reply) const { std::free(reply); }
-};
-template <typename Reply>
-using XReply = std::unique_ptr<Reply, XReplyFreed>;
 
 // Owned by the toolkit.
 struct XDisplay {

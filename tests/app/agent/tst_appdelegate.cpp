@@ -1,97 +1,19 @@
-// The desktop program put together, with every service of the platform played by the test and a real local Drive.
+// The composition: launch and end in their order, who is signed in and whose uploads are whose.
 
-#include "app/agent/AppDelegate.h"
 #include "app/agent/HandoverLines.h"
-#include "driveapi/GTLServiceDrive.h"
-#include "oauth2/window/GTMOAuth2WindowUi.h"
-#include "tests/app/session/KeptGrant.h"
-#include "tests/oauth2/FakeReachability.h"
-#include "tests/platform/fakes/FakeAlerts.h"
-#include "tests/platform/fakes/FakeCacheFolders.h"
-#include "tests/platform/fakes/FakeCaptureSession.h"
-#include "tests/platform/fakes/FakeDefaults.h"
-#include "tests/platform/fakes/FakeDisplays.h"
-#include "tests/platform/fakes/FakeFileBrowser.h"
-#include "tests/platform/fakes/FakeFilePanels.h"
-#include "tests/platform/fakes/FakeKeyring.h"
-#include "tests/platform/fakes/FakeMoviePlayer.h"
-#include "tests/platform/fakes/FakeNotifications.h"
-#include "tests/platform/fakes/FakeOpener.h"
-#include "tests/platform/fakes/FakePasteboard.h"
-#include "tests/platform/fakes/FakeScreenCaptureTool.h"
-#include "tests/platform/fakes/FakeScreenshotQuery.h"
-#include "tests/platform/fakes/FakeSessionEnd.h"
-#include "tests/platform/fakes/FakeSingleInstance.h"
-#include "tests/platform/fakes/FakeStatusItemHost.h"
-#include "tests/platform/fakes/FakeWebViews.h"
-#include "tests/support/ManualTimeSource.h"
-#include "workspace/tabbar/TabBar.h"
-#include "workspace/tabs/OldTabs.h"
-#include "workspace/tabs/WorkspaceTabs.h"
-#include "workspace/window/WorkspaceToolBar.h"
+#include "tests/app/agent/AppDelegateStage.h"
 
-#include <QApplication>
-#include <QFile>
-#include <QLabel>
 #include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QUrlQuery>
 
 using namespace quenby;
 using namespace quenby::testing;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-namespace {
-
-constexpr int patiently = 60000;                   // ms; only a hang takes so long
-const QString owner = u"robin.hale@example.com"_s; // of the local Drive
-const QString guest = u"guest@example.com"_s;      // may sign in, but not upload
-
-} // namespace
-
-class AppDelegateTest : public QObject {
+class AppDelegateTest : public AppDelegateStage {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() {
-        local_ = std::make_unique<LocalDriveProcess>();
-        QVERIFY2(local_->start(), local_->log().constData());
-        time_ = std::make_shared<ManualTimeSource>();
-        network_ = std::make_shared<FakeReachability>();
-        drive_ =
-            std::make_unique<DriveConnection>(Endpoints::localDrive(local_->url()), grantedClient(), time_, nullptr);
-        drive_->driveService()->ticketSettings().maxRetryInterval = 4;
-        platform_ = std::make_unique<PlatformServices>();
-        defaults_ = place(platform_->defaults, std::make_unique<FakeDefaults>());
-        caches_ = place(platform_->cacheFolders, std::make_unique<FakeCacheFolders>());
-        keyring_ = place(platform_->keyring, std::make_unique<FakeKeyring>());
-        notifications_ = place(platform_->notifications, std::make_unique<FakeNotifications>());
-        hosts_ = place(platform_->statusItemHosts, std::make_unique<FakeStatusItemHosts>());
-        alerts_ = place(platform_->alerts, std::make_unique<FakeAlerts>());
-        place(platform_->filePanels, std::make_unique<FakeFilePanels>());
-        place(platform_->fileBrowser, std::make_unique<FakeFileBrowser>());
-        place(platform_->pasteboard, std::make_unique<FakePasteboard>());
-        place(platform_->opener, std::make_unique<FakeOpener>());
-        place(platform_->displays, std::make_unique<FakeDisplays>());
-        place(platform_->captureSessions, std::make_unique<FakeCaptureSessions>());
-        place(platform_->moviePlayers, std::make_unique<FakeMoviePlayers>());
-        captureTool_ = place(platform_->screenCaptureTool, std::make_unique<FakeScreenCaptureTool>());
-        place(platform_->screenshotQuery, std::make_unique<FakeScreenshotQuery>());
-        platform_->makeStopItemHosts = [] { return std::make_unique<FakeStatusItemHosts>(); };
-        webViews_ = place(platform_->webViews, std::make_unique<FakeWebViews>());
-        instance_ = place(platform_->singleInstance, std::make_unique<FakeSingleInstance>());
-        sessionEnd_ = place(platform_->sessionEnd, std::make_unique<FakeSessionEnd>());
-        delegate_ = std::make_unique<AppDelegate>(
-            AppDelegate::Surroundings{*platform_, *drive_, network_, [this] { ++revivals_; }});
-        revivals_ = 0;
-    }
-    void cleanup() {
-        delegate_.reset();
-        platform_.reset();
-    }
-
     void launchAndEndInOrder() {
         instance_->hold();
         keep(keptGrant(*local_, owner));
@@ -116,7 +38,7 @@ private Q_SLOTS:
         QVERIFY(!popover()->isVisible());
         delegate_->applicationWillTerminate();
         QCOMPARE(caches_->removed().mid(1),
-                 (QStringList{u"ScreenShotCaches"_s, u"ScreenCastCache"_s, u"imageCache"_s}));
+                 (QStringList{u"ScreenShotCaches"_s, u"ScreenCastCache"_s, u"imageCache"_s, u"Copied"_s}));
     }
 
     void filesWaitForASignIn() {
@@ -234,80 +156,6 @@ private Q_SLOTS:
         QCOMPARE(uploads(), 0);
     }
 
-    // A page that fills the screen gives it back, whatever becomes of its tab.
-    void aPageFillsTheScreen_data() {
-        QTest::addColumn<QString>("end");
-        QTest::newRow("the page") << u"page"_s;
-        QTest::newRow("the user") << u"user"_s;
-        QTest::newRow("another tab") << u"tab"_s;
-        QTest::newRow("the page's process") << u"process"_s;
-        QTest::newRow("a sign-out") << u"sign-out"_s;
-    }
-    void aPageFillsTheScreen() {
-        QFETCH(QString, end);
-        openTwoTabs();
-        FakeBrowserView& page = webViews_->lastBrowser();
-        auto* bar = window()->findChild<TabBar*>();
-        Q_EMIT webViews_->browsers.front()->fullScreenRequested(true); // nobody sees that one
-        QVERIFY(!window()->isFullScreen() && bar->isVisible());
-        Q_EMIT page.fullScreenRequested(true);
-        QVERIFY(window()->isFullScreen() && !bar->isVisible() && !window()->toolBar().isVisible());
-        if (end == u"page"_s)
-            Q_EMIT page.fullScreenRequested(false);
-        else if (end == u"user"_s)
-            window()->FullScreenButtonToolbarAction();
-        else if (end == u"tab"_s)
-            bar->setCurrentIndex(0);
-        else if (end == u"process"_s)
-            page.loseProcess();
-        else
-            delegate_->logoutUser();
-        QVERIFY(!window()->isFullScreen() && !bar->isHidden() && !window()->toolBar().isHidden());
-        const bool isToldToLeave = page.scripts.last().contains(u"exitFullscreen"_s);
-        QCOMPARE(isToldToLeave, end != u"page"_s && end != u"process"_s);
-    }
-
-    // New documents are made where the account's files are, and in no other account's.
-    void newDocumentsLieInTheDrive() {
-        openTwoTabs();
-        const auto folder = [this] {
-            Q_EMIT window()->toolBar().OpenNewGoogle(1);
-            return QUrlQuery(webViews_->lastBrowser().loads.last()).queryItemValue(u"folder"_s);
-        };
-        QTRY_VERIFY_WITH_TIMEOUT(visibleInMenu(u"Sign Out"_s) && shows(u"% of"_s), patiently);
-        QVERIFY(!folder().isEmpty());
-        const QByteArray next = keptGrant(*local_, guest);
-        delegate_->logoutUser();
-        QTRY_COMPARE_WITH_TIMEOUT(webViews_->views.size(), 1U, patiently);
-        local_->kill(); // so that nothing gets known of the next one
-        keep(next);
-        delegate_->loginAccess();
-        QTRY_VERIFY_WITH_TIMEOUT(delegate_->isSignedIn(), patiently);
-        QCOMPARE(folder(), QString());
-    }
-
-    // Whose sign-in is refused comes back to the tabs; somebody else does not find them.
-    void tabsBelongToTheirAccount_data() {
-        QTest::addColumn<QString>("next");
-        QTest::addColumn<bool>("findsThem");
-        QTest::newRow("the same") << owner << true;
-        QTest::newRow("another") << guest << false;
-    }
-    void tabsBelongToTheirAccount() {
-        QFETCH(QString, next);
-        QFETCH(bool, findsThem);
-        writeOldTabs(*defaults_, {{u"Trash"_s, drive_->endpoints().webPlaces.drive.below(u"/drive/trash"_s)},
-                                  {u"Recent"_s, drive_->endpoints().webPlaces.drive.below(u"/drive/recent"_s)}});
-        writeUserOfOldTabs(*defaults_, owner);
-        keep(refusedGrant(owner));
-        launch();
-        QTRY_VERIFY_WITH_TIMEOUT(shows(u"no longer accepts"_s), patiently);
-        keep(keptGrant(*local_, next));
-        delegate_->loginAccess();
-        QTRY_COMPARE_WITH_TIMEOUT(window()->findChild<TabBar*>()->count(), findsThem ? 2 : 1, patiently);
-        QVERIFY(delegate_->isSignedIn());
-    }
-
     void aKeyringThatHangs() {
         keep(keptGrant(*local_, owner));
         keyring_->hold();
@@ -372,99 +220,6 @@ private Q_SLOTS:
         defaults_->tellTrouble(u"The settings are damaged."_s);
         QCOMPARE(alerts_->shown().last().alert.informativeText, u"The settings are damaged."_s);
     }
-
-private:
-    template <typename Service, typename Fake>
-    static Fake* place(std::unique_ptr<Service>& service, std::unique_ptr<Fake> fake) {
-        Fake* const placed = fake.get();
-        service = std::move(fake);
-        return placed;
-    }
-    void launch() {
-        delegate_->applicationWillFinishLaunching();
-        delegate_->applicationDidFinishLaunching();
-    }
-    // Of the owner, both loaded.
-    void openTwoTabs() {
-        keep(keptGrant(*local_, owner));
-        launch();
-        QTRY_VERIFY_WITH_TIMEOUT(hosts_->fake() && hosts_->fake()->face(), patiently);
-        window()->findChild<WorkspaceTabs*>()->addNewTabToTabView();
-        QCOMPARE(webViews_->browsers.size(), 2U);
-    }
-    void keep(const QByteArray& grant) {
-        const KeyringItem item = itemOf(drive_->endpoints());
-        keyring_->setItem(item, grant);
-        defaults_->setValueForKey(KeychainPersistence::prefsKeyForName(item.serviceName), true);
-    }
-    QByteArray makeFile(const char* name) {
-        QFile file(files_.filePath(QString::fromLatin1(name)));
-        if (!file.open(QIODevice::WriteOnly) || file.write("content") < 0)
-            qFatal("A file for the test can't be written.");
-        return QFile::encodeName(file.fileName());
-    }
-    // That have reached the Drive.
-    int uploads() {
-        int complete = 0;
-        for (const QJsonValue& upload : local_->state()["uploads"_L1].toArray())
-            complete += upload["complete"_L1].toBool();
-        return complete;
-    }
-    template <typename Window>
-    static Window* topLevel() {
-        for (QWidget* widget : QApplication::topLevelWidgets()) {
-            if (auto* found = qobject_cast<Window*>(widget))
-                return found;
-        }
-        return nullptr;
-    }
-    static WorkspaceWindow* window() { return topLevel<WorkspaceWindow>(); }
-    static PopoverWindow* popover() { return topLevel<PopoverWindow>(); } // null before it was first opened
-    static bool shows(const QString& text) {
-        for (const QLabel* label : window()->findChildren<QLabel*>()) {
-            if (label->isVisible() && label->text().contains(text))
-                return true;
-        }
-        return false;
-    }
-    static GTMOAuth2Window* visibleSheet() {
-        for (QWidget* widget : QApplication::topLevelWidgets()) {
-            if (auto* found = qobject_cast<GTMOAuth2Window*>(widget); found && found->isVisible())
-                return found;
-        }
-        return nullptr;
-    }
-    QAction* visibleInMenu(const QString& text) const {
-        for (QAction* action : hosts_->fake()->menu()->actions()) {
-            if (action->isVisible() && action->text().remove(QLatin1Char('&')) == text)
-                return action;
-        }
-        return nullptr;
-    }
-    void choose(const QString& text) const {
-        QAction* const action = visibleInMenu(text);
-        QVERIFY2(action && action->isEnabled(), qPrintable(text));
-        action->trigger();
-    }
-
-    std::unique_ptr<LocalDriveProcess> local_;
-    std::shared_ptr<ManualTimeSource> time_;
-    std::shared_ptr<FakeReachability> network_;
-    QTemporaryDir files_;
-    std::unique_ptr<DriveConnection> drive_;
-    std::unique_ptr<PlatformServices> platform_;
-    FakeDefaults* defaults_ = nullptr; // these belong to the platform
-    FakeCacheFolders* caches_ = nullptr;
-    FakeKeyring* keyring_ = nullptr;
-    FakeStatusItemHosts* hosts_ = nullptr;
-    FakeAlerts* alerts_ = nullptr;
-    FakeNotifications* notifications_ = nullptr;
-    FakeWebViews* webViews_ = nullptr;
-    FakeSingleInstance* instance_ = nullptr;
-    FakeSessionEnd* sessionEnd_ = nullptr;
-    FakeScreenCaptureTool* captureTool_ = nullptr;
-    std::unique_ptr<AppDelegate> delegate_;
-    int revivals_ = 0;
 };
 
 QTEST_MAIN(AppDelegateTest)

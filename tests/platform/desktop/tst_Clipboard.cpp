@@ -52,7 +52,8 @@ public:
             stream << copied;
         }
         process_.closeWriteChannel();
-        QTRY_VERIFY(QGuiApplication::clipboard()->mimeData()->hasFormat(mark));
+        const QClipboard& clipboard = *QGuiApplication::clipboard();
+        QTRY_VERIFY(!clipboard.ownsClipboard() && clipboard.mimeData()->hasFormat(mark));
     }
     void end() {
         process_.kill();
@@ -161,7 +162,8 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         const QString first = folder.filePath(QStringLiteral("1.png"));
         const QString second = folder.filePath(QStringLiteral("2.png"));
-        const QImage picture(2000, 2000, QImage::Format_RGB32);
+        QImage picture(2000, 2000, QImage::Format_RGB32);
+        picture.fill(Qt::red);
         QGuiApplication::clipboard()->setImage(picture);
         pasteboard->writePicture(QFile::encodeName(first), this, [](bool) {});
         Owner owner;

@@ -143,7 +143,14 @@ private Q_SLOTS:
         answering.stop();
         useInput(QStringLiteral("key Escape"));
         QTRY_COMPARE_WITH_TIMEOUT(chosen.size(), 1, patience);
-        QVERIFY(chosen.first().isEmpty());
+        QVERIFY(chosen.takeFirst().isEmpty());
+        // Whoever replaces nothing is given the name without a question.
+        panels.saveNewFile(&window_, QStringLiteral("Save As"), files_.last(), this,
+                           [&](const QList<QByteArray>& paths) { chosen.append(paths); });
+        QTRY_VERIFY_WITH_TIMEOUT(activePanel(), patience);
+        useInput(QStringLiteral("key Return"));
+        QTRY_COMPARE_WITH_TIMEOUT(chosen.size(), 1, patience);
+        QCOMPARE(chosen.first(), QList<QByteArray>{files_.last()});
     }
 
     void thePanelBeginsWhereTheLastOneEnded() {

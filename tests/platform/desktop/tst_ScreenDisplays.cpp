@@ -1,7 +1,7 @@
 // Two monitors of odd sizes on a real X server, at scales that divide none of them. The scale is the program's:
 // QUENBY_TEST_SCALES says what the toolkit is told, with commas in place of semicolons; empty: nothing.
 #include "platform/linux/desktop/ScreenDisplays.h"
-#include "platform/linux/desktop/ScreenMonitors.h"
+#include "platform/linux/x11/ScreenMonitors.h"
 #include "tests/platform/desktop/VirtualDesktop.h"
 
 #include <QGuiApplication>

@@ -28,6 +28,10 @@ public:
                               Chosen chosen) override {
         return open({window, title, {}, proposal, CompletionGate<QList<QByteArray>>(context, std::move(chosen))});
     }
+    CompletionTicket saveNewFile(QWidget* window, const QString& title, const QByteArray& proposal, QObject* context,
+                                 Chosen chosen) override {
+        return saveFile(window, title, proposal, context, std::move(chosen));
+    }
 
     // Every panel that was opened, closed or not.
     const QList<Opened>& opened() const { return opened_; }

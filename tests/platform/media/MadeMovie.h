@@ -14,13 +14,17 @@ struct MadeMovie {
     // Each is seen for a second, at 15 pictures a second. Names of the framework's patterns.
     QList<QByteArray> colours{"red", "green", "blue"};
     QByteArray layout{}; // the muxer's settings
+    bool hasSound = false;
 };
 
 // False: the framework cannot make it here.
 inline bool makeMovie(const MadeMovie& movie, const QByteArray& path) {
     gst_init_check(nullptr, nullptr, nullptr);
     QByteArray description = "concat name=all ! x264enc key-int-max=30 tune=zerolatency ! h264parse ! ";
-    description += "qtmux " + movie.layout + " ! filesink location=\"" + path + "\" ";
+    description += "qtmux name=movie " + movie.layout + " ! filesink location=\"" + path + "\" ";
+    if (movie.hasSound)
+        description += "audiotestsrc num-buffers=" + QByteArray::number(44 * movie.colours.size()) +
+                       " ! audio/x-raw,rate=44100 ! audioconvert ! avenc_aac ! movie. ";
     for (const QByteArray& colour : movie.colours) {
         description += "videotestsrc num-buffers=15 pattern=" + colour +
                        " ! video/x-raw,framerate=15/1,width=" + QByteArray::number(movie.size.width()) +

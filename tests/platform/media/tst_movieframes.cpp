@@ -80,7 +80,7 @@ private Q_SLOTS:
         QVERIFY(!readPattern(blended(whole, piece(place.translated(1, 0), 500))));
 
         QImage covered = whole;
-        QPainter(&covered).fillRect(200, 160, 12, 18, Qt::gray); // as a pointer does
+        QPainter(&covered).fillRect(200, 160, 12, 18, Qt::darkGray); // as a pointer does
         const auto aroundIt = readPattern(covered);
         QVERIFY(aroundIt);
         QCOMPARE(aroundIt->number, 500);

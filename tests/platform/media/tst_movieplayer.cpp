@@ -128,6 +128,26 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(colourAt(*player.view(), {50, 10}), "green", patience);
     }
 
+    void soundIsPlayedWhereThereIsAny() {
+        QVERIFY(makeMovie({.hasSound = true}, path(QStringLiteral("loud.mov"))));
+        GstMoviePlayer player;
+        player.view()->resize(320, 200);
+        player.setVolume(0.1);
+        player.open(path(QStringLiteral("three.mov")));
+        QTRY_VERIFY_WITH_TIMEOUT(player.duration() > 0ms, patience);
+        QVERIFY(!player.hasSound());
+        QSignalSpy failures(&player, &MoviePlayer::failed);
+        player.open(path(QStringLiteral("loud.mov")));
+        QTRY_VERIFY_WITH_TIMEOUT(player.duration() > 0ms, patience);
+        QVERIFY(player.hasSound());
+        player.setVolume(0);
+        player.setPosition(2s);
+        player.play();
+        QTRY_VERIFY_WITH_TIMEOUT(!player.isPlaying(), patience);
+        QCOMPARE(colourOf(*player.view()), "blue");
+        QVERIFY(failures.isEmpty());
+    }
+
     // Also when positions are asked for faster than any movie can follow.
     void aSearchShowsTheLastPositionThatWasAskedFor() {
         GstMoviePlayer player;

@@ -28,7 +28,8 @@ const QRect desktop(0, 0, 1280, 800);
 // A session that records a part of the screen, and what it told.
 class Recording {
 public:
-    explicit Recording(QString path, CaptureOptions options = {}, const QRect& crop = QRect(101, 73, 400, 302))
+    explicit Recording(QString path, CaptureOptions options = {}, const QRect& crop = QRect(101, 73, 400, 302),
+                       const QRect& display = desktop)
         : path_(std::move(path))
         , session(engine_.createSession(options)) {
         QObject::connect(session.get(), &CaptureSession::recordingStarted, [this] { ++started; });
@@ -44,7 +45,7 @@ public:
         });
         CaptureInput input;
         input.display.identifier = 1;
-        input.display.pixels = desktop;
+        input.display.pixels = display;
         input.cropRect = crop;
         session->setScreenInput(input);
         session->startRecording(QFile::encodeName(path_));
@@ -232,7 +233,8 @@ private Q_SLOTS:
         if (!disk.isThere())
             QSKIP("only root may mount a small disk");
         const QString path = disk.filePath(QStringLiteral("A recording.mov"));
-        const Recording recording(path, {.encoders = {}, .leastFreeSpace = least}, desktop);
+        const Recording recording(path, {.encoders = {}, .leastFreeSpace = least},
+                                  least > 0 ? QRect(101, 73, 400, 302) : desktop);
         QVERIFY2(recording.hasStarted() && recording.hasPieces(2), qPrintable(recording.reason));
         disk.fill(least > 0 ? least - 1'000'000 : 200'000);
         QVERIFY(recording.hasEnded());
@@ -255,6 +257,14 @@ private Q_SLOTS:
         const Recording recording(folder_->filePath(QStringLiteral("gone/A recording.mov")));
         QVERIFY(recording.hasEnded());
         QVERIFY2(recording.reason.contains(folder_->filePath(QStringLiteral("gone"))), qPrintable(recording.reason));
+    }
+
+    // It has become smaller between the selection and the start.
+    void besideTheScreen() {
+        const Recording recording(path_, {}, QRect(1200, 700, 200, 200), QRect(0, 0, 1600, 1200));
+        QVERIFY(recording.hasEnded());
+        QVERIFY2(recording.reason.contains(QStringLiteral("another size")), qPrintable(recording.reason));
+        QVERIFY(QDir(folder_->path()).isEmpty(QDir::Files | QDir::Hidden));
     }
 
     void nameTakenMeanwhile() {
@@ -317,7 +327,7 @@ private Q_SLOTS:
     // As a computer that was asleep or has too much to do: the movie stands still for that time, and does not jump.
     void programStalls() {
         QProcess program;
-        recordInProgram(program, qEnvironmentVariable("DISPLAY"));
+        recordInProgram(program, qEnvironmentVariable("DISPLAY"), QRect(101, 73, 400, 302));
         QVERIFY(growsByPieces(folder_->filePath(QStringLiteral(".A recording.mov.part")), 1));
         const auto id = static_cast<pid_t>(program.processId());
         ::kill(id, SIGSTOP);

@@ -120,7 +120,7 @@ private Q_SLOTS:
         row("CreateSession", Does::refuse, "refused");
         row("CreateSession", Does::fail, "it is broken");
         row("Start", Does::fail, "it is broken");
-        row("OpenPipeWireRemote", Does::fail, "it is broken");
+        row("OpenPipeWireRemote", Does::fail, "Install pipewire");
     }
     void noStream() {
         QFETCH(QString, method);

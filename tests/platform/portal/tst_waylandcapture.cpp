@@ -179,6 +179,18 @@ private Q_SLOTS:
         QVERIFY(settles([] { return QGuiApplication::primaryScreen()->size() == screenSize; }));
     }
 
+    void onceAllowedItIsNotAskedAgain() {
+        const auto first = record();
+        QVERIFY2(starts(*first), qPrintable(first->reason));
+        first->session->stopRecording();
+        QVERIFY(ends(*first));
+        choose({});
+        const auto second = record();
+        QVERIFY2(starts(*second), qPrintable(second->reason));
+        second->session->stopRecording();
+        QVERIFY(ends(*second));
+    }
+
     void declined() {
         CaptureEngine another; // that was never allowed anything
         choose({});

@@ -4,6 +4,7 @@
 #include "tests/support/HastyTimeSource.h"
 
 #include <QDir>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -28,18 +29,15 @@ struct Stage {
     const QByteArray root = QFile::encodeName(QDir(home.path()).canonicalPath());
     const QByteArray pictures = root + "/Pictures";
     const QByteArray desktop = root + "/Desktop";
-    bool asksAlways = false; // as in a network folder
     std::unique_ptr<FolderScreenshotQuery> query;
     std::unique_ptr<QSignalSpy> updates;
 
     Stage() { QDir(home.path()).mkdir(QStringLiteral("Desktop")); }
 
-    void start() {
+    void start(TellsNoChanges tellsNoChanges = [](const QByteArray&) { return false; }) {
         query = std::make_unique<FolderScreenshotQuery>(
             std::make_shared<HastyTimeSource>(),
-            ScreenshotPlaces{{desktop, pictures},
-                             [] { return QSize(640, 480); },
-                             [asks = asksAlways](const QByteArray&) { return asks; }});
+            ScreenshotPlaces{{desktop, pictures}, [] { return QSize(640, 480); }, std::move(tellsNoChanges)});
         updates = std::make_unique<QSignalSpy>(query.get(), &FolderScreenshotQuery::updated);
         query->start();
     }
@@ -86,8 +84,7 @@ private Q_SLOTS:
     void toldOnceWhenWhole() {
         QFETCH(bool, asks);
         Stage stage;
-        stage.asksAlways = asks;
-        stage.start();
+        stage.start([asks](const QByteArray&) { return asks; });
         const QByteArray first = stage.takePicture(stage.desktop, 1);
         QVERIFY(!first.isEmpty());
         QCOMPARE(stage.updates->count(), 1);
@@ -158,6 +155,20 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitFor([&] { return stage.knows(copy) && stage.knows(larger); }, patience));
         QCOMPARE(stage.fresh(), (QList<QByteArray>{shot, last}));
         QCOMPARE(stage.query->results().size(), 4);
+    }
+
+    void folderThatDoesNotAnswer() {
+        const auto answers = std::make_shared<QSemaphore>();
+        Stage stage;
+        QVERIFY(QDir().mkpath(QFile::decodeName(stage.pictures)));
+        stage.start([answers](const QByteArray& folder) {
+            if (folder.endsWith("/Pictures"))
+                answers->acquire();
+            return false;
+        });
+        QVERIFY(!stage.takePicture(stage.desktop, 1).isEmpty());
+        stage.query.reset(); // waits for nobody
+        answers->release(1000);
     }
 
     // Nobody reads them: they cannot even be read.

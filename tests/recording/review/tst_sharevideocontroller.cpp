@@ -226,6 +226,12 @@ private Q_SLOTS:
         QVERIFY(volume->isVisible());
         volume->setValue(40);
         QCOMPARE(players_->last()->volume(), 0.4);
+        auto* mute = named<QToolButton>(window(), QStringLiteral("Mute"));
+        mute->click();
+        QCOMPARE(players_->last()->volume(), 0.0);
+        QTest::keyClick(&window(), Qt::Key_Up);
+        QCOMPARE(players_->last()->volume(), 0.45);
+        QVERIFY(!mute->isChecked());
     }
 
     void aSavedCopyIsShownInItsFolder() {

@@ -33,6 +33,8 @@ struct CaptureFeed {
     // The size of the pictures that the crop was made for. When they turn out to have another one (a desktop that hands
     // out points in place of pixels), the crop is scaled with them. Empty: they have the size that was expected.
     QSize cropSize;
+    // The only size that its pictures may have: others show something else. Empty: any.
+    QSize onlySize;
     // Lives as long as the elements do: an open file, the desktop's permission. May be released on any thread.
     std::shared_ptr<void> keptOpen;
 };

@@ -38,23 +38,23 @@ QByteArray withSettings(const QByteArray& encoder, int frameRate) {
            QByteArray(known->settings).replace("%1", QByteArray::number(secondsBetweenKeyFrames * frameRate));
 }
 
-// Profiles that every player and every browser has.
-QByteArray completeDescription(const QByteArray& encoder, int frameRate) {
-    QByteArray description =
-        withSettings(encoder, frameRate) +
+} // namespace
+
+QByteArray Encoder::description(int frameRate) const {
+    // Profiles that every player and every browser has.
+    QByteArray steps =
+        withSettings(name, frameRate) +
         " ! capsfilter caps=\"video/x-h264,profile=(string){high,main,constrained-high,constrained-baseline}\"";
     // One of them speaks the form of the stream that movies need, the others need a translator.
     if (missingElement("h264parse").isEmpty())
-        description += " ! h264parse";
-    return description;
+        steps += " ! h264parse";
+    return steps;
 }
-
-} // namespace
 
 QString encoderTrouble(const Encoder& encoder) {
     const QByteArray line = "videotestsrc num-buffers=3 ! video/x-raw,format=I420,width=320,height=240,framerate=30/1,"
                             "colorimetry=bt709 ! videoconvert ! " +
-                            encoder.description + " ! fakesink";
+                            encoder.description(30) + " ! fakesink";
     GError* error = nullptr;
     const GstHandle<GstElement> pipeline(
         gst_parse_launch_full(line.constData(), nullptr, GST_PARSE_FLAG_FATAL_ERRORS, &error));
@@ -76,7 +76,7 @@ QString encoderTrouble(const Encoder& encoder) {
     return text;
 }
 
-QList<Encoder> installedEncoders(const QStringList& chosen, int frameRate) {
+QList<Encoder> installedEncoders(const QStringList& chosen) {
     QList<QByteArray> names;
     for (const QString& name : chosen)
         names.append(name.toUtf8());
@@ -89,7 +89,7 @@ QList<Encoder> installedEncoders(const QStringList& chosen, int frameRate) {
             qCDebug(captureLog, "%s is not installed", missing.constData());
             continue;
         }
-        encoders.append({name, completeDescription(name, frameRate)});
+        encoders.append({name});
     }
     return encoders;
 }

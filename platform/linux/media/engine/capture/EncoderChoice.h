@@ -11,14 +11,16 @@
 namespace quenby {
 
 struct Encoder {
-    QByteArray name;        // as it was chosen
-    QByteArray description; // as the framework's parser reads it: from raw pictures to H.264
+    QByteArray name; // as it was chosen
+
+    // As the framework's parser reads it: from raw pictures to H.264. It is completed by the settings when the name is,
+    // or ends with, the bare name of an encoder that is known.
+    QByteArray description(int frameRate) const;
 };
 
-// In the order in which they are to be tried; hardware first, unless others are asked for. The description of a chosen
-// encoder is completed by the settings when it ends with the bare name of one that is known. Those that are not
-// installed are left out.
-QList<Encoder> installedEncoders(const QStringList& chosen, int frameRate);
+// In the order in which they are to be tried; hardware first, unless others are asked for. Those that are not installed
+// are left out.
+QList<Encoder> installedEncoders(const QStringList& chosen);
 
 // Encodes a few pictures: a driver without its device cannot. Empty when it works, else the reason, for logs.
 QString encoderTrouble(const Encoder& encoder);

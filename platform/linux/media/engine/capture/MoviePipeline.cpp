@@ -42,12 +42,12 @@ MoviePipeline::MoviePipeline(Ended ended)
     : ended_(std::move(ended))
     , pipeline_([this](const PipelineReport& report) { tell(report); }) {}
 
-Result<void> MoviePipeline::start(const Encoder& encoder, int descriptor) {
+Result<void> MoviePipeline::start(const Encoder& encoder, int frameRate, int descriptor) {
     // The muxer has an input only when somebody asks with what he brings.
     const std::pair<const char*, QByteArray> parts[] = {
         {"pictures", "appsrc name=given format=time block=true"},
         {"format", "videoconvert"}, // hardware has its own; nothing is done where the encoder takes them as they are
-        {encoderPart, encoder.description},
+        {encoderPart, encoder.description(frameRate)},
         {muxerPart, QByteArray("capsfilter caps=") + muxedFormat +
                         " ! qtmux name=muxing fragment-duration=1000 fragment-mode=first-moov-then-finalise"},
         {filePart, "fdsink sync=false async=false fd=" + QByteArray::number(descriptor)},

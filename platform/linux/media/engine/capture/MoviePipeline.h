@@ -21,7 +21,7 @@ public:
     explicit MoviePipeline(Ended ended);
 
     // Once. Fails with a sentence. The descriptor stays the caller's, and must stay open until stop().
-    Result<void> start(const Encoder& encoder, int descriptor);
+    Result<void> start(const Encoder& encoder, int frameRate, int descriptor);
     // Where the pictures go in.
     GstAppSrc* pictures() const;
     // Whether anything came out of the encoder.

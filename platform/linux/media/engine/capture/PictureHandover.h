@@ -21,16 +21,21 @@ public:
 
     // Where they go from now on; null: nowhere. For each movie the time starts at 0.
     void connectTo(GstAppSrc* movie, int frameRate);
-    // Waits while the movie does not keep up.
+    // Waits while the movie does not keep up. Repeated pictures, which are marked as gaps, are left out then, and the
+    // one before them is shown for longer: encoding them would put the movie behind for ever.
     void give(GstSample* picture);
 
 private:
+    bool isLeftOut(GstSample* picture);
+    GstBuffer* stamped(GstBuffer* picture) const;
+
     const std::function<void()> firstCame_;
     std::mutex mutex_; // guards what follows
     GstHandle<GstAppSrc> movie_;
     int frameRate_ = 1;
     guint64 given_ = 0;
     bool hasCome_ = false;
+    bool isBehind_ = false;
 };
 
 } // namespace quenby

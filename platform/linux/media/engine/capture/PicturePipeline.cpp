@@ -15,16 +15,11 @@ constexpr auto cropPart = "crop";
 // Longer than any work that a busy computer is late with.
 constexpr std::chrono::milliseconds patienceWithSource(10'000);
 
-// Pictures are cut before they are anything else, and repeated or left out before they are converted. The queue lets
-// the screen be read in time while a picture is converted.
+// Pictures are cut before they are anything else, and repeated after they were converted. The queue lets the screen be
+// read in time while a picture is converted.
 QByteArray pacingDescription(int frameRate) {
     return "videorate skip-to-first=true ! capsfilter caps=video/x-raw,framerate=" + QByteArray::number(frameRate) +
            "/1";
-}
-
-Error nothingToRecord() {
-    return Error(URLErrorCode::unknown, {{errorKey::reason, QStringLiteral("Nothing of the selection lies on the "
-                                                                           "screen. Select an area and try again.")}});
 }
 
 } // namespace
@@ -39,8 +34,8 @@ Result<void> PicturePipeline::start(const CaptureFeed& feed, int frameRate) {
         {sourcePart, feed.description},
         {cropPart, "videocrop name=cropping"},
         {"queue", "queue max-size-buffers=3 max-size-bytes=0 max-size-time=0"},
-        {"pacing", pacingDescription(frameRate)},
         {"conversion", "videoconvert ! capsfilter caps=video/x-raw,format=I420,colorimetry=bt709"},
+        {"pacing", pacingDescription(frameRate)},
         {"handover", "appsink name=pictures sync=false max-buffers=1 enable-last-sample=false"},
     };
     for (const auto& [part, description] : parts)
@@ -119,12 +114,13 @@ GstPadProbeReturn PicturePipeline::sizeKnown(GstCaps* caps) {
     const QSize size(info.width, info.height);
     if (size == size_)
         return GST_PAD_PROBE_OK;
-    // A movie has one size. Before its first picture, what turns them may still learn that it has to.
     const QRect crop = evenCrop(scaledCrop(feed_.crop, feed_.cropSize, size), size);
-    if (hasGiven_ || crop.isEmpty()) {
+    // A movie has one size.
+    const bool isOther = !size_.isEmpty() || (!feed_.onlySize.isEmpty() && size != feed_.onlySize);
+    if (isOther || crop.isEmpty()) {
         hasGone_ = true;
-        pipeline_.postFailure(sourcePart, crop.isEmpty() ? nothingToRecord().detail(errorKey::reason).toString()
-                                                         : QStringLiteral("The screen has another size now."));
+        pipeline_.postFailure(sourcePart, isOther ? QStringLiteral("The screen has another size now.")
+                                                  : QStringLiteral("Nothing of the selection lies on the screen."));
         return GST_PAD_PROBE_DROP;
     }
     size_ = size;

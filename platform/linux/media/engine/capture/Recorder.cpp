@@ -40,7 +40,7 @@ Recorder::~Recorder() { release(); }
 
 void Recorder::warmUp() {
     if (const auto framework = startFramework(); framework) {
-        encoders_ = installedEncoders(options_.encoders, CaptureInput().maximumFrameRate);
+        encoders_ = installedEncoders(options_.encoders);
         if (encoders_.isEmpty())
             notReadyBecause_ = missingElementReason(preferredEncoder);
         else
@@ -99,7 +99,7 @@ void Recorder::startMovie() {
                 movieEnded(end, text);
         });
         const Encoder encoder = encoders_.first();
-        const auto making = movie_->start(encoder, file_->descriptor());
+        const auto making = movie_->start(encoder, frameRate_, file_->descriptor());
         if (making) {
             qCInfo(captureLog, "encoding with %s", encoder.name.constData());
             trouble_.clear();

@@ -19,6 +19,8 @@ void X11Source::prepare(const CaptureInput& input) {
     }
     CaptureFeed feed;
     feed.description = x11SourceDescription(crop.translated(input.display.pixels.topLeft()), input.maximumFrameRate);
+    // A place that is not on the screen makes the element show the whole screen instead.
+    feed.onlySize = crop.size();
     watchDisplay(input.display.name);
     QMetaObject::invokeMethod(
         this, [this, feed] { Q_EMIT prepared(feed); }, Qt::QueuedConnection);

@@ -3,8 +3,6 @@
 #include "platform/linux/media/engine/player/MovieView.h"
 #include "platform/linux/media/engine/player/Playback.h"
 
-#include <gst/gst.h>
-
 #include <algorithm>
 
 namespace quenby {
@@ -18,9 +16,7 @@ constexpr auto endsBefore = 1ms;
 } // namespace
 
 GstMoviePlayer::GstMoviePlayer()
-    : view_(new MovieView) {
-    gst_init_check(nullptr, nullptr, nullptr); // the first call counts
-}
+    : view_(new MovieView) {}
 
 GstMoviePlayer::~GstMoviePlayer() {
     playback_.reset();

@@ -37,7 +37,7 @@ QSize naturalSize(GstDiscovererInfo* info) {
 }
 
 MovieFacts factsOf(const QByteArray& path) {
-    if (!isQuickTimeMovie(path))
+    if (!isQuickTimeMovie(path) || !gst_init_check(nullptr, nullptr, nullptr))
         return {};
     const GlibHandle<GstDiscoverer> discoverer(gst_discoverer_new(patience, nullptr));
     if (!discoverer)
@@ -56,7 +56,6 @@ MovieFacts factsOf(const QByteArray& path) {
 } // namespace
 
 void readMovieFacts(const QByteArray& path, QObject* context, MoviePlayers::FactsRead read) {
-    gst_init_check(nullptr, nullptr, nullptr); // the first call counts
     const CompletionGate<const MovieFacts&> gate(context, std::move(read));
     QThreadPool::globalInstance()->start([path, gate] { gate.deliver(factsOf(path)); });
 }

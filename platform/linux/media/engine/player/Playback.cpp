@@ -1,7 +1,10 @@
 #include "platform/linux/media/engine/player/Playback.h"
 
+#include "core/CompletionGate.h"
 #include "platform/linux/media/engine/player/MovieFile.h"
 #include "platform/linux/media/engine/player/PlaybackReasons.h"
+
+#include <QThreadPool>
 
 #include <gst/app/gstappsink.h>
 #include <gst/video/video.h>
@@ -18,23 +21,41 @@ using std::chrono::milliseconds;
 // As the toolkit has pixels in a 32-bit word.
 constexpr const char* pixelFormat = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? "BGRx" : "xRGB";
 // Pictures wait for the sounds beside them, which may lie seconds further on in the file.
-constexpr const char* queue = "queue max-size-buffers=0 max-size-bytes=67108864 max-size-time=5000000000 ! ";
+constexpr const char* roomyQueue = "queue max-size-buffers=0 max-size-bytes=67108864 max-size-time=5000000000 ";
 
 // Put together by hand: the framework's own player now and then loses the error of a file that it cannot read, and
 // would open anything that such a file names.
 QByteArray pictureParts() {
-    return QByteArray("filesrc name=file ! qtdemux name=demuxer demuxer.video_0 ! ") + queue +
-           "decodebin ! videoconvert ! videoflip video-direction=auto ! "
+    return QByteArray("filesrc name=file ! qtdemux name=demuxer demuxer.video_0 ! ") + roomyQueue +
+           "! decodebin ! videoconvert ! videoflip video-direction=auto ! "
            "appsink name=pictures max-buffers=1 drop=true qos=true caps=video/x-raw,format=" +
            pixelFormat;
 }
 QByteArray soundParts() {
-    return QByteArray(queue) + "decodebin ! audioconvert ! audioresample ! volume name=volume ! autoaudiosink";
+    return QByteArray(roomyQueue) +
+           "name=first ! decodebin ! audioconvert ! audioresample ! volume name=volume ! autoaudiosink";
 }
 // Some damage leaves the framework waiting for ever.
 constexpr std::chrono::seconds openingPatience{15};
 
+using SharedPipeline = std::shared_ptr<GstElement>;
 using GString = std::unique_ptr<gchar, decltype(&g_free)>;
+
+// The first pipeline loads the framework, and after a change of packages reads all of its plug-ins, which takes
+// seconds. Null when a part is missing. Threads: any; best not the main one.
+SharedPipeline makePipeline() {
+    if (!gst_init_check(nullptr, nullptr, nullptr)) // only the first call of the process counts
+        return nullptr;
+    GError* error = nullptr;
+    GstElement* const pipeline = gst_parse_launch(pictureParts().constData(), &error);
+    const GlibError owned(error);
+    const SharedPipeline made(pipeline ? static_cast<GstElement*>(gst_object_ref_sink(pipeline)) : nullptr,
+                              [](GstElement* unused) {
+                                  if (unused)
+                                      gst_object_unref(unused);
+                              });
+    return error ? nullptr : made;
+}
 
 milliseconds inMilliseconds(GstClockTime time) { return milliseconds(time / GST_MSECOND); }
 
@@ -183,28 +204,30 @@ Playback::Playback()
 Playback::~Playback() { stop(); }
 
 void Playback::open(const QByteArray& path) {
+    const CompletionGate<SharedPipeline> made(this, [this, path](const SharedPipeline& pipeline) {
+        pipeline_ = pipeline;
+        load(path);
+    });
+    QThreadPool::globalInstance()->start([made] { made.deliver(makePipeline()); });
+}
+
+void Playback::load(const QByteArray& path) {
     if (!isQuickTimeMovie(path))
-        return mailbox_->post([this, reason = unopenedReason(path)] { fail(reason); });
-    if (!makePipeline())
-        return mailbox_->post([this] { fail(noPlayerReason()); });
+        return fail(unopenedReason(path));
+    if (!pipeline_)
+        return fail(noPlayerReason());
+    connectPipeline();
     g_object_set(part("file").get(), "location", path.constData(), nullptr);
-    const GstHandle<GstBus> bus(gst_element_get_bus(pipeline_.get()));
-    gst_bus_set_sync_handler(bus.get(), &Callbacks::message, this, nullptr);
     connect(&opening_, &QTimer::timeout, this, [this] { fail(unreadMovieReason()); });
     connect(this, &Playback::settled, &opening_, &QTimer::stop);
     opening_.setSingleShot(true);
     opening_.start(openingPatience);
-    setPlaying(false);
+    setPlaying(isPlaying_);
 }
 
-bool Playback::makePipeline() {
-    GError* error = nullptr;
-    GstElement* const pipeline = gst_parse_launch(pictureParts().constData(), &error);
-    const GlibError owned(error);
-    if (pipeline)
-        pipeline_.reset(GST_ELEMENT(gst_object_ref_sink(pipeline)));
-    if (error)
-        return false;
+void Playback::connectPipeline() {
+    const GstHandle<GstBus> bus(gst_element_get_bus(pipeline_.get()));
+    gst_bus_set_sync_handler(bus.get(), &Callbacks::message, this, nullptr);
     const auto demuxer = part("demuxer");
     g_signal_connect(demuxer.get(), "pad-added", G_CALLBACK(&Callbacks::padCame), this);
     g_signal_connect(demuxer.get(), "no-more-pads", G_CALLBACK(&Callbacks::allPadsCame), this);
@@ -212,25 +235,32 @@ bool Playback::makePipeline() {
     callbacks.new_preroll = &Callbacks::preroll;
     callbacks.new_sample = &Callbacks::sample;
     gst_app_sink_set_callbacks(GST_APP_SINK(part("pictures").get()), &callbacks, this, nullptr);
-    return true;
 }
 
 GstHandle<GstElement> Playback::part(const char* name) const {
     return GstHandle<GstElement>(gst_bin_get_by_name(GST_BIN(pipeline_.get()), name));
 }
 
-// On a thread of the framework.
+// On a thread of the framework. A movie whose sound cannot be played is shown without it.
 void Playback::addSound(GstPad& pad) {
-    GstElement* const sound = gst_parse_bin_from_description(soundParts().constData(), TRUE, nullptr);
+    GstElement* const sound = gst_parse_bin_from_description(soundParts().constData(), FALSE, nullptr);
     if (!sound)
         return;
     gst_bin_add(GST_BIN(pipeline_.get()), sound);
+    const GstHandle<GstElement> first(gst_bin_get_by_name(GST_BIN(sound), "first"));
+    const GstHandle<GstPad> entry(gst_element_get_static_pad(first.get(), "sink"));
+    GstPad* const ghost = gst_ghost_pad_new("sink", entry.get());
+    gst_element_add_pad(sound, ghost);
+    if (gst_pad_link(&pad, ghost) != GST_PAD_LINK_OK) {
+        gst_bin_remove(GST_BIN(pipeline_.get()), sound);
+        return;
+    }
     gst_element_sync_state_with_parent(sound);
-    const GstHandle<GstPad> entry(gst_element_get_static_pad(sound, "sink"));
-    hasSound_ = gst_pad_link(&pad, entry.get()) == GST_PAD_LINK_OK;
+    hasSound_ = true;
 }
 
 void Playback::setPlaying(bool isPlaying) {
+    isPlaying_ = isPlaying;
     if (pipeline_)
         gst_element_set_state(pipeline_.get(), isPlaying ? GST_STATE_PLAYING : GST_STATE_PAUSED);
 }

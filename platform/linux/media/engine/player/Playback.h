@@ -51,14 +51,16 @@ private:
     struct Callbacks;
     class PictureSlot;
 
-    bool makePipeline();
+    void load(const QByteArray& path);
+    void connectPipeline();
     GstHandle<GstElement> part(const char* name) const;
     void addSound(GstPad& pad);
     void fail(const QString& reason);
 
     const std::shared_ptr<Mailbox> mailbox_;
     const std::shared_ptr<PictureSlot> pictures_;
-    GstHandle<GstElement> pipeline_;
+    std::shared_ptr<GstElement> pipeline_;
+    bool isPlaying_ = false;
     QTimer opening_;
     std::atomic<bool> hasPictures_ = false;
     std::atomic<bool> hasSound_ = false;

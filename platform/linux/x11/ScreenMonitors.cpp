@@ -1,6 +1,6 @@
-#include "platform/linux/desktop/ScreenMonitors.h"
+#include "platform/linux/x11/ScreenMonitors.h"
 
-#include "platform/linux/desktop/XcbReply.h"
+#include "platform/linux/x11/XcbReply.h"
 
 #include <xcb/randr.h>
 

@@ -1,0 +1,84 @@
+// The composition: what is captured goes into the Drive, and is not lost on the way.
+
+#include "tests/app/agent/AppDelegateStage.h"
+#include "workspace/window/AccountView.h"
+
+#include <QAbstractItemView>
+#include <QDir>
+#include <QSignalSpy>
+
+using namespace quenby;
+using namespace quenby::testing;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+class AppDelegateCapturesTest : public AppDelegateStage {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aScreenshotIsUploaded() {
+        signIn();
+        choose(u"Capture & Upload Screenshot"_s);
+        QVERIFY(window()->isMinimized()); // it would be in the picture
+        time_->advance(1s);
+        QVERIFY(captureTool_->isOpen() && captureTool_->take());
+        QTRY_COMPARE_WITH_TIMEOUT(notifications_->posted().size(), 1, patiently); // it is done with
+        choose(u"Quit Quenby"_s);
+        QTRY_COMPARE_WITH_TIMEOUT(quit_->size(), 1, patiently);
+        delegate_->applicationWillTerminate();
+        QVERIFY(!QDir(caches_->path(u"ScreenShotCaches"_s)).exists());
+    }
+
+    // How the program ends while a screenshot is on its way into the Drive, and whether its file is still there.
+    void capturesOnTheirWay_data() {
+        QTest::addColumn<QString>("end");
+        QTest::newRow("quit, which asks") << u"quit"_s;
+        QTest::newRow("the session") << u"session"_s;
+        QTest::newRow("a newer program") << u"newer"_s;
+    }
+    void capturesOnTheirWay() {
+        QFETCH(QString, end);
+        QVERIFY(
+            local_->orderFaults(R"([{"match":{"pathPrefix":"/upload/rpc","times":1000},"action":{"status":503}}])"));
+        signIn();
+        choose(u"Capture & Upload Screenshot"_s);
+        time_->advance(1s);
+        QVERIFY(captureTool_->take());
+        QTRY_COMPARE_WITH_TIMEOUT(listedUploads(), 1, patiently);
+        if (end == u"quit"_s) {
+            choose(u"Quit Quenby"_s);
+            choose(u"Quit Quenby"_s);
+            QCOMPARE(alerts_->waiting(), 1); // one question
+            alerts_->answer(1);
+            QTest::qWait(0);
+            QCOMPARE(quit_->size(), 0);
+            choose(u"Quit Quenby"_s);
+            alerts_->answer(0);
+        } else if (end == u"session"_s) {
+            sessionEnd_->requestEnd();
+        } else {
+            instance_->playNewerInstance();
+        }
+        QTRY_COMPARE(quit_->size(), 1);
+        delegate_->applicationWillTerminate();
+        QCOMPARE(QDir(caches_->path(u"ScreenShotCaches"_s)).entryList(QDir::Files).size(), 1);
+    }
+
+private:
+    void signIn() {
+        keep(keptGrant(*local_, owner));
+        launch();
+        QTRY_VERIFY_WITH_TIMEOUT(hosts_->fake() && hosts_->fake()->face(), patiently);
+        quit_ = std::make_unique<QSignalSpy>(delegate_.get(), &AppDelegate::quitRequested);
+    }
+    // In the window's side panel.
+    static int listedUploads() {
+        const auto* list = window()->accountView().findChild<QAbstractItemView*>();
+        return list && list->model() ? list->model()->rowCount() : 0;
+    }
+
+    std::unique_ptr<QSignalSpy> quit_;
+};
+
+QTEST_MAIN(AppDelegateCapturesTest)
+#include "tst_appdelegate_captures.moc"
