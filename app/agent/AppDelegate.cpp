@@ -31,7 +31,10 @@ constexpr std::chrono::milliseconds gaugePatience(500);
 void AppDelegate::applicationWillFinishLaunching() {
     // The upload state and the lists begin empty with the objects that hold them.
     platform_.singleInstance->setHandover([this] { return handOver(); });
-    connect(platform_.singleInstance.get(), &SingleInstance::endRequested, this, &AppDelegate::quitRequested);
+    connect(platform_.singleInstance.get(), &SingleInstance::endRequested, this, [this] {
+        isSucceeded_ = true; // also by one that did not wait for what would have been handed over
+        Q_EMIT quitRequested();
+    });
     connect(platform_.sessionEnd.get(), &SessionEnd::endRequested, this, &AppDelegate::quitRequested);
     captures_.beginWatching();
 }
@@ -74,16 +77,21 @@ void AppDelegate::QuitClick() {
         session_.callToSignIn(tr("To quit Quenby, finish the sign-in or cancel it first."));
         return;
     }
-    if (!captures_.areFilesNeeded()) {
+    if (!areCapturesNeeded()) {
         Q_EMIT quitRequested();
         return;
     }
-    if (quitQuestion_.isPending())
+    if (quitQuestion_.isPending()) {
+        if (isQuitAskedInWindow_) // it may have been minimised since, and the question with it
+            bringWorkspaceToFront();
         return;
+    }
+    isQuitAskedInWindow_ = windowForAlerts() != nullptr;
     quitQuestion_ =
         platform_.alerts->show(windowForAlerts(),
-                               {tr("A capture is not in the Drive yet"),
-                                tr("A screenshot or a recording is still being made or uploaded. Quitting ends that."),
+                               {tr("A capture is not finished yet"),
+                                tr("A screenshot or a recording is still being made, saved or uploaded. Quitting ends "
+                                   "that."),
                                 {},
                                 {tr("Quit"), tr("Cancel")}},
                                this, [this](int button) {
@@ -92,10 +100,15 @@ void AppDelegate::QuitClick() {
                                });
 }
 
+bool AppDelegate::areCapturesNeeded() const { return captures_.areFilesNeeded(heldUploads_.all()); }
+
 void AppDelegate::applicationWillTerminate() {
     pages_.saveAllTabDetailsToDefaults();
-    // What is still on its way into the Drive, or into a movie, would be lost; the next program's work lies there, too.
-    if (!isHandedOver_ && !captures_.areFilesNeeded())
+    // What lies in the folders is another program's: of the next one, or, before the launch, of the last one.
+    if (isSucceeded_ || !isLaunched_)
+        return;
+    // What is still on its way into the Drive, or into a movie, would be lost.
+    if (!areCapturesNeeded())
         captures_.removeFiles();
     for (const QString& name : {cacheFolderName::images, cacheFolderName::copiedPictures})
         platform_.cacheFolders->remove(name);
@@ -104,7 +117,6 @@ void AppDelegate::applicationWillTerminate() {
 // What the next program is given is not finished here as well.
 Handover AppDelegate::handOver() {
     holdUploads();
-    isHandedOver_ = true;
     return handoverFromWork({openFromDocList_, heldUploads_});
 }
 

@@ -90,6 +90,7 @@ private:
     void connectPages();
     void connectCaptures();
     void countTransfers();
+    bool areCapturesNeeded() const;
 
     void becameSingleInstance(const Handover& handover);
     Handover handOver();
@@ -146,7 +147,7 @@ private:
     QString accountTrouble_; // why there is nothing to tell of the account
     bool isLaunched_ = false;
     bool isLoginChecked_ = false;
-    bool isHandedOver_ = false;
+    bool isSucceeded_ = false;     // by a newer program
     QStringList earlyTroubles_;    // of the settings, before that
     bool isSignInRefused_ = false; // the one in the keyring
     std::unique_ptr<Timer> keyringPatience_;
@@ -156,6 +157,7 @@ private:
     CompletionTicket signOutQuestion_;
     CompletionTicket quitQuestion_;
     CompletionTicket otherAccountQuestion_;
+    bool isQuitAskedInWindow_ = false;
 };
 
 } // namespace quenby

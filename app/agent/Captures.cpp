@@ -2,6 +2,7 @@
 
 #include "app/agent/CacheFolderNames.h"
 #include "app/uploads/UploadPipeline.h"
+#include "app/uploads/UploadRequest.h"
 #include "platform/PlatformServices.h"
 
 #include <QFile>
@@ -15,6 +16,13 @@ namespace {
 const QStringList& foldersOfUploads() {
     static const QStringList folders{cacheFolderName::screenshots, cacheFolderName::recordings};
     return folders;
+}
+
+bool isAnyIn(const QByteArray& folder, const QList<QByteArray>& heldUploads) {
+    return std::any_of(heldUploads.begin(), heldUploads.end(), [below = QByteArray(folder + '/')](const auto& line) {
+        const auto request = requestFromLine(line);
+        return request && request->path.startsWith(below);
+    });
 }
 
 } // namespace
@@ -63,12 +71,13 @@ bool Captures::minimizeAllWindows() {
     return minimizeOtherWindows_() || wasReviewVisible;
 }
 
-bool Captures::areFilesNeeded() const {
-    if (recordings_.isRecording())
+bool Captures::areFilesNeeded(const QList<QByteArray>& heldUploads) const {
+    if (recordings_.isRecording() || recordings_.isSaving())
         return true;
     const QStringList& folders = foldersOfUploads();
-    return std::any_of(folders.begin(), folders.end(), [this](const QString& folder) {
-        return uploads_.isAnyIn(QFile::encodeName(platform_.cacheFolders->path(folder)));
+    return std::any_of(folders.begin(), folders.end(), [&](const QString& name) {
+        const QByteArray folder = QFile::encodeName(platform_.cacheFolders->path(name));
+        return uploads_.isAnyIn(folder) || isAnyIn(folder, heldUploads);
     });
 }
 

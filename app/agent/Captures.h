@@ -42,8 +42,9 @@ public:
     void fetchLastFromClipBoard() { clipboard_.fetchLastFromClipBoard(); }
     void screenCastAction() { recordings_.startRecordingSelf(); }
 
-    // Whether something would be lost with the folders of captured files: a recording that runs, an upload.
-    bool areFilesNeeded() const;
+    // Whether something would be lost with the folders of captured files: a recording that runs or is being saved, an
+    // upload, among them those that wait elsewhere (lines of the upload pipeline).
+    bool areFilesNeeded(const QList<QByteArray>& heldUploads) const;
     // At the end of the program, when they are not.
     void removeFiles();
 

@@ -24,6 +24,13 @@ QList<QByteArray> HeldUploads::of(const QString& account) const {
     return found == lines_.end() ? QList<QByteArray>() : found->second;
 }
 
+QList<QByteArray> HeldUploads::all() const {
+    QList<QByteArray> all;
+    for (const auto& [account, lines] : lines_)
+        all += lines;
+    return all;
+}
+
 qsizetype HeldUploads::count() const {
     qsizetype count = 0;
     for (const auto& [account, lines] : lines_)

@@ -20,6 +20,7 @@ public:
 
     QStringList accounts() const;
     QList<QByteArray> of(const QString& account) const;
+    QList<QByteArray> all() const;
     qsizetype count() const;
 
 private:

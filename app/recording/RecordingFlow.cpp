@@ -4,6 +4,7 @@
 #include "app/recording/InterruptedRecordings.h"
 #include "platform/Alerts.h"
 #include "platform/CacheFolders.h"
+#include "recording/review/MovieSaving.h"
 #include "recording/review/ShareVideoController.h"
 
 #include <QCoreApplication>
@@ -87,6 +88,7 @@ void RecordingFlow::becomeIdle() {
     state_.isRecordingVideoClicked = false;
     qApp->removeEventFilter(this);
     myStatusItemRemove_.remove();
+    notMade_.cancel(); // read later, it would end another recording
 }
 
 // It may be what is telling.
@@ -101,7 +103,7 @@ void RecordingFlow::releaseRecording() {
 
 // Nothing is recorded and the item is there all the same, until the message has been read.
 void RecordingFlow::sessionNotMade(const Error& error) {
-    surroundings_.alerts.show(
+    notMade_ = surroundings_.alerts.show(
         nullptr, {tr("The screen could not be recorded."), error.detail(errorKey::reason).toString(), {}, {tr("OK")}},
         this, [this](int) { stopRecordingSelf(); });
 }
@@ -163,8 +165,14 @@ void RecordingFlow::openShareVideoController(const QByteArray& path) {
             shareVideoControllerObj_.release()->deleteLater();
     });
     connect(review, &ShareVideoController::uploadRequested, this, &RecordingFlow::uploadRequested);
+    connect(review, &ShareVideoController::savingStarted, this, &RecordingFlow::savingStarted);
     shareVideoControllerObj_->setUrlVideo(path);
     shareVideoControllerObj_->showInFront();
+}
+
+void RecordingFlow::savingStarted(const MovieSaving* saving) {
+    ++savings_;
+    connect(saving, &MovieSaving::copyEnded, this, [this] { --savings_; });
 }
 
 bool RecordingFlow::minimizeReviewWindow() {

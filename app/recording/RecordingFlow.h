@@ -4,6 +4,7 @@
 #pragma once
 
 #include "app/recording/StopItem.h"
+#include "core/CompletionGate.h"
 #include "core/TimeSource.h"
 #include "recording/RecordingState.h"
 #include "recording/session/ScreenRecording.h"
@@ -18,6 +19,7 @@ namespace quenby {
 class Alerts;
 class FileBrowser;
 class FilePanels;
+class MovieSaving;
 class MoviePlayers;
 class Opener;
 class ShareVideoController;
@@ -56,6 +58,8 @@ public:
     const RecordingState& state() const { return state_; }
     // From the start of a recording until its movie is in the review window.
     bool isRecording() const { return isMovieAwaited_; }
+    // A movie is being copied to where the user wants it.
+    bool isSaving() const { return savings_ > 0; }
     // Only when it is visible; whether it was.
     bool minimizeReviewWindow();
     // Movies that a run of the program which did not end well has left: the newest of them is shown.
@@ -77,6 +81,7 @@ private:
     void recordingFinished(const QByteArray& path, const QString& note);
     void recordingFailed(const QString& message, const QString& information);
     void releaseRecording();
+    void savingStarted(const MovieSaving* saving);
 
     const Surroundings surroundings_;
     RecordingState state_;
@@ -84,7 +89,9 @@ private:
     std::unique_ptr<ShareVideoController> shareVideoControllerObj_;
     StopItem myStatusItemRemove_;
     std::unique_ptr<Timer> soon_; // the stop, or the review window
+    CompletionTicket notMade_;    // while the message that nothing can be recorded is what ends the recording
     bool isMovieAwaited_ = false;
+    int savings_ = 0; // that run; they outlive their review window
 };
 
 } // namespace quenby

@@ -24,7 +24,7 @@ QString runningTime(std::chrono::seconds time) {
 StopItem::StopItem(MakeHosts makeHosts, std::shared_ptr<TimeSource> timeSource)
     : makeHosts_(std::move(makeHosts))
     , timeSource_(std::move(timeSource)) {
-    connect(menu_.addAction(tr("&Stop Recording")), &QAction::triggered, this, &StopItem::clicked);
+    connect(menu_.addAction(tr("&Stop Recording")), &QAction::triggered, this, &StopItem::press);
 }
 
 StopItem::~StopItem() = default;
@@ -40,13 +40,21 @@ void StopItem::followHost() {
     StatusItemHost* host = hosts_->host();
     if (!host)
         return;
-    connect(host, &StatusItemHost::clicked, this, &StopItem::clicked);
-    connect(host, &StatusItemHost::middleClicked, this, &StopItem::clicked);
+    connect(host, &StatusItemHost::clicked, this, &StopItem::press);
+    connect(host, &StatusItemHost::middleClicked, this, &StopItem::press);
     connect(host, &StatusItemHost::menuRequested, this, [this](const QPoint& position) { menu_.popup(position); });
     host->show(*this, menu_);
 }
 
+// The second half of a double click may be on its way already when the item goes.
+void StopItem::press() {
+    if (isShown())
+        Q_EMIT clicked();
+}
+
 void StopItem::startClock() {
+    if (!isShown()) // stopped before the first frame
+        return;
     began_ = timeSource_->elapsed();
     scheduleTick();
 }

@@ -35,6 +35,7 @@ Q_SIGNALS:
     void clicked();
 
 private:
+    void press();
     void followHost();
     void scheduleTick();
 

@@ -12,6 +12,12 @@
 namespace quenby {
 namespace {
 
+// Not the toolkit's own: the main thread lends that one's threads for painting, and would wait for a long copy.
+QThreadPool& copyThreads() {
+    static QThreadPool threads;
+    return threads;
+}
+
 QString alertTitle() { return QStringLiteral("Alert"); }
 
 } // namespace
@@ -38,11 +44,8 @@ MovieSaving::~MovieSaving() { *isStopped_ = true; }
 
 void MovieSaving::copy() {
     const CompletionGate<const MovieCopyResult&> gate(this, [this](const MovieCopyResult& result) { ended(result); });
-    QThreadPool::globalInstance()->start([movie = movie_, destination = destination_, isStopped = isStopped_, gate] {
-        // A long copy takes nobody else's turn.
-        QThreadPool::globalInstance()->releaseThread();
+    copyThreads().start([movie = movie_, destination = destination_, isStopped = isStopped_, gate] {
         gate.deliver(copyMovie(movie, destination, *isStopped));
-        QThreadPool::globalInstance()->reserveThread();
     });
 }
 

@@ -130,6 +130,7 @@ void ShareVideoController::save(const QByteArray& destination) {
     ui_.setSaving(true);
     const MovieSaving* saving = MovieSaving::start(urlVideo_, destination, services_.alerts, services_.fileBrowser);
     connect(saving, &MovieSaving::copyEnded, this, &ShareVideoController::copyEnded);
+    Q_EMIT savingStarted(saving);
 }
 
 void ShareVideoController::copyEnded(MovieCopyResult::End end) {

@@ -19,6 +19,7 @@ class FileBrowser;
 class FilePanels;
 class MoviePlayer;
 class MoviePlayers;
+class MovieSaving;
 class Opener;
 struct MovieFacts;
 
@@ -69,6 +70,8 @@ Q_SIGNALS:
     // With the first two the window is closed already.
     void newRecordingRequested();
     void uploadRequested(const QByteArray& path);
+    // It goes on when the window is closed.
+    void savingStarted(const quenby::MovieSaving* saving);
     // Once; through the event loop, and so after whatever was requested.
     void closed();
 

@@ -123,7 +123,8 @@ void ScreenRecording::addDisplayInputToCaptureSession(const Display& display, co
 
 // Overlays that lie where no display is would be a trap.
 void ScreenRecording::displaysChanged() {
-    if (services_.state.isRecordingVideoClicked) {
+    // Any key ends the waiting for a selection, but not the overlays.
+    if (services_.state.isRecordingVideoClicked || !shadeWindows_.empty()) {
         closeOverlays();
         Q_EMIT abandoned();
         return;

@@ -1,5 +1,7 @@
 // The composition: what is captured goes into the Drive, and is not lost on the way.
 
+#include "app/agent/HandoverLines.h"
+#include "app/uploads/UploadRequest.h"
 #include "tests/app/agent/AppDelegateStage.h"
 #include "workspace/window/AccountView.h"
 
@@ -64,7 +66,46 @@ private Q_SLOTS:
         QCOMPARE(QDir(caches_->path(u"ScreenShotCaches"_s)).entryList(QDir::Files).size(), 1);
     }
 
+    // What was taken over from the program before waits for its own account.
+    void quittingAsksForHeldCaptures() {
+        HeldUploads held;
+        held.hold(u"somebody else"_s, {lineFromRequest({QFile::encodeName(capture()), u"Screen Shot"_s})});
+        instance_->setInheritance(handoverFromWork({{}, held}));
+        signIn();
+        QTRY_COMPARE_WITH_TIMEOUT(alerts_->waiting(), 1, patiently); // whether to upload it here
+        choose(u"Quit Quenby"_s);
+        QCOMPARE(alerts_->waiting(), 2);
+        QCOMPARE(quit_->size(), 0);
+    }
+
+    // The folders of captures are one program's at a time.
+    void anotherProgramsFilesStay_data() {
+        QTest::addColumn<bool>("isLaunched");
+        QTest::newRow("of the next one, which did not wait") << true;
+        QTest::newRow("of the last one, which has not ended") << false;
+    }
+    void anotherProgramsFilesStay() {
+        QFETCH(bool, isLaunched);
+        if (isLaunched) {
+            signIn();
+            Q_EMIT instance_->endRequested();
+            QCOMPARE(quit_->size(), 1);
+        } else {
+            instance_->hold();
+            launch();
+        }
+        const QString file = capture();
+        delegate_->applicationWillTerminate();
+        QVERIFY(QFile::exists(file));
+    }
+
 private:
+    QString capture() {
+        QFile file(caches_->create(u"ScreenShotCaches"_s).value() + u"/capture.png"_s);
+        if (!file.open(QIODevice::WriteOnly))
+            qFatal("A file for the test can't be written.");
+        return file.fileName();
+    }
     void signIn() {
         keep(keptGrant(*local_, owner));
         launch();

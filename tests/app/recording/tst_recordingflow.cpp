@@ -16,8 +16,11 @@
 #include <QApplication>
 #include <QFile>
 #include <QLoggingCategory>
+#include <QPushButton>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTest>
+#include <QThreadPool>
 
 using namespace quenby;
 using namespace quenby::testing;
@@ -65,7 +68,9 @@ private Q_SLOTS:
         QVERIFY(flow_->isRecording());
         time_->advance(67s);
         QVERIFY(stopItem()->face()->toolTip().contains(u"1:07"_s));
-        Q_EMIT stopItem()->clicked();
+        StatusItemHost* const item = stopItem();
+        Q_EMIT item->clicked();
+        Q_EMIT item->clicked(); // a double click
         QVERIFY(!flow_->state().isRecordingVideo);
         QTRY_VERIFY(!stopItemHosts_);
         QCOMPARE(session()->stops(), 0);
@@ -159,6 +164,12 @@ private Q_SLOTS:
         displays_->set({FakeDisplays::display(1, {0, 0, 800, 600})});
         QTRY_VERIFY(overlays().isEmpty() && !flow_->state().isRecordingVideo);
 
+        flow_->startRecordingSelf();
+        press(Qt::Key_A); // leaves the overlay to the pointer
+        displays_->set({FakeDisplays::display(1, {0, 0, 1024, 768})});
+        QTRY_VERIFY(overlays().isEmpty() && !flow_->state().isRecordingVideo && !stopItemHosts_);
+        displays_->set({FakeDisplays::display(1, {0, 0, 800, 600})});
+
         record();
         displays_->set({FakeDisplays::display(1, {0, 0, 800, 600}), FakeDisplays::display(2, {800, 0, 800, 600})});
         QCOMPARE(session()->stops(), 0); // what is recorded is still there
@@ -193,9 +204,16 @@ private Q_SLOTS:
         QCOMPARE(alerts_->shown().last().alert.informativeText, u"Install it."_s);
         alerts_->answer(0);
         QTRY_VERIFY(!flow_->state().isRecordingVideo && !stopItemHosts_);
-        sessions_->setFailure({});
 
+        flow_->startRecordingSelf();
+        QTRY_VERIFY(stopItem());
+        Q_EMIT stopItem()->clicked();
+        sessions_->setFailure({});
         record();
+        alerts_->answer(0); // the old message is read at last
+        QTest::qWait(0);
+        QVERIFY(flow_->state().isRecordingVideo && stopItemHosts_);
+
         Q_EMIT session()->recordingFailed(Error(errorDomain::posix, 28, {{errorKey::reason, u"Make room."_s}}));
         QCOMPARE(alerts_->shown().last().alert.informativeText, u"Make room."_s);
         QVERIFY(!flow_->state().isRecordingVideo && !flow_->isRecording());
@@ -234,6 +252,32 @@ private Q_SLOTS:
         QVERIFY(reviewWindow());
         QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden), (QStringList{u"a (2).mov"_s, u"a.mov"_s}));
         QVERIFY(recoverInterruptedRecordings(folder).isEmpty());
+    }
+
+    // The movie must not be removed meanwhile.
+    void whetherAMovieIsBeingSaved() {
+        QFile movie(caches_->create(u"ScreenCastCache"_s).value() + u"/a.mov"_s);
+        QVERIFY(movie.open(QFile::WriteOnly) && movie.write("movie") > 0);
+        movie.close();
+        flow_->openShareVideoController(QFile::encodeName(movie.fileName()));
+        const auto buttons = reviewWindow()->findChildren<QPushButton*>();
+        const auto save = std::find_if(buttons.begin(), buttons.end(), [](const QPushButton* button) {
+            return button->text().remove(u'&').startsWith(u"Save"_s);
+        });
+        QVERIFY(save != buttons.end());
+        QSemaphore disk; // which is slow
+        QThreadPool::globalInstance()->setMaxThreadCount(1);
+        QThreadPool::globalInstance()->start([&disk] { disk.acquire(); });
+        (*save)->click();
+        QVERIFY(!flow_->isSaving());
+        panels_.choose({QFile::encodeName(movie.fileName() + u".copy"_s)});
+        QTRY_VERIFY(flow_->isSaving());
+        reviewWindow()->close();
+        QTRY_VERIFY(!reviewWindow());
+        QVERIFY(flow_->isSaving());
+        disk.release();
+        QTRY_VERIFY(!flow_->isSaving());
+        QCOMPARE(alerts_->waiting(), 1);
     }
 
 private:

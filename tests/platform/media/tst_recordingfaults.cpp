@@ -294,10 +294,14 @@ private Q_SLOTS:
         QVERIFY(recording.stop());
         recording.session->stopRecording();
         recording.session->startRecording(QFile::encodeName(path_));
-        QTest::qWait(0);
+        QCOMPARE(recording.ended, 1);
+        QVERIFY(QDir(folder_->path()).isEmpty(QDir::Files | QDir::Hidden));
+        // What it had begun meanwhile ends, and the next one is not disturbed.
+        const Recording another(path_);
+        QVERIFY(another.hasStarted() && another.hasPieces(1) && another.stop());
+        QVERIFY(isWhole(path_, 15));
         QCOMPARE(recording.ended, 1);
         QCOMPARE(recording.started, 0);
-        QVERIFY(QDir(folder_->path()).isEmpty(QDir::Files | QDir::Hidden));
     }
 
     // Nobody asks for it any more, and still it is brought to its end.

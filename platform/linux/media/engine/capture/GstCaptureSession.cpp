@@ -7,17 +7,15 @@ namespace {
 
 constexpr int highestRate = 60; // pictures a second
 
-template <typename Function>
-void callOn(Recorder* recorder, Function function) {
-    QMetaObject::invokeMethod(recorder, std::move(function), Qt::QueuedConnection);
-}
-
 } // namespace
 
 GstCaptureSession::GstCaptureSession(std::unique_ptr<CaptureSource> source, Recorder* recorder)
     : source_(std::move(source))
-    , recorder_(recorder) {
+    , recorder_(recorder)
+    , box_(Mailbox::forContext(recorder)) {
     connect(recorder_, &Recorder::ready, this, [this] {
+        if (state_ == State::over)
+            return;
         isReady_ = true;
         source_->warmUp();
         prepareWhenReady();
@@ -32,12 +30,12 @@ GstCaptureSession::GstCaptureSession(std::unique_ptr<CaptureSource> source, Reco
     connect(source_.get(), &CaptureSource::prepared, this, &GstCaptureSession::record);
     connect(source_.get(), &CaptureSource::failed, this, &GstCaptureSession::fail);
     connect(source_.get(), &CaptureSource::gone, this,
-            [this] { callOn(recorder_, [recorder = recorder_] { recorder->end(RecordingEnd::sourceGone); }); });
-    callOn(recorder_, [recorder = recorder_] { recorder->warmUp(); });
+            [this] { box_->post([recorder = recorder_] { recorder->end(RecordingEnd::sourceGone); }); });
+    box_->post([recorder = recorder_] { recorder->warmUp(); });
 }
 
 GstCaptureSession::~GstCaptureSession() {
-    callOn(recorder_, [recorder = recorder_] { recorder->retire(); });
+    box_->post([recorder = recorder_] { recorder->retire(); });
 }
 
 void GstCaptureSession::setScreenInput(const CaptureInput& input) {
@@ -64,20 +62,22 @@ void GstCaptureSession::record(const CaptureFeed& feed) {
     if (state_ != State::preparing)
         return;
     state_ = State::recording;
-    callOn(recorder_, [recorder = recorder_, feed, rate = input_.maximumFrameRate, path = path_] {
+    box_->post([recorder = recorder_, feed, rate = input_.maximumFrameRate, path = path_] {
         recorder->start(feed, rate, path);
     });
 }
 
 void GstCaptureSession::stopRecording() {
     if (state_ == State::recording)
-        return callOn(recorder_, [recorder = recorder_] { recorder->end(RecordingEnd::asked); });
+        return box_->post([recorder = recorder_] { recorder->end(RecordingEnd::asked); });
     if (state_ != State::asked && state_ != State::preparing)
         return;
     // The desktop may still be asking what may be recorded; the user has answered in another way.
     state_ = State::over;
+    const Error withdrawn(errorDomain::url, 0,
+                          {{errorKey::reason, QStringLiteral("The recording was stopped before it began.")}});
     QMetaObject::invokeMethod(
-        this, [this] { fail(Error(errorDomain::url, 0)); }, Qt::QueuedConnection);
+        this, [this, withdrawn] { fail(withdrawn); }, Qt::QueuedConnection);
 }
 
 void GstCaptureSession::fail(const Error& error) {

@@ -33,6 +33,7 @@ private:
     bool isReady_ = false;
     std::unique_ptr<CaptureSource> source_;
     Recorder* const recorder_;
+    const std::shared_ptr<Mailbox> box_; // the recorder's
 };
 
 // Makes sessions. Threads: the main thread; sessions go before it, and it goes before the application.

@@ -8,10 +8,14 @@ constexpr auto muxerPart = "muxer";
 constexpr auto filePart = "file";
 constexpr auto muxedFormat = "video/x-h264,stream-format=avc,alignment=au";
 
-GstPadProbeReturn firstCame(GstPad*, GstPadProbeInfo*, gpointer flag) {
-    **static_cast<std::shared_ptr<std::atomic<bool>>*>(flag) = true;
-    return GST_PAD_PROBE_REMOVE;
+using Count = std::shared_ptr<std::atomic<int>>;
+
+GstPadProbeReturn countPicture(GstPad*, GstPadProbeInfo*, gpointer count) {
+    ++**static_cast<Count*>(count);
+    return GST_PAD_PROBE_OK;
 }
+
+void dropCount(gpointer count) { delete static_cast<Count*>(count); }
 
 // The muxer says of itself that it takes no picture below 16 pixels, and writes any all the same.
 GstPadProbeReturn anySizeFits(GstPad*, GstPadProbeInfo* info, gpointer) {
@@ -34,8 +38,6 @@ GstPadProbeReturn anySizeFits(GstPad*, GstPadProbeInfo* info, gpointer) {
     return GST_PAD_PROBE_HANDLED;
 }
 
-void dropFlag(gpointer flag) { delete static_cast<std::shared_ptr<std::atomic<bool>>*>(flag); }
-
 } // namespace
 
 MoviePipeline::MoviePipeline(Ended ended)
@@ -55,8 +57,8 @@ Result<void> MoviePipeline::start(const Encoder& encoder, int frameRate, int des
     for (const auto& [part, description] : parts)
         if (auto appended = pipeline_.append(part, description); !appended)
             return appended;
-    gst_pad_add_probe(pipeline_.output(encoderPart).get(), GST_PAD_PROBE_TYPE_BUFFER, &firstCame,
-                      new std::shared_ptr<std::atomic<bool>>(hasRecorded_), &dropFlag);
+    gst_pad_add_probe(pipeline_.output(encoderPart).get(), GST_PAD_PROBE_TYPE_BUFFER, &countPicture,
+                      new Count(recorded_), &dropCount);
     const GstHandle<GstPad> muxed(gst_element_get_static_pad(pipeline_.element("muxing"), "video_0"));
     gst_pad_add_probe(muxed.get(), GST_PAD_PROBE_TYPE_QUERY_DOWNSTREAM, &anySizeFits, nullptr, nullptr);
     if (!pipeline_.start())

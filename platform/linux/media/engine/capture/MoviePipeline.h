@@ -24,8 +24,8 @@ public:
     Result<void> start(const Encoder& encoder, int frameRate, int descriptor);
     // Where the pictures go in.
     GstAppSrc* pictures() const;
-    // Whether anything came out of the encoder.
-    bool hasRecorded() const { return *hasRecorded_; }
+    // How many pictures have come out of the encoder.
+    int recorded() const { return *recorded_; }
     // No more pictures: the movie is brought to its end, and ended() tells.
     void finish();
     // The same without the encoder, which does not answer any more.
@@ -35,7 +35,7 @@ public:
 private:
     void tell(const PipelineReport& report);
 
-    const std::shared_ptr<std::atomic<bool>> hasRecorded_ = std::make_shared<std::atomic<bool>>(false);
+    const std::shared_ptr<std::atomic<int>> recorded_ = std::make_shared<std::atomic<int>>(0);
     const Ended ended_;
     Pipeline pipeline_; // last: it stops before the rest goes
 };

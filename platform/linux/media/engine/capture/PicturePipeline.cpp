@@ -115,8 +115,8 @@ GstPadProbeReturn PicturePipeline::sizeKnown(GstCaps* caps) {
     if (size == size_)
         return GST_PAD_PROBE_OK;
     const QRect crop = evenCrop(scaledCrop(feed_.crop, feed_.cropSize, size), size);
-    // A movie has one size.
-    const bool isOther = !size_.isEmpty() || (!feed_.onlySize.isEmpty() && size != feed_.onlySize);
+    // A movie has one size. Before its first picture, the element that turns pictures may still learn that it has to.
+    const bool isOther = hasGiven_ || (!feed_.onlySize.isEmpty() && size != feed_.onlySize);
     if (isOther || crop.isEmpty()) {
         hasGone_ = true;
         pipeline_.postFailure(sourcePart, isOther ? QStringLiteral("The screen has another size now.")

@@ -168,7 +168,8 @@ void Recorder::movieEnded(MoviePipeline::End end, const QString& text) {
 void Recorder::encoderFailed(const QString& text) {
     if (end_ == RecordingEnd::encoderFailed)
         return; // the consequences of the first failure
-    if (!movie_->hasRecorded() && !isEnding())
+    // Less than a second is no recording yet.
+    if (movie_->recorded() < frameRate_ && !isEnding())
         return tryNextEncoder(text);
     qCWarning(captureLog, "the encoder fails: %s", qUtf8Printable(text));
     if (!isEnding())
@@ -221,7 +222,7 @@ void Recorder::conclude(bool isWhole) {
     handover_->connectTo(nullptr, frameRate_);
     movie_->stop();
     screen_->stop();
-    if (!movie_->hasRecorded() || (!isWhole && !file_->keepWholePieces()))
+    if (movie_->recorded() == 0 || (!isWhole && !file_->keepWholePieces()))
         return fail(withDetails(QStringLiteral("There is no movie, because the recording failed at once. Make sure "
                                                "that the disk has room, and try again."),
                                 trouble_));

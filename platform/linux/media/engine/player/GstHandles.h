@@ -13,12 +13,6 @@ struct GstUnref {
 template <typename Object>
 using GstHandle = std::unique_ptr<Object, GstUnref>;
 
-struct GlibUnref {
-    void operator()(gpointer object) const { g_object_unref(object); }
-};
-template <typename Object>
-using GlibHandle = std::unique_ptr<Object, GlibUnref>;
-
 struct GlibErrorFree {
     void operator()(GError* error) const { g_error_free(error); }
 };

@@ -18,6 +18,4 @@ bool isQuickTimeMovie(const QByteArray& path) {
     return std::any_of(kinds.begin(), kinds.end(), [&kind](const char* known) { return kind == known; });
 }
 
-QByteArray movieAddress(const QByteArray& path) { return "file://" + path.toPercentEncoding("/"); }
-
 } // namespace quenby

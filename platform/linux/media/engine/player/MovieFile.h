@@ -9,7 +9,4 @@ namespace quenby {
 // itself a movie for one, and fetch what it names from the network.
 bool isQuickTimeMovie(const QByteArray& path);
 
-// The framework knows files by their addresses. The path is absolute; its bytes need not be text in any encoding.
-QByteArray movieAddress(const QByteArray& path);
-
 } // namespace quenby

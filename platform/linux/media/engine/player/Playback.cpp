@@ -1,6 +1,7 @@
 #include "platform/linux/media/engine/player/Playback.h"
 
 #include "core/CompletionGate.h"
+#include "platform/linux/media/engine/player/FrameworkThreads.h"
 #include "platform/linux/media/engine/player/MovieFile.h"
 #include "platform/linux/media/engine/player/PlaybackReasons.h"
 
@@ -208,7 +209,7 @@ void Playback::open(const QByteArray& path) {
         pipeline_ = pipeline;
         load(path);
     });
-    QThreadPool::globalInstance()->start([made] { made.deliver(makePipeline()); });
+    frameworkThreads().start([made] { made.deliver(makePipeline()); });
 }
 
 void Playback::load(const QByteArray& path) {
