@@ -56,7 +56,7 @@ void AppDelegate::becameSingleInstance(const Handover& handover) {
     loginAccess();
     platform_.statusItemHosts->start();
     statusItem_.createAndSetIconOfStatusBarIsInstant(u"n");
-    captures_.showInterruptedRecordings();
+    captures_.findInterruptedRecordings();
     isLaunched_ = true;
 }
 
@@ -158,6 +158,8 @@ void AppDelegate::loginChecked(const MaybeError& keyringTrouble) {
     const auto goOn = [this, isAskedFor = !keyringTrouble] {
         if (isAskedFor)
             session_.makeLoginInGoogle(&window_);
+        else
+            captures_.showInterruptedRecordings();
     };
     if (launchAlert_.isPending())
         return;
@@ -179,6 +181,7 @@ void AppDelegate::becameSignedIn() {
     account_ = session_.signedInUsername() + QStringLiteral(" (") + surroundings_.drive.endpoints().keychainItemName +
                QLatin1Char(')');
     uploadPendingFiles();
+    captures_.showInterruptedRecordings();
 }
 
 void AppDelegate::Drive_Open() {
@@ -204,6 +207,7 @@ void AppDelegate::signInEnded(const MaybeError& error) {
         window_.welcomeView().showTrouble(tr("The sign-in failed: ") + error->description());
     else if (!session_.UserLogin())
         window_.welcomeView().showReady();
+    captures_.showInterruptedRecordings();
     refreshStatusItem();
 }
 

@@ -58,8 +58,6 @@ void Captures::beginWatching() {
     platform_.screenshotQuery->start();
 }
 
-void Captures::showInterruptedRecordings() { recordings_.showInterruptedRecordings(); }
-
 void Captures::leaveAccount() { clipboard_.cancel(); }
 
 void Captures::uploadInto(const QString& folderName, const QByteArray& path) {
@@ -82,8 +80,10 @@ bool Captures::areFilesNeeded(const QList<QByteArray>& heldUploads) const {
 }
 
 void Captures::removeFiles() {
-    for (const QString& folder : foldersOfUploads())
-        platform_.cacheFolders->remove(folder);
+    for (const QString& folder : foldersOfUploads()) {
+        if (folder != cacheFolderName::recordings || !recordings_.areInterruptedWaiting())
+            platform_.cacheFolders->remove(folder);
+    }
 }
 
 } // namespace quenby

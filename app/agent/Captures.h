@@ -33,8 +33,10 @@ public:
 
     // At the launch: screenshots that are made from now on are noticed.
     void beginWatching();
-    // Once this is the only program of its user: what an earlier one left unfinished is shown.
-    void showInterruptedRecordings();
+    // Once this is the only program of its user: what an earlier one left unfinished is found; and shown once the
+    // windows of the launch are there, which would cover it.
+    void findInterruptedRecordings() { recordings_.findInterruptedRecordings(); }
+    void showInterruptedRecordings() { recordings_.showInterruptedRecordings(); }
     // At sign-out: what was about to be asked for the account is not.
     void leaveAccount();
 
@@ -45,7 +47,7 @@ public:
     // Whether something would be lost with the folders of captured files: a recording that runs or is being saved, an
     // upload, among them those that wait elsewhere (lines of the upload pipeline).
     bool areFilesNeeded(const QList<QByteArray>& heldUploads) const;
-    // At the end of the program, when they are not.
+    // At the end of the program, when they are not. Recordings that nobody was shown stay.
     void removeFiles();
 
 private:

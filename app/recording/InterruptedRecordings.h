@@ -1,4 +1,5 @@
-// Recordings that a killed program has left: they play up to their last seconds. Threads: any.
+// Recordings that an earlier run of the program has left: it was killed, or ended while something was recorded. A good
+// end leaves none. Threads: any.
 #pragma once
 
 #include <QByteArray>
@@ -7,8 +8,8 @@
 
 namespace quenby {
 
-// Gives the unfinished movies in the folder their names; the paths, oldest first. Empty ones are removed. Nothing that
-// exists is replaced.
+// All movies in the folder, oldest first. Unfinished ones, which play up to their last seconds, get their names before;
+// empty ones are removed. Nothing that exists is replaced.
 QList<QByteArray> recoverInterruptedRecordings(const QString& folder);
 
 } // namespace quenby

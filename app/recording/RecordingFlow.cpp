@@ -16,7 +16,7 @@ namespace {
 
 Q_LOGGING_CATEGORY(recordingLog, "quenby.recording")
 
-// Let the status bar and the file come to rest.
+// Let the status bar and the file come to rest, and windows that were shown before.
 constexpr std::chrono::milliseconds delayBeforeStop(100);
 constexpr std::chrono::milliseconds delayBeforeReview(200);
 
@@ -179,13 +179,17 @@ bool RecordingFlow::minimizeReviewWindow() {
     return shareVideoControllerObj_ && shareVideoControllerObj_->minimizeWindow();
 }
 
+void RecordingFlow::findInterruptedRecordings() {
+    interrupted_ = recoverInterruptedRecordings(surroundings_.cacheFolders.path(cacheFolderName::recordings));
+    if (areInterruptedWaiting())
+        qCInfo(recordingLog, "Recordings that were interrupted: %d", int(interrupted_.size()));
+}
+
 void RecordingFlow::showInterruptedRecordings() {
-    const QString folder = surroundings_.cacheFolders.path(cacheFolderName::recordings);
-    const QList<QByteArray> movies = recoverInterruptedRecordings(folder);
-    if (movies.isEmpty())
-        return;
-    qCInfo(recordingLog, "Recordings that were interrupted: %d", int(movies.size()));
-    openShareVideoController(movies.last());
+    const bool isBusy = state_.isRecordingVideo || isMovieAwaited_ || shareVideoControllerObj_;
+    if (areInterruptedWaiting() && !isBusy)
+        soon_ = surroundings_.timeSource->startTimer(
+            delayBeforeReview, [this] { openShareVideoController(std::exchange(interrupted_, {}).last()); });
 }
 
 } // namespace quenby

@@ -62,8 +62,13 @@ public:
     bool isSaving() const { return savings_ > 0; }
     // Only when it is visible; whether it was.
     bool minimizeReviewWindow();
-    // Movies that a run of the program which did not end well has left: the newest of them is shown.
+    // Movies that a run of the program which did not end well has left. Before anything is recorded.
+    void findInterruptedRecordings();
+    // The newest of them, above the windows that were shown just now. They wait on when there is something newer to
+    // look at already.
     void showInterruptedRecordings();
+    // Found, and not shown yet.
+    bool areInterruptedWaiting() const { return !interrupted_.isEmpty(); }
 
 Q_SIGNALS:
     // The movie, to be uploaded into the folder of the recordings.
@@ -88,8 +93,9 @@ private:
     std::unique_ptr<ScreenRecording> ScreenRecordingObj_;
     std::unique_ptr<ShareVideoController> shareVideoControllerObj_;
     StopItem myStatusItemRemove_;
-    std::unique_ptr<Timer> soon_; // the stop, or the review window
-    CompletionTicket notMade_;    // while the message that nothing can be recorded is what ends the recording
+    std::unique_ptr<Timer> soon_;   // the stop, or the review window
+    CompletionTicket notMade_;      // while the message that nothing can be recorded is what ends the recording
+    QList<QByteArray> interrupted_; // paths, oldest first
     bool isMovieAwaited_ = false;
     int savings_ = 0; // that run; they outlive their review window
 };

@@ -1,5 +1,7 @@
 #include "popover/window/X11ButtonWatch.h"
 
+#include "widgets/X11Connection.h"
+
 #include <QGuiApplication>
 
 #include <array>
@@ -42,11 +44,6 @@ struct RawButtonEvent {
 };
 static_assert(sizeof(RawButtonEvent) == 20);
 
-xcb_connection_t* connectionToServer() {
-    const auto* x11 = qApp ? qApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-    return x11 ? x11->connection() : nullptr;
-}
-
 // Each screen of the display has a root; the toolkit shows windows on one of them.
 void select(xcb_connection_t* connection, std::uint32_t mask) {
     for (auto screen = xcb_setup_roots_iterator(xcb_get_setup(connection)); screen.rem > 0; xcb_screen_next(&screen)) {
@@ -63,7 +60,7 @@ void select(xcb_connection_t* connection, std::uint32_t mask) {
 } // namespace
 
 void X11ButtonWatch::start() {
-    xcb_connection_t* const connection = connectionToServer();
+    xcb_connection_t* const connection = x11Connection();
     const auto* extension = connection ? xcb_get_extension_data(connection, &inputExtension) : nullptr;
     if (extension_ != 0 || !extension || !extension->present)
         return;
@@ -79,7 +76,7 @@ void X11ButtonWatch::stop() {
     if (!qApp)
         return;
     qApp->removeNativeEventFilter(this);
-    if (xcb_connection_t* const connection = connectionToServer())
+    if (xcb_connection_t* const connection = x11Connection())
         select(connection, 0);
 }
 

@@ -1,31 +1,21 @@
 #include "popover/window/X11WindowHints.h"
 
+#include "core/CAllocated.h"
+#include "widgets/X11Connection.h"
+
 #include <QGuiApplication>
 #include <QWindow>
 
 #include <array>
 #include <cmath>
 #include <cstdlib>
-#include <memory>
-
-#include <xcb/xcb.h>
 
 namespace quenby {
 namespace {
 
-struct Freed {
-    void operator()(void* reply) const { std::free(reply); }
-};
-
-// Null on any other system.
-xcb_connection_t* connectionToServer() {
-    const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
-    return x11 ? x11->connection() : nullptr;
-}
-
 xcb_atom_t atom(xcb_connection_t* connection, const QByteArray& name) {
     const auto cookie = xcb_intern_atom(connection, false, static_cast<uint16_t>(name.size()), name.constData());
-    const std::unique_ptr<xcb_intern_atom_reply_t, Freed> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
+    const CAllocated<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
     return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
 }
 
@@ -48,18 +38,18 @@ void setProperty(xcb_connection_t* connection, const QWindow& window, const char
 } // namespace
 
 bool isScreenComposited() {
-    xcb_connection_t* const connection = connectionToServer();
+    xcb_connection_t* const connection = x11Connection();
     if (!connection)
         return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
     const xcb_atom_t selection = atom(connection, "_NET_WM_CM_S" + QByteArray::number(screenNumber()));
     const auto cookie = xcb_get_selection_owner(connection, selection);
-    const std::unique_ptr<xcb_get_selection_owner_reply_t, Freed> reply(
+    const CAllocated<xcb_get_selection_owner_reply_t> reply(
         xcb_get_selection_owner_reply(connection, cookie, nullptr));
     return reply && reply->owner != XCB_WINDOW_NONE;
 }
 
 void keepOffTaskBars(const QWindow& window) {
-    xcb_connection_t* const connection = connectionToServer();
+    xcb_connection_t* const connection = x11Connection();
     if (!connection)
         return;
     // The toolkit adds its own states to these when it shows the window.
@@ -69,7 +59,7 @@ void keepOffTaskBars(const QWindow& window) {
 }
 
 void tellShadow(const QWindow& window, const QMargins& shadow) {
-    xcb_connection_t* const connection = connectionToServer();
+    xcb_connection_t* const connection = x11Connection();
     if (!connection)
         return;
     const auto pixels = [ratio = window.devicePixelRatio()](int length) {

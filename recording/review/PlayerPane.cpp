@@ -27,7 +27,7 @@ constexpr int controlsMargin = 8;
 constexpr int keyStepMs = 1000;
 constexpr int pageStepMs = 10'000;
 constexpr int volumeStep = 5; // of 100
-constexpr int volumeWidth = 72;
+constexpr int mostVolumeWidth = 72;
 
 GlyphButton* glyphButton(QWidget* parent, const QPainterPath& glyph, const QString& name, const QString& tip) {
     auto* button = new GlyphButton(glyphSide, parent);
@@ -88,7 +88,7 @@ void PlayerPane::makeControls() {
     volume_->setRange(0, 100);
     volume_->setSingleStep(volumeStep);
     volume_->setValue(100);
-    volume_->setFixedWidth(volumeWidth);
+    volume_->setMaximumWidth(mostVolumeWidth);
     volume_->setAccessibleName(QStringLiteral("Volume"));
     volume_->setToolTip(QStringLiteral("Volume"));
     mute_->setCheckable(true);

@@ -17,10 +17,20 @@
 #include <QPushButton>
 #include <QStandardPaths>
 
+#include <optional>
+
+#include <sys/stat.h>
+
 namespace quenby {
 namespace {
 
 QString fileName(const QByteArray& path) { return QFileInfo(QFile::decodeName(path)).fileName(); }
+
+// None: it is not there.
+std::optional<qint64> fileSize(const QByteArray& path) {
+    struct stat status {};
+    return ::stat(path.constData(), &status) == 0 ? std::optional<qint64>(status.st_size) : std::nullopt;
+}
 
 // In the folder that people have for movies, if they have one.
 QByteArray proposedPlace(const QByteArray& movie) {
@@ -82,7 +92,7 @@ void ShareVideoController::diaplayAndsetAllDataToVideo() {
     const QString name = fileName(urlVideo_);
     window_->setWindowTitle(name);
     ui_.setFileName(name);
-    const qint64 bytes = QFileInfo(QFile::decodeName(urlVideo_)).size();
+    const qint64 bytes = fileSize(urlVideo_).value_or(0);
     videoFileSize().setText(QLocale().formattedDataSize(bytes, 1, QLocale::DataSizeTraditionalFormat));
     makePlayer();
     services_.moviePlayers.readFacts(urlVideo_, this, [this](const MovieFacts& facts) { showFacts(facts); });
@@ -142,7 +152,7 @@ void ShareVideoController::copyEnded(MovieCopyResult::End end) {
 void ShareVideoController::openInQuickTImePlayerAction() {
     if (services_.opener.openFile(urlVideo_))
         return;
-    const bool isThere = QFileInfo::exists(QFile::decodeName(urlVideo_));
+    const bool isThere = fileSize(urlVideo_).has_value();
     const QString text =
         isThere ? QStringLiteral("There is no program for movies. Install a movie player and try again.")
                 : QStringLiteral("The recording is not there any more. It may have been moved or deleted.");

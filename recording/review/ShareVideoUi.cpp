@@ -17,7 +17,7 @@ namespace {
 
 // Everything stands on a grid of 8 pixels.
 constexpr QSize usualSize(960, 560);
-constexpr QSize smallestPlayer(280, 200);
+constexpr QSize smallestPlayer(360, 200);
 constexpr int margin = 16;
 constexpr int sideWidth = 232;
 constexpr int buttonHeight = 32;
@@ -66,7 +66,8 @@ QWidget* makeSavingRow(QWidget* parent) {
 // In the middle. Left alone, a dialog puts its title bar above a screen that it nearly fills.
 void placeWindow(QWidget& window) {
     const QRect room = window.screen()->availableGeometry();
-    QRect place(QPoint(), usualSize.boundedTo(room.size() * 17 / 20));
+    const QSize smallest = window.layout()->totalMinimumSize();
+    QRect place(QPoint(), usualSize.boundedTo(room.size() * 17 / 20).expandedTo(smallest));
     place.moveCenter(room.center());
     window.resize(place.size());
     window.move(place.topLeft() - QPoint(0, (place.top() - room.top()) / 2));

@@ -14,7 +14,7 @@
 # QUENBY_DESKTOP_<PART>_PID (PANEL, KEYRING, NOTIFICATIONS), and can start a part with scripts/desktop/start.sh.
 set -euo pipefail
 here=$(dirname "$(readlink -f "$0")")
-for file in parts display bus panel keyring notifications ending; do . "$here/$file.sh"; done
+for file in parts display bus panel keyring notifications ending running; do . "$here/$file.sh"; done
 
 panel=none keyring=none notifications=none bus=yes screen=1280x800 home=
 refuse() { echo "session.sh: $1; the first lines of $0 say what there is" >&2; exit 2; }
@@ -41,15 +41,7 @@ done
 [ "$bus" = yes ] || [ "$panel$keyring$notifications" = nonenonenone ] || [ "$panel$keyring$notifications" = tint2nonenone ] ||
     refuse "only tint2 works without a bus"
 
-QUENBY_DESKTOP_SESSION=$(mktemp -d "${TMPDIR:-/tmp}/quenby-desktop.XXXXXX")
-# The keeper waits for the end of this pipe, which only this script holds: even if it is killed, all is ended.
-exec 9> >(exec setsid --fork "$here/ending.sh" "$QUENBY_DESKTOP_SESSION" >/dev/null 2>&1)
-export QUENBY_DESKTOP_SESSION
-trap 'end_session "$QUENBY_DESKTOP_SESSION"' EXIT
-trap 'exit 129' HUP
-trap 'exit 130' INT
-trap 'exit 143' TERM
-
+begin_session "$here"
 set_environment "$home"
 start_display "$screen"
 start_bus "$bus"
@@ -64,11 +56,4 @@ finish_panel "$panel"
 finish_keyring "$keyring"
 finish_notifications "$notifications"
 
-# In the background, because bash answers no signal while it waits for a command in the foreground.
-exec 8<&0
-"$@" <&8 8<&- 9>&- &
-command_pid=$!
-exec 8<&-
-code=0
-wait "$command_pid" || code=$?
-exit "$code"
+run_command "$@"

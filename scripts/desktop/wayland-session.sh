@@ -12,7 +12,7 @@
 # into the portal's back-end.
 set -euo pipefail
 here=$(dirname "$(readlink -f "$0")")
-for file in parts bus wayland ending; do . "$here/$file.sh"; done
+for file in parts bus wayland ending running; do . "$here/$file.sh"; done
 leave_root "$(readlink -f "$0")" "$@"
 
 screen=1280x800
@@ -30,15 +30,7 @@ done
 [ "${1:-}" = -- ] && shift
 [ $# -gt 0 ] || refuse "there is no command"
 
-QUENBY_DESKTOP_SESSION=$(mktemp -d "${TMPDIR:-/tmp}/quenby-desktop.XXXXXX")
-# The keeper waits for the end of this pipe, which only this script holds: even if it is killed, all is ended.
-exec 9> >(exec setsid --fork "$here/ending.sh" "$QUENBY_DESKTOP_SESSION" >/dev/null 2>&1)
-export QUENBY_DESKTOP_SESSION
-trap 'end_session "$QUENBY_DESKTOP_SESSION"' EXIT
-trap 'exit 129' HUP
-trap 'exit 130' INT
-trap 'exit 143' TERM
-
+begin_session "$here"
 set_environment ""
 set_wayland_environment
 start_bus yes
@@ -49,11 +41,4 @@ finish_pictures
 start_portal
 finish_portal
 
-# In the background, because bash answers no signal while it waits for a command in the foreground.
-exec 8<&0
-"$@" <&8 8<&- 9>&- &
-command_pid=$!
-exec 8<&-
-code=0
-wait "$command_pid" || code=$?
-exit "$code"
+run_command "$@"

@@ -1,8 +1,8 @@
 #include "platform/linux/desktop/DesktopOpener.h"
 
 #include <QDesktopServices>
-#include <QFile>
-#include <QFileInfo>
+
+#include <sys/stat.h>
 
 namespace quenby {
 
@@ -13,8 +13,8 @@ bool DesktopOpener::openURL(const QUrl& url) {
 }
 
 bool DesktopOpener::openFile(const QByteArray& path) {
-    const QFileInfo file(QFile::decodeName(path));
-    if (!file.isAbsolute() || !file.isFile())
+    struct stat status {};
+    if (!path.startsWith('/') || ::stat(path.constData(), &status) != 0 || !S_ISREG(status.st_mode))
         return false;
     // The bytes as they are: a name need not be text in any encoding.
     return QDesktopServices::openUrl(QUrl::fromEncoded("file://" + path.toPercentEncoding("/")));

@@ -1,5 +1,7 @@
 #include "platform/linux/desktop/EmbedTrayWatch.h"
 
+#include "core/CAllocated.h"
+
 #include <QGuiApplication>
 
 #include <cstdlib>
@@ -7,12 +9,6 @@
 
 namespace quenby {
 namespace {
-
-struct Freed {
-    void operator()(void* reply) const { std::free(reply); }
-};
-template <typename Reply>
-using ReplyPointer = std::unique_ptr<Reply, Freed>;
 
 int screenNumber() {
     int screen = 0;
@@ -68,13 +64,13 @@ bool EmbedTrayWatch::nativeEventFilter(const QByteArray& eventType, void* messag
 
 xcb_atom_t EmbedTrayWatch::atom(const QByteArray& name) const {
     const auto cookie = xcb_intern_atom(connection_, false, static_cast<uint16_t>(name.size()), name.constData());
-    const ReplyPointer<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection_, cookie, nullptr));
+    const CAllocated<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection_, cookie, nullptr));
     return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
 }
 
 void EmbedTrayWatch::findOwner() {
     const auto cookie = xcb_get_selection_owner(connection_, selection_);
-    const ReplyPointer<xcb_get_selection_owner_reply_t> reply(
+    const CAllocated<xcb_get_selection_owner_reply_t> reply(
         xcb_get_selection_owner_reply(connection_, cookie, nullptr));
     owner_ = reply && watchWindow(reply->owner) ? reply->owner : xcb_window_t(XCB_WINDOW_NONE);
     setState(owner_ ? State::there : State::absent);
@@ -84,14 +80,14 @@ bool EmbedTrayWatch::watchWindow(xcb_window_t window) const {
     if (window == XCB_WINDOW_NONE)
         return false;
     const auto cookie = xcb_get_window_attributes(connection_, window);
-    const ReplyPointer<xcb_get_window_attributes_reply_t> now(
+    const CAllocated<xcb_get_window_attributes_reply_t> now(
         xcb_get_window_attributes_reply(connection_, cookie, nullptr));
     if (!now)
         return false;
     // The toolkit's own tray icons watch this window over the same connection: what they selected stays.
     const uint32_t mask = now->your_event_mask | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     const auto change = xcb_change_window_attributes_checked(connection_, window, XCB_CW_EVENT_MASK, &mask);
-    const ReplyPointer<xcb_generic_error_t> error(xcb_request_check(connection_, change));
+    const CAllocated<xcb_generic_error_t> error(xcb_request_check(connection_, change));
     return !error;
 }
 

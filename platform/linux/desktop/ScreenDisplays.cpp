@@ -1,7 +1,7 @@
 #include "platform/linux/desktop/ScreenDisplays.h"
 
 #include "platform/linux/x11/ScreenMonitors.h"
-#include "platform/linux/x11/XcbReply.h"
+#include "core/CAllocated.h"
 
 #include <QGuiApplication>
 #include <QPixmap>
@@ -34,7 +34,7 @@ Root readRoot(xcb_connection_t* connection) {
         xcb_screen_next(&screens);
     root.window = screens.data->root;
     // What stands in the setup is the size at the start.
-    const XcbReply<xcb_get_geometry_reply_t> geometry(
+    const CAllocated<xcb_get_geometry_reply_t> geometry(
         xcb_get_geometry_reply(connection, xcb_get_geometry(connection, root.window), nullptr));
     if (geometry)
         root.pixels = QRect(0, 0, geometry->width, geometry->height);
@@ -43,7 +43,7 @@ Root readRoot(xcb_connection_t* connection) {
 
 quint32 compositorSelection(xcb_connection_t* connection) {
     const QByteArray name = "_NET_WM_CM_S" + QByteArray::number(readRoot(connection).number);
-    const XcbReply<xcb_intern_atom_reply_t> atom(xcb_intern_atom_reply(
+    const CAllocated<xcb_intern_atom_reply_t> atom(xcb_intern_atom_reply(
         connection, xcb_intern_atom(connection, false, static_cast<uint16_t>(name.size()), name.constData()), nullptr));
     return atom ? atom->atom : quint32(XCB_ATOM_NONE);
 }
@@ -139,7 +139,7 @@ QScreen* ScreenDisplays::screen(const Display& display) const {
 bool ScreenDisplays::isComposited() const {
     if (!connection_)
         return isWayland();
-    const XcbReply<xcb_get_selection_owner_reply_t> reply(
+    const CAllocated<xcb_get_selection_owner_reply_t> reply(
         xcb_get_selection_owner_reply(connection_, xcb_get_selection_owner(connection_, compositor_), nullptr));
     return reply && reply->owner != XCB_WINDOW_NONE;
 }

@@ -1,8 +1,7 @@
 #include "platform/linux/media/PluginMedia.h"
 
+#include "platform/linux/media/ServerGrabs.h"
 #include "platform/linux/modules/ModuleFile.h"
-
-#include <QPluginLoader>
 
 namespace quenby {
 namespace {
@@ -11,8 +10,8 @@ const QString moduleName = QStringLiteral("quenby-media");
 
 QString notLoaded(const QString& detail) {
     return QStringLiteral("Screen recordings cannot be made or played, because the media framework could not be "
-                          "loaded. Install it (on Debian the packages libqt6multimedia6 and "
-                          "gstreamer1.0-plugins-good) and try again. Details: %1")
+                          "loaded. Install it (on Debian the packages libgstreamer-plugins-base1.0-0 "
+                          "and gstreamer1.0-plugins-good) and try again. Details: %1")
         .arg(detail);
 }
 
@@ -30,15 +29,11 @@ Result<MediaEngine*> LoadedMedia::engine() {
         unavailableBecause_ = sentence;
         return Error(URLErrorCode::unknown, {{errorKey::reason, sentence}});
     };
-    const QString path = moduleFile(folders_, moduleName);
-    if (path.isEmpty())
-        return fail(notLoaded(
-            QStringLiteral("there is no %1.so in %2").arg(moduleName, folders_.join(QStringLiteral(" or ")))));
-    QPluginLoader loader(path);
-    auto* module = qobject_cast<MediaModule*>(loader.instance());
+    useNoServerGrabs();
+    const auto module = loadModule<MediaModule>(folders_, moduleName);
     if (!module)
-        return fail(notLoaded(loader.errorString()));
-    auto engine = module->start();
+        return fail(notLoaded(module.error().detail(errorKey::reason).toString()));
+    auto engine = (*module)->start();
     if (!engine)
         return fail(engine.error().detail(errorKey::reason).toString());
     engine_ = std::move(engine).value();

@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 constexpr auto paintInterval = 8ms;
 
 QPoint pointerNow(const XDisplay& display) {
-    const XcbReply<xcb_query_pointer_reply_t> reply(xcb_query_pointer_reply(
+    const CAllocated<xcb_query_pointer_reply_t> reply(xcb_query_pointer_reply(
         display.connection, xcb_query_pointer(display.connection, display.screen->root), nullptr));
     return reply ? QPoint(reply->root_x, reply->root_y) : display.desktop().center();
 }

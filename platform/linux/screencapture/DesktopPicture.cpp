@@ -65,7 +65,7 @@ QImage takeDesktopPicture(const XDisplay& display) {
     const auto cookie =
         xcb_get_image(display.connection, XCB_IMAGE_FORMAT_Z_PIXMAP, display.screen->root, 0, 0,
                       static_cast<uint16_t>(size.width()), static_cast<uint16_t>(size.height()), ~uint32_t{0});
-    const XcbReply<xcb_get_image_reply_t> reply(xcb_get_image_reply(display.connection, cookie, nullptr));
+    const CAllocated<xcb_get_image_reply_t> reply(xcb_get_image_reply(display.connection, cookie, nullptr));
     QImage picture(size, *format);
     if (!reply || picture.isNull() || xcb_get_image_data_length(reply.get()) < picture.sizeInBytes())
         return {};

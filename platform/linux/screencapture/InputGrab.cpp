@@ -45,14 +45,14 @@ void InputGrab::attempt() {
 
 bool InputGrab::tryBoth() {
     const auto root = display_.screen->root;
-    const XcbReply<xcb_grab_pointer_reply_t> pointer(
+    const CAllocated<xcb_grab_pointer_reply_t> pointer(
         xcb_grab_pointer_reply(display_.connection,
                                xcb_grab_pointer(display_.connection, false, root, pointerEvents, XCB_GRAB_MODE_ASYNC,
                                                 XCB_GRAB_MODE_ASYNC, XCB_WINDOW_NONE, cursor_, XCB_CURRENT_TIME),
                                nullptr));
     if (!pointer || pointer->status != XCB_GRAB_STATUS_SUCCESS)
         return false;
-    const XcbReply<xcb_grab_keyboard_reply_t> keyboard(xcb_grab_keyboard_reply(
+    const CAllocated<xcb_grab_keyboard_reply_t> keyboard(xcb_grab_keyboard_reply(
         display_.connection,
         xcb_grab_keyboard(display_.connection, false, root, XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
         nullptr));

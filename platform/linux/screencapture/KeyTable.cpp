@@ -35,7 +35,7 @@ std::optional<CaptureKey> meaning(xcb_keysym_t symbol) {
 KeyTable::KeyTable(const XDisplay& display) {
     const xcb_setup_t* const setup = xcb_get_setup(display.connection);
     const auto count = static_cast<uint8_t>(setup->max_keycode - setup->min_keycode + 1);
-    const XcbReply<xcb_get_keyboard_mapping_reply_t> reply(xcb_get_keyboard_mapping_reply(
+    const CAllocated<xcb_get_keyboard_mapping_reply_t> reply(xcb_get_keyboard_mapping_reply(
         display.connection, xcb_get_keyboard_mapping(display.connection, setup->min_keycode, count), nullptr));
     if (!reply)
         return;

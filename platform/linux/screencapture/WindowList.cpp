@@ -28,7 +28,7 @@ xcb_get_property_cookie_t askProperty(const XDisplay& display, xcb_window_t wind
 }
 
 QList<uint32_t> answeredProperty(const XDisplay& display, xcb_get_property_cookie_t cookie) {
-    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(display.connection, cookie, nullptr));
+    const CAllocated<xcb_get_property_reply_t> reply(xcb_get_property_reply(display.connection, cookie, nullptr));
     if (!reply || reply->format != 32)
         return {};
     const auto* values = static_cast<const uint32_t*>(xcb_get_property_value(reply.get()));
@@ -64,11 +64,11 @@ public:
     };
     // Once.
     Answer answer() const {
-        const XcbReply<xcb_get_window_attributes_reply_t> attributes(
+        const CAllocated<xcb_get_window_attributes_reply_t> attributes(
             xcb_get_window_attributes_reply(display_.connection, attributes_, nullptr));
-        const XcbReply<xcb_get_geometry_reply_t> geometry(
+        const CAllocated<xcb_get_geometry_reply_t> geometry(
             xcb_get_geometry_reply(display_.connection, geometry_, nullptr));
-        const XcbReply<xcb_translate_coordinates_reply_t> place(
+        const CAllocated<xcb_translate_coordinates_reply_t> place(
             xcb_translate_coordinates_reply(display_.connection, place_, nullptr));
         const QMargins frame = margins(answeredProperty(display_, frame_));
         const QMargins shadow = margins(answeredProperty(display_, shadow_));
@@ -104,7 +104,7 @@ QList<WindowQuestion::Answer> askAbout(const XDisplay& display, const Atoms& ato
 }
 
 QList<uint32_t> rootChildren(const XDisplay& display) {
-    const XcbReply<xcb_query_tree_reply_t> tree(
+    const CAllocated<xcb_query_tree_reply_t> tree(
         xcb_query_tree_reply(display.connection, xcb_query_tree(display.connection, display.screen->root), nullptr));
     if (!tree)
         return {};

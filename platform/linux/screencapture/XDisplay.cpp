@@ -23,7 +23,7 @@ std::optional<XDisplay> XDisplay::ofApplication() {
 
 xcb_atom_t XDisplay::atom(const QByteArray& name) const {
     const auto cookie = xcb_intern_atom(connection, true, static_cast<uint16_t>(name.size()), name.constData());
-    const XcbReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
+    const CAllocated<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
     return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
 }
 

@@ -1,7 +1,7 @@
 // The application's connection to the X server. Threads: the main thread.
 #pragma once
 
-#include "platform/linux/x11/XcbReply.h"
+#include "core/CAllocated.h"
 
 #include <QByteArray>
 #include <QRect>

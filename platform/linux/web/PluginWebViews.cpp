@@ -6,7 +6,6 @@
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
-#include <QPluginLoader>
 #include <QStandardPaths>
 
 QT_BEGIN_NAMESPACE
@@ -112,16 +111,12 @@ bool PluginWebViews::load() {
         unavailableBecause_ = sentence;
         return false;
     };
-    const QString path = moduleFile(moduleFolders_, moduleName);
-    if (path.isEmpty())
-        return fail(notLoaded(
-            QStringLiteral("there is no %1.so in %2").arg(moduleName, moduleFolders_.join(QStringLiteral(" or ")))));
-    provideShareContext();
-    QPluginLoader loader(path);
-    auto* module = qobject_cast<WebEngineModule*>(loader.instance());
+    if (isModuleThere(moduleFolders_, moduleName))
+        provideShareContext();
+    const auto module = loadModule<WebEngineModule>(moduleFolders_, moduleName);
     if (!module)
-        return fail(notLoaded(loader.errorString()));
-    auto engine = module->start();
+        return fail(notLoaded(module.error().detail(errorKey::reason).toString()));
+    auto engine = (*module)->start();
     if (!engine)
         return fail(engine.error().detail(errorKey::reason).toString());
     engine_ = std::move(engine).value();

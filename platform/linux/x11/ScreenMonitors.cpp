@@ -1,6 +1,6 @@
 #include "platform/linux/x11/ScreenMonitors.h"
 
-#include "platform/linux/x11/XcbReply.h"
+#include "core/CAllocated.h"
 
 #include <xcb/randr.h>
 
@@ -13,7 +13,7 @@ bool hasMonitors(xcb_connection_t* connection) {
     const auto* extension = xcb_get_extension_data(connection, &xcb_randr_id);
     if (!extension || !extension->present)
         return false;
-    const XcbReply<xcb_randr_query_version_reply_t> version(
+    const CAllocated<xcb_randr_query_version_reply_t> version(
         xcb_randr_query_version_reply(connection, xcb_randr_query_version(connection, 1, 5), nullptr));
     return version && (version->major_version > 1 || version->minor_version >= 5);
 }
@@ -30,7 +30,7 @@ QList<ScreenMonitor> readMonitors(xcb_connection_t* connection, quint32 root) {
     if (!hasMonitors(connection))
         return {};
     const bool isActiveOnly = true;
-    const XcbReply<xcb_randr_get_monitors_reply_t> reply(
+    const CAllocated<xcb_randr_get_monitors_reply_t> reply(
         xcb_randr_get_monitors_reply(connection, xcb_randr_get_monitors(connection, root, isActiveOnly), nullptr));
     if (!reply)
         return {};
@@ -42,7 +42,7 @@ QList<ScreenMonitor> readMonitors(xcb_connection_t* connection, quint32 root) {
         monitors.append({{}, QRect(each.data->x, each.data->y, each.data->width, each.data->height)});
     }
     for (qsizetype i = 0; i < monitors.size(); ++i) {
-        const XcbReply<xcb_get_atom_name_reply_t> name(
+        const CAllocated<xcb_get_atom_name_reply_t> name(
             xcb_get_atom_name_reply(connection, names[static_cast<size_t>(i)], nullptr));
         if (name)
             monitors[i].name =

@@ -17,10 +17,10 @@
 #include <QFile>
 #include <QLoggingCategory>
 #include <QPushButton>
-#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTest>
-#include <QThreadPool>
+
+#include <sys/stat.h>
 
 using namespace quenby;
 using namespace quenby::testing;
@@ -248,34 +248,40 @@ private Q_SLOTS:
             return file.open(QFile::WriteOnly) && file.write(bytes) == bytes.size();
         };
         QVERIFY(make(u".a.mov.part"_s, "movie") && make(u".b.mov.part"_s, {}) && make(u"a.mov"_s, "another"));
+        flow_->findInterruptedRecordings();
         flow_->showInterruptedRecordings();
-        QVERIFY(reviewWindow());
+        flow_->startRecordingSelf(); // somebody was faster
+        time_->advance(200ms);
+        flow_->stopMannually();
+        QVERIFY(!reviewWindow() && flow_->areInterruptedWaiting());
+        flow_->showInterruptedRecordings();
+        time_->advance(200ms);
+        QVERIFY(reviewWindow() && !flow_->areInterruptedWaiting());
         QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden), (QStringList{u"a (2).mov"_s, u"a.mov"_s}));
-        QVERIFY(recoverInterruptedRecordings(folder).isEmpty());
+        QCOMPARE(recoverInterruptedRecordings(folder).size(), 2);
     }
 
     // The movie must not be removed meanwhile.
     void whetherAMovieIsBeingSaved() {
-        QFile movie(caches_->create(u"ScreenCastCache"_s).value() + u"/a.mov"_s);
-        QVERIFY(movie.open(QFile::WriteOnly) && movie.write("movie") > 0);
-        movie.close();
-        flow_->openShareVideoController(QFile::encodeName(movie.fileName()));
+        // A disk that is slow: reading waits until somebody writes.
+        const QByteArray movie = QFile::encodeName(caches_->create(u"ScreenCastCache"_s).value()) + "/a.mov";
+        QCOMPARE(::mkfifo(movie.constData(), 0600), 0);
+        flow_->openShareVideoController(movie);
         const auto buttons = reviewWindow()->findChildren<QPushButton*>();
         const auto save = std::find_if(buttons.begin(), buttons.end(), [](const QPushButton* button) {
             return button->text().remove(u'&').startsWith(u"Save"_s);
         });
         QVERIFY(save != buttons.end());
-        QSemaphore disk; // which is slow
-        QThreadPool::globalInstance()->setMaxThreadCount(1);
-        QThreadPool::globalInstance()->start([&disk] { disk.acquire(); });
         (*save)->click();
         QVERIFY(!flow_->isSaving());
-        panels_.choose({QFile::encodeName(movie.fileName() + u".copy"_s)});
+        panels_.choose({movie + ".copy"});
         QTRY_VERIFY(flow_->isSaving());
         reviewWindow()->close();
         QTRY_VERIFY(!reviewWindow());
         QVERIFY(flow_->isSaving());
-        disk.release();
+        QFile disk(QFile::decodeName(movie));
+        QVERIFY(disk.open(QFile::WriteOnly | QFile::Unbuffered));
+        disk.close();
         QTRY_VERIFY(!flow_->isSaving());
         QCOMPARE(alerts_->waiting(), 1);
     }

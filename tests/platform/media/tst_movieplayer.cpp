@@ -1,4 +1,5 @@
 // Movies are read, shown and played; what is no movie is told in a sentence.
+#include "platform/linux/media/engine/player/GstHandles.h"
 #include "platform/linux/media/engine/player/GstMoviePlayer.h"
 #include "platform/linux/media/engine/player/MovieFactsReader.h"
 #include "tests/platform/media/MadeMovie.h"
@@ -10,6 +11,8 @@
 #include <QWidget>
 
 #include <optional>
+
+#include <unistd.h>
 
 using namespace quenby;
 using namespace quenby::testing;
@@ -96,6 +99,19 @@ private Q_SLOTS:
         QVERIFY(facts);
         QCOMPARE(facts->naturalSize, size);
         QVERIFY2(qAbs(facts->seconds - seconds) < 0.1, qPrintable(QString::number(facts->seconds)));
+    }
+
+    void aNameNeedNotBeText() {
+        const QByteArray strange = path(QStringLiteral("odd ")) + "\xff\xe9 #.mov";
+        QCOMPARE(::link(path(QStringLiteral("three.mov")).constData(), strange.constData()), 0);
+        const auto facts = factsOf(strange);
+        QVERIFY(facts);
+        QCOMPARE(facts->naturalSize, QSize(320, 200));
+        GstMoviePlayer player;
+        player.view()->resize(320, 200);
+        player.open(strange);
+        QTRY_COMPARE_WITH_TIMEOUT(colourOf(*player.view()), "red", patience);
+        QCOMPARE(::unlink(strange.constData()), 0); // nobody else's clearing up finds it
     }
 
     void theFirstPictureIsShownAndWaits() {
@@ -225,6 +241,36 @@ private Q_SLOTS:
         player.open(path(QStringLiteral("three.mov")));
         QTRY_COMPARE_WITH_TIMEOUT(colourOf(*player.view()), "red", patience);
         QCOMPARE(failures.size(), 1);
+    }
+
+    // As the framework tells it when one of its threads fails and another one is done meanwhile.
+    void troubleIsNotTheLastThatIsTold() {
+        GstElement* pipeline = nullptr;
+        g_type_class_unref(g_type_class_ref(GST_TYPE_PIPELINE)); // its signals are known then
+        const guint added = g_signal_lookup("element-added", GST_TYPE_BIN);
+        const gulong hook = g_signal_add_emission_hook(
+            added, 0,
+            [](GSignalInvocationHint*, guint, const GValue* values, gpointer found) -> gboolean {
+                auto* const bin = static_cast<GstElement*>(g_value_get_object(values));
+                if (GST_IS_PIPELINE(bin))
+                    *static_cast<GstElement**>(found) = bin;
+                return TRUE;
+            },
+            &pipeline, nullptr);
+        GstMoviePlayer player;
+        QSignalSpy failures(&player, &MoviePlayer::failed);
+        player.open(path(QStringLiteral("three.mov")));
+        QTRY_VERIFY_WITH_TIMEOUT(player.duration() > 0ms, patience);
+        g_signal_remove_emission_hook(added, hook);
+        GError* const error = g_error_new_literal(GST_STREAM_ERROR, GST_STREAM_ERROR_DECODE, "spoilt");
+        const auto post = [pipeline = GstHandle<GstElement>(GST_ELEMENT(gst_object_ref(pipeline)))](
+                              GstMessage* message) { gst_element_post_message(pipeline.get(), message); };
+        post(gst_message_new_error(GST_OBJECT(pipeline), error, nullptr));
+        post(gst_message_new_async_done(GST_OBJECT(pipeline), GST_CLOCK_TIME_NONE));
+        g_error_free(error);
+        QTRY_COMPARE_WITH_TIMEOUT(failures.size(), 1, patience);
+        QCoreApplication::processEvents();
+        QVERIFY(failures.first().first().toString().contains(QStringLiteral("spoilt")));
     }
 
     void aMovieThatWasCutOffPlaysAsFarAsItGoes() {

@@ -12,12 +12,15 @@
 #include "tests/support/PatternProcess.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
 #include <cmath>
+
+#include <dlfcn.h>
 
 using namespace quenby;
 using namespace quenby::testing;
@@ -72,6 +75,17 @@ private Q_SLOTS:
         outputOf(QStringLiteral("xdotool"), {QStringLiteral("mousemove"), QString::number(besideTheMonitors.x()),
                                              QString::number(besideTheMonitors.y())});
         QVERIFY(pattern_.start(desktop, rate));
+    }
+
+    // For what the framework's modules find under these names. Two that grab the server block each other and the
+    // desktop.
+    void nothingGrabsTheServer() {
+        for (const char* name : {"XGrabServer", "XUngrabServer"}) {
+            Dl_info place{};
+            QVERIFY(::dladdr(::dlsym(RTLD_DEFAULT, name), &place) != 0);
+            QCOMPARE(QFileInfo(QFile::decodeName(place.dli_fname)).canonicalFilePath(),
+                     QCoreApplication::applicationFilePath());
+        }
     }
 
     void movieShowsThePattern_data() {

@@ -161,6 +161,27 @@ private:
     bool isThere_ = false;
 };
 
+// Fails when it is told to.
+class FailingSource final : public CaptureSource {
+public:
+    void prepare(const CaptureInput&) override { isAsked = true; }
+    bool isAsked = false;
+};
+
+// The files of the plug-ins that have these elements.
+QStringList pluginFiles(const QByteArrayList& elements) {
+    QStringList files;
+    for (const QByteArray& name : elements) {
+        const GstHandle<GstElementFactory> factory(gst_element_factory_find(name.constData()));
+        const GstHandle<GstPlugin> plugin(factory ? gst_plugin_feature_get_plugin(GST_PLUGIN_FEATURE(factory.get()))
+                                                  : nullptr);
+        if (plugin)
+            files.append(QFile::decodeName(gst_plugin_get_filename(plugin.get())));
+    }
+    files.removeDuplicates();
+    return files;
+}
+
 } // namespace
 
 class tst_recordingfaults : public QObject {
@@ -302,6 +323,62 @@ private Q_SLOTS:
         QVERIFY(isWhole(path_, 15));
         QCOMPARE(recording.ended, 1);
         QCOMPARE(recording.started, 0);
+    }
+
+    void stoppedWhileTheSourceFails() {
+        RecorderThreads threads;
+        auto owned = std::make_unique<FailingSource>();
+        FailingSource& source = *owned;
+        GstCaptureSession session(std::move(owned), threads.add({}));
+        int ended = 0;
+        connect(&session, &CaptureSession::recordingFailed, this, [&ended] { ++ended; });
+        session.startRecording(QFile::encodeName(path_));
+        QVERIFY(QTest::qWaitFor([&source] { return source.isAsked; }, patience));
+        session.stopRecording();
+        Q_EMIT source.failed(Error(URLErrorCode::unknown));
+        QVERIFY(QTest::qWaitFor([&ended] { return ended > 0; }, patience));
+        QCoreApplication::processEvents();
+        QCOMPARE(ended, 1);
+    }
+
+    // With everything else that a recording takes.
+    void partMissing_data() {
+        QTest::addColumn<QByteArrayList>("installed");
+        QTest::addColumn<QString>("missing");
+        QTest::addColumn<QString>("package");
+        const QByteArrayList all{"appsrc",    "capsfilter",   "qtmux",     "videoconvert", "videocrop",
+                                 "videorate", "videotestsrc", "ximagesrc", "x264enc"};
+        const auto row = [&](const char* missing, const QString& package) {
+            QByteArrayList installed = all;
+            installed.removeOne(missing);
+            QTest::newRow(missing) << installed << QString::fromLatin1(missing) << package;
+        };
+        row("qtmux", QStringLiteral("gstreamer1.0-plugins-good"));
+        row("videoconvert", QStringLiteral("gstreamer1.0-plugins-base"));
+        row("ximagesrc", QStringLiteral("gstreamer1.0-plugins-good"));
+        row("x264enc", QStringLiteral("gstreamer1.0-plugins-ugly"));
+    }
+    void partMissing() {
+        QFETCH(QByteArrayList, installed);
+        QFETCH(QString, missing);
+        QFETCH(QString, package);
+        gst_init(nullptr, nullptr);
+        for (const QString& file : pluginFiles(installed))
+            QVERIFY(QFile::link(file, folder_->filePath(QFileInfo(file).fileName())));
+        QProcess program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("GST_PLUGIN_SYSTEM_PATH"), folder_->path());
+        environment.insert(QStringLiteral("GST_REGISTRY"), folder_->filePath(QStringLiteral("registry")));
+        program.setProcessEnvironment(environment);
+        program.start(QStringLiteral(QUENBY_RECORD_SCREEN),
+                      {path_, QStringLiteral("0"), QStringLiteral("0"), QStringLiteral("64"), QStringLiteral("64")});
+        QVERIFY(program.waitForFinished(patience));
+        QCOMPARE(program.exitCode(), 1);
+        const QString said = QString::fromUtf8(program.readAllStandardError());
+        QVERIFY2(
+            said.contains(QStringLiteral("missing: %1. Install it (on Debian the package %2)").arg(missing, package)),
+            qPrintable(said));
+        QVERIFY2(!said.contains(QStringLiteral("no encoder")), qPrintable(said));
     }
 
     // Nobody asks for it any more, and still it is brought to its end.

@@ -68,12 +68,16 @@ public:
         qDBusRegisterMetaType<QList<FakeStream>>();
         streamFile.open();
         bus_.registerVirtualObject(root, this, QDBusConnection::SubPath);
-        bus_.registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
+        bus_.registerService(serviceName);
     }
     ~FakePortal() override { vanish(); }
 
     void vanish() {
-        bus_ = QDBusConnection(QString()); // the last one that holds it open
+        if (!bus_.isConnected())
+            return;
+        bus_.unregisterObject(root, QDBusConnection::UnregisterTree);
+        bus_.unregisterService(serviceName); // at once; the connection ends when it gets round to it
+        bus_ = QDBusConnection(QString());   // the last one that holds it open
         QDBusConnection::disconnectFromBus(busName);
     }
     void endSession() {
@@ -106,6 +110,7 @@ public:
 
 private:
     static inline const QString root = QStringLiteral("/org/freedesktop/portal/desktop");
+    static inline const QString serviceName = QStringLiteral("org.freedesktop.portal.Desktop");
     static inline const QString busName = QStringLiteral("portal");
 
     static QVariantMap optionsIn(const QVariant& value) { return qdbus_cast<QVariantMap>(value); }

@@ -38,16 +38,16 @@ public:
     // Whether its overlay is on the screen; or there at all: it is made before the pointer is taken.
     static bool isOpen(bool isExistenceEnough = false) {
         const auto display = XDisplay::ofApplication();
-        const XcbReply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(
+        const CAllocated<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(
             display->connection, xcb_query_tree(display->connection, display->screen->root), nullptr));
         const xcb_window_t* const children = xcb_query_tree_children(tree.get());
         return std::any_of(children, children + xcb_query_tree_children_length(tree.get()), [&](xcb_window_t window) {
             const auto askedName = xcb_get_property(display->connection, false, window, XCB_ATOM_WM_NAME,
                                                     XCB_GET_PROPERTY_TYPE_ANY, 0, 16);
             const auto askedState = xcb_get_window_attributes(display->connection, window);
-            const XcbReply<xcb_get_property_reply_t> name(
+            const CAllocated<xcb_get_property_reply_t> name(
                 xcb_get_property_reply(display->connection, askedName, nullptr));
-            const XcbReply<xcb_get_window_attributes_reply_t> state(
+            const CAllocated<xcb_get_window_attributes_reply_t> state(
                 xcb_get_window_attributes_reply(display->connection, askedState, nullptr));
             return name && state &&
                    QByteArray(static_cast<const char*>(xcb_get_property_value(name.get())),

@@ -9,7 +9,7 @@ namespace {
 // Also when the program itself goes through the X server that Wayland desktops have for older programs: that one shows
 // nothing but such programs.
 bool isWayland() {
-    return qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+    return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
            QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
 }
 

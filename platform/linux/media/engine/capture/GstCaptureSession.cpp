@@ -72,8 +72,10 @@ void GstCaptureSession::stopRecording() {
         return box_->post([recorder = recorder_] { recorder->end(RecordingEnd::asked); });
     if (state_ != State::asked && state_ != State::preparing)
         return;
-    // The desktop may still be asking what may be recorded; the user has answered in another way.
+    // The desktop may still be asking what may be recorded; the user has answered in another way. Its own answer may be
+    // on its way, and one end is enough.
     state_ = State::over;
+    source_->disconnect(this);
     const Error withdrawn(errorDomain::url, 0,
                           {{errorKey::reason, QStringLiteral("The recording was stopped before it began.")}});
     QMetaObject::invokeMethod(

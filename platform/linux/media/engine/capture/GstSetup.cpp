@@ -14,6 +14,7 @@ QString packageOf(const QByteArray& element) {
         {"qtmux", QStringLiteral("gstreamer1.0-plugins-good")},
         {"videorate", QStringLiteral("gstreamer1.0-plugins-base")},
         {"videoconvert", QStringLiteral("gstreamer1.0-plugins-base")},
+        {"videotestsrc", QStringLiteral("gstreamer1.0-plugins-base")},
         {"appsrc", QStringLiteral("gstreamer1.0-plugins-base")},
         {"appsink", QStringLiteral("gstreamer1.0-plugins-base")},
         {"h264parse", QStringLiteral("gstreamer1.0-plugins-bad")},

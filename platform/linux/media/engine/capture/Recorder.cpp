@@ -13,6 +13,11 @@ constexpr std::chrono::seconds patienceWithEncoder(20);
 constexpr std::chrono::seconds patienceAfterFailure(1);
 constexpr std::chrono::seconds patienceWithFile(20);
 
+// What every recording takes, besides its source and its encoder.
+const QByteArray neededElements =
+    "videotestsrc ! videoconvert ! capsfilter ! videocrop ! videorate ! queue ! appsink ! "
+    "appsrc ! qtmux ! fdsink ! fakesink";
+
 constexpr const char* laterElements[] = {"ximagesrc", "videocrop", "videorate", "queue",
                                          "appsink",   "appsrc",    "qtmux",     "fdsink"};
 
@@ -41,11 +46,16 @@ Recorder::~Recorder() { release(); }
 void Recorder::warmUp() {
     if (const auto framework = startFramework(); framework) {
         encoders_ = installedEncoders(options_.encoders);
-        if (encoders_.isEmpty())
-            notReadyBecause_ = missingElementReason(preferredEncoder);
-        else
+        QByteArray missing = missingElement(neededElements);
+        if (missing.isEmpty() && encoders_.isEmpty())
+            missing = preferredEncoder;
+        if (missing.isEmpty()) {
             loadPlugins();
-        dropIdleEncoders();
+            dropIdleEncoders();
+        } else {
+            // Without it no encoder works either, which is not what people should be told then.
+            notReadyBecause_ = missingElementReason(missing);
+        }
     } else {
         notReadyBecause_ = framework.error().detail(errorKey::reason).toString();
     }

@@ -1,9 +1,14 @@
 #include "platform/linux/media/engine/player/GstMoviePlayer.h"
 
+#include "platform/linux/media/engine/player/FrameworkThreads.h"
 #include "platform/linux/media/engine/player/MovieView.h"
 #include "platform/linux/media/engine/player/Playback.h"
 
+#include <QThreadPool>
+
 #include <algorithm>
+
+#include <malloc.h>
 
 namespace quenby {
 namespace {
@@ -22,6 +27,8 @@ GstMoviePlayer::~GstMoviePlayer() {
     playback_.reset();
     if (view_ && !view_->parent())
         delete view_;
+    // A movie takes and drops large pieces of memory, of which the library keeps a hundred megabytes for no use.
+    frameworkThreads().start([] { ::malloc_trim(0); });
 }
 
 QWidget* GstMoviePlayer::view() { return view_; }
@@ -116,7 +123,9 @@ void GstMoviePlayer::fail(const QString& reason) {
     wanted_.reset();
     sought_.reset();
     isReady_ = false;
-    playback_.release()->deleteLater(); // who tells this; nothing is played any more
+    // It tells this, and may have more on its way that nobody wants any more.
+    playback_->disconnect(this);
+    playback_.release()->deleteLater();
     setPlaying(false);
     Q_EMIT failed(reason);
 }

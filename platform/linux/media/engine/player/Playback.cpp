@@ -283,8 +283,11 @@ void Playback::setVolume(double volume) {
 void Playback::setRoom(const QSize& room) { pictures_->setRoom(room); }
 
 void Playback::stop() {
-    if (pipeline_)
-        gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+    if (!pipeline_)
+        return;
+    gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+    const GstHandle<GstBus> bus(gst_element_get_bus(pipeline_.get()));
+    gst_bus_set_sync_handler(bus.get(), nullptr, nullptr, nullptr);
     pipeline_.reset();
 }
 

@@ -1,6 +1,7 @@
 #include "platform/linux/media/engine/player/PlaybackReasons.h"
 
-#include <QFile>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace quenby {
 namespace {
@@ -22,12 +23,12 @@ QString noPlayerReason() {
 }
 
 QString unopenedReason(const QByteArray& path) {
-    QFile file(QFile::decodeName(path));
-    if (!file.exists())
+    struct stat status {};
+    if (::stat(path.constData(), &status) != 0)
         return goneReason();
-    if (!file.open(QIODevice::ReadOnly))
+    if (::access(path.constData(), R_OK) != 0)
         return unreadableReason();
-    if (file.size() == 0)
+    if (status.st_size == 0)
         return QStringLiteral("The movie is empty. Record it again.");
     return QStringLiteral("The file is not a movie that can be played here.");
 }
