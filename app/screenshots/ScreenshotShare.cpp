@@ -59,10 +59,11 @@ bool ScreenshotShare::makeBookMarkURLAccessible(const QVariantMap& bookmark) {
 }
 
 void ScreenshotShare::queryUpdated() {
+    // First, because the folder of one who has switched this off is not touched at all.
+    if (!defaults_.boolForKey(defaultsKey::screenshotShare))
+        return;
     const QVariantMap bookmark = defaults_.valueForKey(defaultsKey::DirectoryBookmark).toMap();
     if (bookmark.value(defaultsKey::path).toString().isEmpty() || !makeBookMarkURLAccessible(bookmark))
-        return;
-    if (!defaults_.boolForKey(defaultsKey::screenshotShare))
         return;
     const QList<ScreenshotItem> results = query_.results();
     if (results.isEmpty() || queryResults_.contains(results.last()))

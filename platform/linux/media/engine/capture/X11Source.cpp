@@ -1,5 +1,6 @@
 #include "platform/linux/media/engine/capture/X11Source.h"
 
+#include "platform/linux/media/ServerGrabs.h"
 #include "platform/linux/media/engine/capture/EvenCrop.h"
 
 #include <QGuiApplication>
@@ -8,6 +9,7 @@
 namespace quenby {
 
 void X11Source::prepare(const CaptureInput& input) {
+    useNoServerGrabs(); // also in programs that do without the module
     const QRect crop = evenCrop(input.cropRect, input.display.pixels.size());
     if (crop.isEmpty()) {
         const Error error(URLErrorCode::unknown,
