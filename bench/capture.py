@@ -189,7 +189,15 @@ def overlay(binaries):
             Figure("capture.overlay_opening", round(said["opening_ms"], 1), "ms", "", "")]
 
 
+def program(binaries):
+    """The same in the desktop program, from click to click; bench/recording.sh says what is measured."""
+    session = ["scripts/desktop/session.sh", "--keyring", "unlocked", "--"]
+    out = subprocess.run([*session, "bench/recording.sh", binaries], check=True, stdout=subprocess.PIPE, text=True)
+    return [Figure("capture." + name.removesuffix("_ms"), value, "ms", "", "")
+            for name, value in named_values(out.stdout).items()]
+
+
 def capture(binaries, folder):
     with desktop() as environment, moving_picture(binaries, environment):
         figures = recordings(list(pairs(binaries, folder, environment))) + starts(binaries, folder, environment)
-    return figures + overlay(binaries)
+    return figures + overlay(binaries) + program(binaries)

@@ -38,7 +38,7 @@ for ((run = 0; run <= runs; run++)); do
     xdotool key r
     wait_until 20 "The overlay" overlay
     xdotool mousemove 200 150 mousedown 1 mousemove 400 300 mousemove 1000 650 mouseup 1
-    wait_until 20 "A start button" has_settled
+    sleep 0.5
     click 600 400
     wait_until 20 "A recording" came recording $((run + 1))
     sleep 2

@@ -1,6 +1,7 @@
 #include "app/agent/Captures.h"
 
 #include "app/agent/CacheFolderNames.h"
+#include "app/agent/LaunchTrace.h"
 #include "app/uploads/UploadPipeline.h"
 #include "app/uploads/UploadRequest.h"
 #include "platform/PlatformServices.h"
@@ -40,6 +41,7 @@ Captures::Captures(PlatformServices& platform, UploadPipeline& uploads, const st
     , timeSource_(timeSource) {
     connect(&recordings_, &RecordingFlow::uploadRequested, this,
             [this](const QByteArray& path) { uploadInto(QStringLiteral("Screen Cast"), path); });
+    connect(&recordings_, &RecordingFlow::reached, this, &traceLaunch);
     connect(&screenshots_, &ScreenshotCapture::minimizeAllWindowsRequested, this, &Captures::minimizeAllWindows);
     connect(&screenshots_, &ScreenshotCapture::uploadRequested, this, &Captures::uploadInto);
     connect(&clipboard_, &ClipboardUpload::uploadRequested, &uploads_,

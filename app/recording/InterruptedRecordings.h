@@ -9,7 +9,7 @@
 namespace quenby {
 
 // All movies in the folder, oldest first. Unfinished ones, which play up to their last seconds, get their names before;
-// empty ones are removed. Nothing that exists is replaced.
+// those that are too short to be played are removed. Nothing that exists is replaced.
 QList<QByteArray> recoverInterruptedRecordings(const QString& folder);
 
 } // namespace quenby

@@ -60,7 +60,9 @@ void RecordingFlow::connectRecording() {
     const ScreenRecording* recording = ScreenRecordingObj_.get();
     connect(recording, &ScreenRecording::selectionTooSmall, this, &RecordingFlow::selectionTooSmall);
     connect(recording, &ScreenRecording::abandoned, this, &RecordingFlow::stopMannually);
+    connect(recording, &ScreenRecording::selected, this, [this] { Q_EMIT reached("selected"); });
     connect(recording, &ScreenRecording::recordingStarted, this, [this] {
+        Q_EMIT reached("recording");
         isMovieAwaited_ = true;
         myStatusItemRemove_.startClock();
     });
@@ -69,6 +71,7 @@ void RecordingFlow::connectRecording() {
 }
 
 void RecordingFlow::stopRecordingSelf() {
+    Q_EMIT reached("stopped");
     isMovieAwaited_ = ScreenRecordingObj_ && state_.isRecordingVideo && !state_.isRecordingVideoClicked;
     becomeIdle();
     if (ScreenRecordingObj_)
@@ -168,6 +171,7 @@ void RecordingFlow::openShareVideoController(const QByteArray& path) {
     connect(review, &ShareVideoController::savingStarted, this, &RecordingFlow::savingStarted);
     shareVideoControllerObj_->setUrlVideo(path);
     shareVideoControllerObj_->showInFront();
+    Q_EMIT reached("review");
 }
 
 void RecordingFlow::savingStarted(const MovieSaving* saving) {

@@ -73,6 +73,8 @@ public:
 Q_SIGNALS:
     // The movie, to be uploaded into the folder of the recordings.
     void uploadRequested(const QByteArray& path);
+    // For whoever measures: "selected", "recording", "stopped", "review".
+    void reached(const char* moment);
 
 protected:
     // The keys of the whole program while something is selected.

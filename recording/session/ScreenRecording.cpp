@@ -111,6 +111,7 @@ void ScreenRecording::drawMouseBoxView_didSelectRect(const Display& overlaysDisp
     services_.state.isRecordingVideo = true;
     services_.state.isRecordingVideoClicked = false;
     soon_ = services_.timeSource->startTimer(delayBeforeStart, [this] { startRecording(); });
+    Q_EMIT selected();
 }
 
 void ScreenRecording::addDisplayInputToCaptureSession(const Display& display, const QRectF& cropRect) {

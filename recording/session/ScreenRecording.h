@@ -55,6 +55,8 @@ Q_SIGNALS:
     void selectionTooSmall();
     // The user left the overlay, or the displays changed below it.
     void abandoned();
+    // It will begin in a moment.
+    void selected();
     void recordingStarted();
     // There is a movie; with a sentence when it ended before the user ended it.
     void recordingFinished(const QByteArray& path, const QString& note);

@@ -247,7 +247,9 @@ private Q_SLOTS:
             QFile file(folder + u'/' + name);
             return file.open(QFile::WriteOnly) && file.write(bytes) == bytes.size();
         };
-        QVERIFY(make(u".a.mov.part"_s, "movie") && make(u".b.mov.part"_s, {}) && make(u"a.mov"_s, "another"));
+        const QByteArray header = QByteArray::fromHex("0000000866726565000000086d6f6f76");   // atoms: free, moov
+        QVERIFY(make(u".a.mov.part"_s, header) && make(u".b.mov.part"_s, header.first(8)) && // killed too early
+                make(u"a.mov"_s, "another"));
         flow_->findInterruptedRecordings();
         flow_->showInterruptedRecordings();
         flow_->startRecordingSelf(); // somebody was faster

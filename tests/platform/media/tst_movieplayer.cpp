@@ -1,5 +1,5 @@
 // Movies are read, shown and played; what is no movie is told in a sentence.
-#include "platform/linux/media/engine/player/GstHandles.h"
+#include "platform/linux/media/engine/GstHandles.h"
 #include "platform/linux/media/engine/player/GstMoviePlayer.h"
 #include "platform/linux/media/engine/player/MovieFactsReader.h"
 #include "tests/platform/media/MadeMovie.h"

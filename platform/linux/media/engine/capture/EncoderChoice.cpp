@@ -2,7 +2,7 @@
 
 #include "platform/linux/media/engine/capture/CaptureLog.h"
 #include "platform/linux/media/engine/capture/GstSetup.h"
-#include "platform/linux/media/engine/player/GstHandles.h"
+#include "platform/linux/media/engine/GstHandles.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,6 +1,6 @@
 #include "platform/linux/media/engine/capture/GstSetup.h"
 
-#include "platform/linux/media/engine/player/GstHandles.h"
+#include "platform/linux/media/engine/GstHandles.h"
 
 #include <QHash>
 

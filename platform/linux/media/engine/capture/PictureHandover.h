@@ -3,7 +3,7 @@
 // Threads: any.
 #pragma once
 
-#include "platform/linux/media/engine/player/GstHandles.h"
+#include "platform/linux/media/engine/GstHandles.h"
 
 #include <gst/app/gstappsink.h>
 #include <gst/app/gstappsrc.h>

@@ -5,7 +5,7 @@
 
 #include "core/Mailbox.h"
 #include "core/Result.h"
-#include "platform/linux/media/engine/player/GstHandles.h"
+#include "platform/linux/media/engine/GstHandles.h"
 
 #include <QByteArray>
 

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "core/Mailbox.h"
-#include "platform/linux/media/engine/player/GstHandles.h"
+#include "platform/linux/media/engine/GstHandles.h"
 #include "platform/linux/media/engine/player/MoviePicture.h"
 
 #include <QByteArray>
