@@ -15,8 +15,9 @@ using namespace Qt::StringLiterals;
 namespace {
 
 // The main one, one to its right whose lower edge is higher, one at twice the scale below the main one.
-const QList<quenby::Display> desk{FakeDisplays::display(1, {0, 0, 1280, 800}), FakeDisplays::display(2, {1280, -100, 800, 600}),
-                          FakeDisplays::display(3, {0, 800, 640, 400}, 2)};
+const QList<quenby::Display> desk{FakeDisplays::display(1, {0, 0, 1280, 800}),
+                                  FakeDisplays::display(2, {1280, -100, 800, 600}),
+                                  FakeDisplays::display(3, {0, 800, 640, 400}, 2)};
 
 } // namespace
 
