@@ -43,8 +43,7 @@ bool isScreenComposited() {
         return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
     const xcb_atom_t selection = atom(connection, "_NET_WM_CM_S" + QByteArray::number(screenNumber()));
     const auto cookie = xcb_get_selection_owner(connection, selection);
-    const CAllocated<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(connection, cookie, nullptr));
+    const CAllocated<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(connection, cookie, nullptr));
     return reply && reply->owner != XCB_WINDOW_NONE;
 }
 

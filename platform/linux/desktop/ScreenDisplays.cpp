@@ -1,7 +1,7 @@
 #include "platform/linux/desktop/ScreenDisplays.h"
 
-#include "platform/linux/x11/ScreenMonitors.h"
 #include "core/CAllocated.h"
+#include "platform/linux/x11/ScreenMonitors.h"
 
 #include <QGuiApplication>
 #include <QPixmap>

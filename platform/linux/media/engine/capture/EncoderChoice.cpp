@@ -1,8 +1,8 @@
 #include "platform/linux/media/engine/capture/EncoderChoice.h"
 
+#include "platform/linux/media/engine/GstHandles.h"
 #include "platform/linux/media/engine/capture/CaptureLog.h"
 #include "platform/linux/media/engine/capture/GstSetup.h"
-#include "platform/linux/media/engine/GstHandles.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,7 +1,7 @@
 #include "platform/linux/media/engine/capture/PortalSource.h"
 
-#include "platform/linux/media/engine/capture/GstSetup.h"
 #include "platform/linux/media/engine/GstHandles.h"
+#include "platform/linux/media/engine/capture/GstSetup.h"
 
 #include <QGuiApplication>
 #include <QScreen>

@@ -1,7 +1,7 @@
 #include "platform/linux/media/engine/player/MovieFactsReader.h"
 
-#include "platform/linux/media/engine/player/FrameworkThreads.h"
 #include "platform/linux/media/engine/GstHandles.h"
+#include "platform/linux/media/engine/player/FrameworkThreads.h"
 #include "platform/linux/media/engine/player/MovieFile.h"
 
 #include <QThreadPool>
