@@ -44,13 +44,18 @@ std::optional<ScreenCastStream> streamIn(const QVariant& streams) {
     const auto argument = streams.value<QDBusArgument>();
     if (argument.currentSignature() != QLatin1String("a(ua{sv})"))
         return std::nullopt;
+    // What is begun is ended, or the toolkit keeps it for ever.
     argument.beginArray();
-    if (argument.atEnd())
+    if (argument.atEnd()) {
+        argument.endArray();
         return std::nullopt;
+    }
     ScreenCastStream stream;
     QVariantMap properties;
     argument.beginStructure();
     argument >> stream.node >> properties;
+    argument.endStructure();
+    argument.endArray();
     const auto position = pairIn(properties.value(QStringLiteral("position")));
     const auto size = pairIn(properties.value(QStringLiteral("size")));
     if (position && size)

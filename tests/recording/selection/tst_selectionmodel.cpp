@@ -84,7 +84,7 @@ private Q_SLOTS:
 
     void whatIsShown() {
         Overlay overlay;
-        const auto shown = [&overlay] {
+        const auto shown = [&overlay]() -> QString {
             return QString(overlay.model.isLabelShown() ? u'L' : u'-') %
                    QLatin1Char(overlay.model.isOutlineShown() ? 'O' : '-') %
                    QLatin1Char(overlay.model.isStartButtonShown() ? 'B' : '-');
