@@ -51,7 +51,8 @@ QByteArray temporaryPath(const QByteArray& folder) {
 
 QString reasonFor(int error, const QByteArray& movie, const QByteArray& destination) {
     const QString folder = QFile::decodeName(folderOf(destination));
-    const QString kept = QStringLiteral(" The recording itself is kept as “%1”.").arg(QFile::decodeName(movie));
+    const QString kept =
+        QStringLiteral(" The recording itself stays at “%1” until Quenby ends.").arg(QFile::decodeName(movie));
     switch (error) {
     case EEXIST:
         return QStringLiteral("There is a file “%1” already, and it was not replaced. Save the recording under another "
