@@ -1,4 +1,5 @@
-// The composition's objects, and which of them hears of what. What is then done stands in AppDelegate.cpp.
+// The composition's objects, and which of them hears of what. What is then done stands in
+// AppDelegate.cpp and AppDelegateCommands.cpp.
 #include "app/account/DriveConnection.h"
 #include "app/agent/AppDelegate.h"
 #include "app/agent/LaunchTrace.h"
