@@ -1,17 +1,18 @@
 // A copy of a recording is whole under its name, or not there; and the texts of its length.
 #include "recording/review/DurationText.h"
 #include "recording/review/MovieCopy.h"
+#include "tests/support/TroubledDisk.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 using namespace quenby;
+using namespace quenby::testing;
 using namespace std::chrono_literals;
 using End = MovieCopyResult::End;
 
@@ -129,14 +130,12 @@ private Q_SLOTS:
     }
 
     void aFullDiskLeavesNothing() {
-        const QString disk = folder_.filePath(QStringLiteral("disk"));
-        const QByteArray mounted = QFile::encodeName(disk);
-        QVERIFY(QDir().mkdir(disk));
-        if (::mount("none", mounted.constData(), "tmpfs", 0, "size=1m") != 0)
+        const SmallDisk disk(1);
+        if (!disk.isThere())
             QSKIP("Only the administrator can make a small disk");
-        const MovieCopyResult result = copyMovie(movie_, mounted + "/x.mov", goesOn);
-        const QStringList left = everythingIn(disk);
-        QCOMPARE(::umount(mounted.constData()), 0);
+        const MovieCopyResult result =
+            copyMovie(movie_, QFile::encodeName(disk.filePath(QStringLiteral("x.mov"))), goesOn);
+        const QStringList left = everythingIn(disk.path());
         QCOMPARE(result.end, End::failed);
         QVERIFY2(result.reason.contains(QStringLiteral("no room")), qPrintable(result.reason));
         QVERIFY(left.isEmpty());
