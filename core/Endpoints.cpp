@@ -35,6 +35,7 @@ Endpoints Endpoints::provider() {
     endpoints.keychainItemName = QStringLiteral("Drive: Google Drive");
     endpoints.providerDomain = QStringLiteral("google.com");
     endpoints.webPlaces = WebPlaces::provider();
+    endpoints.clientConsoleURL = QUrl(QStringLiteral("https://console.cloud.google.com/apis/credentials"));
     return endpoints;
 }
 

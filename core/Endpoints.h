@@ -25,6 +25,7 @@ struct Endpoints {
     QString driveScope;         // full access to the Drive
     QString providerDomain;     // a host in it is the provider's own: its sign-in can tell who signed in
     QString jwtBearerGrantType; // RFC 7523, section 2.1
+    QUrl clientConsoleURL;      // where people register clients of their own; empty where there is no such place
     bool isLocal = false;       // plain http to this computer is allowed, also for authorized requests
 
     static Endpoints provider();

@@ -1,5 +1,7 @@
 #include "http/CurlErrors.h"
 
+#include "core/Redaction.h"
+
 namespace quenby {
 namespace {
 
@@ -63,13 +65,33 @@ QString explanation(URLErrorCode code, const QString& host) {
     }
 }
 
+// What went wrong on the way to the proxy or inside of it; empty when it was something else.
+QString proxyExplanation(CURLcode code, const QString& host, const QString& proxy) {
+    if (code == CURLE_PROXY) {
+        const QString name = proxy.isEmpty() ? QString() : QString(QLatin1Char(' ') + proxy);
+        return QStringLiteral("The proxy%1 did not connect to %2. Check the proxy settings.").arg(name, host);
+    }
+    if (proxy.isEmpty() || (code != CURLE_COULDNT_RESOLVE_PROXY && code != CURLE_COULDNT_CONNECT))
+        return {};
+    return QStringLiteral("The proxy %1, by which %2 is to be reached, does not answer. Check the proxy settings.")
+        .arg(proxy, host);
+}
+
+// libcurl quotes a proxy's address that it cannot make sense of, with the password in it.
+QString withoutSecrets(const QString& detail) {
+    if (detail.contains(QLatin1String("nsupported proxy")))
+        return detail.section(QLatin1Char('\''), 0, 0).trimmed();
+    return redaction::text(detail);
+}
+
 } // namespace
 
-Error errorForCurlCode(CURLcode code, const QString& detail, const QString& host) {
+Error errorForCurlCode(CURLcode code, const QString& detail, const QString& host, const QString& proxy) {
     const URLErrorCode ours = urlErrorCode(code);
-    const QString cause = detail.isEmpty() ? QString::fromLatin1(curl_easy_strerror(code)) : detail;
-    return Error(
-        ours, {{errorKey::reason, QString(explanation(ours, host) + QStringLiteral(" (") + cause + QLatin1Char(')'))}});
+    const QString cause = detail.isEmpty() ? QString::fromLatin1(curl_easy_strerror(code)) : withoutSecrets(detail);
+    const QString aboutProxy = proxyExplanation(code, host, proxy);
+    const QString text = aboutProxy.isEmpty() ? explanation(ours, host) : aboutProxy;
+    return Error(ours, {{errorKey::reason, QString(text + QStringLiteral(" (") + cause + QLatin1Char(')'))}});
 }
 
 } // namespace quenby

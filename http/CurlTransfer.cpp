@@ -19,10 +19,16 @@ Error cannotRewind() {
                  {{errorKey::reason, QStringLiteral("The data to send cannot be read again from its start.")}});
 }
 
+bool isSameServer(const QUrl& one, const QUrl& other) {
+    return one.scheme() == other.scheme() && one.host() == other.host() && one.port() == other.port();
+}
+
 } // namespace
 
-CurlTransfer::CurlTransfer(const URLRequest& request, URLConnectionClient& client, std::shared_ptr<CurlEventLoop> loop)
+CurlTransfer::CurlTransfer(const URLRequest& request, URLConnectionClient& client, std::shared_ptr<CurlEventLoop> loop,
+                           std::shared_ptr<ProxySource> proxySource)
     : loop_(std::move(loop))
+    , proxySource_(std::move(proxySource))
     , easy_(curl_easy_init())
     , client_(&client)
     , request_(request)
@@ -34,11 +40,48 @@ CurlTransfer::~CurlTransfer() = default;
 
 void CurlTransfer::cancel() {
     client_ = nullptr;
+    proxyQuestion_.cancel();
     stallWatch_.stop();
     loop_->remove(shared_from_this());
 }
 
 void CurlTransfer::beginExchange() {
+    if (isProxyKnown())
+        runExchange();
+    else
+        findProxy();
+}
+
+// --- The way there ------------------------------------------------------------------------------------------------
+
+bool CurlTransfer::isProxyKnown() const { return !proxySource_ || isSameServer(proxyIsFor_, request_.url); }
+
+void CurlTransfer::findProxy() {
+    stallWatch_.start();
+    proxyQuestion_ =
+        proxySource_->findProxies(request_.url, loop_.get(), [transfer = weak_from_this()](const ProxyChoice& choice) {
+            if (const auto self = transfer.lock())
+                self->useProxy(choice);
+        });
+}
+
+void CurlTransfer::useProxy(const ProxyChoice& choice) {
+    stallWatch_.stop();
+    const QUrl former = std::exchange(proxy_, choice.proxies.value(0));
+    proxyIsFor_ = request_.url;
+    if (proxy_ != former) {
+        proxyLogin_.reset();
+        if (!proxy_.userName().isEmpty())
+            proxyLogin_ = Login{{proxy_.userName(QUrl::FullyDecoded), proxy_.password(QUrl::FullyDecoded)}};
+    }
+    runExchange();
+}
+
+QString CurlTransfer::proxyName() const {
+    return proxy_.isEmpty() ? QString() : proxy_.authority(QUrl::FullyEncoded).section(QLatin1Char('@'), -1);
+}
+
+void CurlTransfer::runExchange() {
     head_ = ResponseHead();
     bodyUse_ = BodyUse::deliver;
     discardedBytes_ = 0;
@@ -150,6 +193,8 @@ void CurlTransfer::headIsComplete() {
         if (!client_)
             return;
         if (next) {
+            if (!isSameServer(next->url, request_.url))
+                serverLogin_.reset(); // it was given for this one alone
             request_ = *next;
             goesOn_ = true;
             bodyUse_ = BodyUse::discard;
@@ -162,8 +207,12 @@ void CurlTransfer::headIsComplete() {
 // Asks the client; whether it has a credential to try.
 bool CurlTransfer::answerChallenge(const PasswordChallenge& received) {
     AuthenticationChallenge challenge = received.challenge;
+    if (challenge.isProxy && tryProxyAddressAgain(received.scheme))
+        return true;
+    if (challenge.isProxy && !proxy_.isEmpty())
+        challenge.host = proxyName();
     auto& login = challenge.isProxy ? proxyLogin_ : serverLogin_;
-    challenge.previousFailureCount = login ? login->attempts : 0;
+    challenge.previousFailureCount = login ? std::max(login->attempts, 1) : 0;
     const auto credential = client_->connectionDidReceiveChallenge(challenge);
     if (!client_)
         return false;
@@ -173,6 +222,17 @@ bool CurlTransfer::answerChallenge(const PasswordChallenge& received) {
         return false;
     }
     login = Login{*credential, received.scheme, challenge.previousFailureCount + 1};
+    goesOn_ = true;
+    bodyUse_ = BodyUse::discard;
+    return true;
+}
+
+// What stands in the proxy's address was presented in the simplest way; the proxy may want it in another.
+bool CurlTransfer::tryProxyAddressAgain(ChallengeScheme scheme) {
+    if (!proxyLogin_ || proxyLogin_->attempts > 0 || scheme == ChallengeScheme::basic)
+        return false;
+    proxyLogin_->scheme = scheme;
+    proxyLogin_->attempts = 1;
     goesOn_ = true;
     bodyUse_ = BodyUse::discard;
     return true;
@@ -252,17 +312,22 @@ MaybeError CurlTransfer::errorOfEndedExchange(CURLcode code) {
         answerChallenge({ChallengeScheme::basicOrDigest, challenge}); // which of them is not known either
         return failure_;
     }
+    if (tunnelStatus >= 400 && tunnelStatus <= 405)
+        code = CURLE_PROXY; // it would answer the same again
     // A request has gone out on a kept connection, which broke; the code is of a new one that libcurl has tried since.
     if (code == CURLE_COULDNT_CONNECT && isAwaitingAnswer_)
         code = CURLE_GOT_NOTHING;
-    return errorForCurlCode(code, QString::fromUtf8(errorText_.data()), request_.url.host());
+    return errorForCurlCode(code, QString::fromUtf8(errorText_.data()), request_.url.host(), proxyName());
 }
 
 void CurlTransfer::stalled() {
     loop_->remove(shared_from_this());
-    fail(errorForCurlCode(CURLE_OPERATION_TIMEDOUT,
-                          QStringLiteral("no byte for %1 s").arg(static_cast<double>(request_.timeout.count()) / 1000),
-                          request_.url.host()));
+    const auto seconds = static_cast<double>(request_.timeout.count()) / 1000;
+    const QString what = proxyQuestion_.isPending()
+                             ? QStringLiteral("the system has not said for %1 s which proxy to use").arg(seconds)
+                             : QStringLiteral("no byte for %1 s").arg(seconds);
+    proxyQuestion_.cancel();
+    fail(errorForCurlCode(CURLE_OPERATION_TIMEDOUT, what, request_.url.host()));
 }
 
 void CurlTransfer::fail(const Error& error) {

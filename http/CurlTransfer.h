@@ -5,6 +5,7 @@
 #pragma once
 
 #include "http/Challenge.h"
+#include "http/ProxySource.h"
 #include "http/RequestBody.h"
 #include "http/ResponseHead.h"
 #include "http/StallWatch.h"
@@ -22,7 +23,9 @@ class CurlEventLoop;
 
 class CurlTransfer : public std::enable_shared_from_this<CurlTransfer> {
 public:
-    CurlTransfer(const URLRequest& request, URLConnectionClient& client, std::shared_ptr<CurlEventLoop> loop);
+    // The source may be null.
+    CurlTransfer(const URLRequest& request, URLConnectionClient& client, std::shared_ptr<CurlEventLoop> loop,
+                 std::shared_ptr<ProxySource> proxySource);
     ~CurlTransfer();
     CurlTransfer(const CurlTransfer&) = delete;
     CurlTransfer& operator=(const CurlTransfer&) = delete;
@@ -45,7 +48,7 @@ private:
     struct Login {
         Credential credential;
         ChallengeScheme scheme = ChallengeScheme::basic;
-        int attempts = 0;
+        int attempts = 0; // 0: nobody was asked, it stands in the proxy's address
     };
     // What is to be done with the body of the response that is being received.
     enum class BodyUse { deliver, discard };
@@ -55,6 +58,7 @@ private:
     void configureRequest();
     void configureHeaders();
     void configureTrust();
+    void configureProxy();
     void configureLogins();
     void configureCallbacks();
 
@@ -67,9 +71,15 @@ private:
     size_t receiveBody(QByteArrayView data);
 
     void beginExchange();
+    bool isProxyKnown() const;
+    void findProxy();
+    void useProxy(const ProxyChoice& choice);
+    void runExchange();
+    QString proxyName() const; // host and port; empty when there is none, or none is known
     bool isRepeatable() const;
     void headIsComplete();
     bool answerChallenge(const PasswordChallenge& challenge);
+    bool tryProxyAddressAgain(ChallengeScheme scheme);
     void deliverResponse(const HTTPResponse& response);
     void reportBytesSent(qint64 sent);
     HTTPResponse response() const;
@@ -79,6 +89,7 @@ private:
     void stalled();
 
     const std::shared_ptr<CurlEventLoop> loop_;
+    const std::shared_ptr<ProxySource> proxySource_;
     const std::unique_ptr<CURL, HandleDeleter> easy_;
     URLConnectionClient* client_; // null once there is nothing more to tell it
     URLRequest request_;
@@ -87,6 +98,9 @@ private:
     int redirects_ = 0;
     std::optional<Login> serverLogin_;
     std::optional<Login> proxyLogin_;
+    CompletionTicket proxyQuestion_;
+    QUrl proxyIsFor_; // the address that it was found for
+    QUrl proxy_;      // empty for none
 
     // Of the running exchange
     std::unique_ptr<curl_slist, ListDeleter> headerList_;

@@ -57,6 +57,7 @@ void CurlTransfer::configure() {
     configureRequest();
     configureHeaders();
     configureTrust();
+    configureProxy();
     configureLogins();
     configureCallbacks();
 }
@@ -95,10 +96,24 @@ void CurlTransfer::configureHeaders() {
 void CurlTransfer::configureTrust() {
     setOption(handle(), CURLOPT_SSL_VERIFYPEER, true);
     setOption(handle(), CURLOPT_SSL_VERIFYHOST, 2);
-    if (const QByteArray file = qgetenv("SSL_CERT_FILE"); !file.isEmpty())
+    if (const QByteArray file = qgetenv("SSL_CERT_FILE"); !file.isEmpty()) {
         setOption(handle(), CURLOPT_CAINFO, file.constData());
-    if (const QByteArray folder = qgetenv("SSL_CERT_DIR"); !folder.isEmpty())
+        setOption(handle(), CURLOPT_PROXY_CAINFO, file.constData());
+    }
+    if (const QByteArray folder = qgetenv("SSL_CERT_DIR"); !folder.isEmpty()) {
         setOption(handle(), CURLOPT_CAPATH, folder.constData());
+        setOption(handle(), CURLOPT_PROXY_CAPATH, folder.constData());
+    }
+}
+
+// Both options keep libcurl from reading the environment, which the source knows as well. The address goes without its
+// credential, so that libcurl can put it into no error text.
+void CurlTransfer::configureProxy() {
+    if (!proxySource_)
+        return;
+    const auto serverOnly = QUrl::RemoveUserInfo | QUrl::RemovePath | QUrl::RemoveQuery | QUrl::RemoveFragment;
+    setOption(handle(), CURLOPT_PROXY, proxy_.toEncoded(serverOnly).constData());
+    setOption(handle(), CURLOPT_NOPROXY, "");
 }
 
 void CurlTransfer::configureLogins() {

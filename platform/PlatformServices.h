@@ -8,7 +8,9 @@
 #include "platform/Displays.h"
 #include "platform/FileBrowser.h"
 #include "platform/FilePanels.h"
+#include "platform/GlobalShortcuts.h"
 #include "platform/Keyring.h"
+#include "platform/LoginItem.h"
 #include "platform/MoviePlayer.h"
 #include "platform/Notifications.h"
 #include "platform/Opener.h"
@@ -50,6 +52,8 @@ struct PlatformServices {
     std::unique_ptr<MoviePlayers> moviePlayers;
     std::unique_ptr<ScreenCaptureTool> screenCaptureTool;
     std::unique_ptr<ScreenshotQuery> screenshotQuery;
+    std::unique_ptr<GlobalShortcuts> globalShortcuts;
+    std::unique_ptr<LoginItem> loginItem;
     std::unique_ptr<SingleInstance> singleInstance;
     std::unique_ptr<SessionEnd> sessionEnd;
     std::unique_ptr<QObject> appearance; // keeps the program's palette like the desktop's

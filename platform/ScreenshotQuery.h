@@ -35,6 +35,11 @@ class ScreenshotQuery : public QObject, public PlatformService {
 public:
     // Looks at what is there, and from then on at what comes. The results of the first look are told as well.
     virtual void start() = 0;
+    // The folders in which the desktop's own tools save, as far as that is known: absolute paths.
+    virtual QList<QByteArray> knownFolders() const = 0;
+    // Absolute paths of more folders to look into; in place of those that were added before. At any time; screenshots
+    // that lie there already are results without being new.
+    virtual void setAddedFolders(const QList<QByteArray>& folders) = 0;
     // Files that are screen captures, oldest first. Each that has all facts is whole: nobody writes to it any more.
     virtual QList<ScreenshotItem> results() const = 0;
 

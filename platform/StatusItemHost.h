@@ -12,6 +12,8 @@
 #include <QRect>
 #include <QSize>
 
+#include <optional>
+
 class QMenu;
 class QPainter;
 
@@ -40,6 +42,8 @@ class StatusItemHost : public QObject, public PlatformService {
 
 public:
     virtual StatusItemPlace place() const = 0;
+    // By which protocol the item is shown, for somebody who looks for a fault; empty where there is only one way.
+    virtual QString protocol() const { return {}; }
     // Shows the face. The menu is what the tray opens; it is not owned and outlives the host.
     virtual void show(const StatusItemFace& face, QMenu& menu) = 0;
     // The face looks different from before: paints it again. The only reason for which a host paints or sends anything.
@@ -67,6 +71,10 @@ public:
     virtual StatusItemHost* host() const = 0;
     // Begins to look for a place; tells what it found by hostChanged(), through the event loop.
     virtual void start() = 0;
+    // From now on; before start() as well. Absent: a tray where there is one, else the strip. Where the item stands
+    // somewhere else, it moves at once, and tells so by hostChanged(), through the event loop. A chosen tray that is
+    // not there takes the item when it comes; until then the item stays visible somewhere else.
+    virtual void choose(std::optional<StatusItemPlace> place) = 0;
 
 Q_SIGNALS:
     // The new host shows nothing until it is told to.

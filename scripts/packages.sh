@@ -6,7 +6,7 @@ packages_build="g++ cmake ninja-build pkg-config ccache mold
   qt6-base-dev libqt6sql6-sqlite qt6-image-formats-plugins qt6-webengine-dev qtkeychain-qt6-dev libsecret-1-0 libxcb1-dev
   libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-plugins-ugly
-  gstreamer1.0-libav gstreamer1.0-x gstreamer1.0-pipewire libx11-dev libxcb-randr0-dev
+  gstreamer1.0-libav gstreamer1.0-x gstreamer1.0-pipewire libx11-dev libxcb-randr0-dev libxcb-xkb-dev libxkbcommon-x11-dev
   libcurl4-openssl-dev libsimdjson-dev libcpp-httplib-dev libssl-dev"
 # What scripts/desktop/ starts, and what drives and photographs it.
 packages_desktop="xvfb xkb-data libgl1-mesa-dri openbox xfce4-panel xfconf tint2 dunst xfce4-notifyd
@@ -17,7 +17,9 @@ packages_desktop="xvfb xkb-data libgl1-mesa-dri openbox xfce4-panel xfconf tint2
 packages_capture="scrot gnome-screenshot flameshot ffmpeg"
 # What scripts/desktop/wayland-session.sh starts.
 packages_wayland="sway swaybg grim qt6-wayland pipewire wireplumber xdg-desktop-portal xdg-desktop-portal-wlr"
-packages_test="$packages_build $packages_desktop $packages_capture qt6-websockets-dev clang libclang-rt-dev openssl curl ca-certificates"
+# What starts the login item, checks its entry, and changes the keyboard.
+packages_preferences="dex desktop-file-utils x11-xkb-utils libproxy1-plugin-gsettings"
+packages_test="$packages_build $packages_desktop $packages_capture $packages_preferences qt6-websockets-dev clang libclang-rt-dev openssl curl ca-certificates"
 packages_bench="$packages_build $packages_desktop libbenchmark-dev openssl curl python3 valgrind chromium ffmpeg"
 packages_format="clang-format"
 

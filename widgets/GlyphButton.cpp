@@ -1,11 +1,15 @@
 #include "widgets/GlyphButton.h"
 
 #include <QPainter>
+#include <QStyle>
+
+#include <algorithm>
 
 namespace quenby {
 namespace {
 
-constexpr int padding = 5; // around the picture
+constexpr int padding = 5;      // around the picture
+constexpr int textDistance = 3; // from the picture
 constexpr qreal cornerRadius = 5;
 constexpr qreal focusWidth = 2;
 // How much of the text's colour is in the ground.
@@ -22,7 +26,15 @@ GlyphButton::GlyphButton(int glyphSide, QWidget* parent)
     setFocusPolicy(Qt::TabFocus);
 }
 
-QSize GlyphButton::sizeHint() const { return iconSize().grownBy({padding, padding, padding, padding}); }
+QSize GlyphButton::textSize() const { return fontMetrics().size(Qt::TextShowMnemonic, text()); }
+
+QSize GlyphButton::sizeHint() const {
+    QSize content = iconSize();
+    if (showsText())
+        content = {std::max(content.width(), textSize().width()),
+                   content.height() + textDistance + textSize().height()};
+    return content.grownBy({padding, padding, padding, padding});
+}
 
 float GlyphButton::groundStrength() const {
     if (isDown())
@@ -41,6 +53,13 @@ void GlyphButton::paintEvent(QPaintEvent*) {
     painter.drawRoundedRect(rect(), cornerRadius, cornerRadius);
     QRect picture(QPoint(), iconSize());
     picture.moveCenter(rect().center());
+    if (showsText()) {
+        const int words = textSize().height();
+        picture.translate(0, -(textDistance + words) / 2);
+        const QRect line(0, picture.bottom() + 1 + textDistance, width(), words);
+        style()->drawItemText(&painter, line, Qt::AlignCenter | Qt::TextShowMnemonic, palette(), isEnabled(), text(),
+                              QPalette::WindowText);
+    }
     icon().paint(&painter, picture, Qt::AlignCenter, isEnabled() ? QIcon::Normal : QIcon::Disabled);
     if (!hasFocus())
         return;

@@ -1,5 +1,6 @@
-// A button that is nothing but its picture: what the pointer, a press, a switch and the keyboard's focus do to it shows
-// on the ground below. A menu behind it shows no arrow.
+// A button that is nothing but its picture, or with Qt::ToolButtonTextUnderIcon its picture above its name: what the
+// pointer, a press, a switch and the keyboard's focus do to it shows on the ground below. A menu behind it shows no
+// arrow.
 //
 // Threads: the main thread.
 #pragma once
@@ -22,6 +23,8 @@ protected:
 
 private:
     float groundStrength() const;
+    bool showsText() const { return toolButtonStyle() == Qt::ToolButtonTextUnderIcon; }
+    QSize textSize() const;
 };
 
 } // namespace quenby

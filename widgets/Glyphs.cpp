@@ -37,6 +37,12 @@ QPainterPath lines(std::initializer_list<QPolygonF> polygons) {
     return path;
 }
 
+QPainterPath spot(const QPointF& middle) {
+    QPainterPath path;
+    path.addEllipse(middle, 0.9, 0.9);
+    return path;
+}
+
 QPolygonF loudspeaker() { return {{1.8, 6}, {4, 6}, {7, 3}, {7, 13}, {4, 10}, {1.8, 10}, {1.8, 6}}; }
 
 } // namespace
@@ -161,6 +167,27 @@ QPainterPath soundGlyph() {
 
 QPainterPath mutedGlyph() {
     return strokeOf(lines({loudspeaker(), QPolygonF({{9.6, 5.8}, {14, 10.2}}), QPolygonF({{14, 5.8}, {9.6, 10.2}})}));
+}
+
+QPainterPath personGlyph() {
+    QPainterPath person;
+    person.addEllipse(QPointF(8, 5), 2.9, 2.9);
+    person.moveTo(2.4, 13.8);
+    person.cubicTo(2.4, 8.8, 13.6, 8.8, 13.6, 13.8);
+    person.closeSubpath();
+    return strokeOf(person);
+}
+
+QPainterPath infoGlyph() {
+    QPainterPath ring = lines({QPolygonF({{8, 7.4}, {8, 11.4}})});
+    ring.addEllipse(QPointF(8, 8), 6.2, 6.2);
+    return strokeOf(ring).united(spot({8, 4.9}));
+}
+
+QPainterPath warningGlyph() {
+    return strokeOf(
+               lines({QPolygonF({{8, 2.2}, {14.4, 13.4}, {1.6, 13.4}, {8, 2.2}}), QPolygonF({{8, 6.4}, {8, 9.4}})}))
+        .united(spot({8, 11.5}));
 }
 
 QPainterPath upGlyph() { return strokeOf(lines({QPolygonF({{3.5, 10}, {8, 5.5}, {12.5, 10}})}), 1.5); }

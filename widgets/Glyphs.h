@@ -30,6 +30,9 @@ QPainterPath downGlyph();
 QPainterPath folderGlyph();
 QPainterPath soundGlyph();
 QPainterPath mutedGlyph();
+QPainterPath personGlyph();
+QPainterPath infoGlyph();
+QPainterPath warningGlyph();
 // In the text colour of the program's palette as it is when the icon is painted; mirrored in a right-to-left window
 // when it points somewhere.
 QIcon glyphIcon(const QPainterPath& glyph, bool pointsSomewhere = false);

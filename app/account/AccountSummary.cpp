@@ -1,6 +1,6 @@
 #include "app/account/AccountSummary.h"
 
-#include "app/cli/DisplayText.h"
+#include "core/ByteCountText.h"
 #include "driveapi/GTLDriveAbout.h"
 
 #include <QtNumeric>

@@ -17,6 +17,10 @@ struct ClientIdentity {
     // $QUENBY_CLIENT_ID with $QUENBY_CLIENT_SECRET, else the settings `clientID` with `clientSecret`, else the
     // program's own. An identifier without its secret stands for a client that has none.
     static ClientIdentity chosen(const Defaults& defaults);
+    // Whether the settings don't matter.
+    static bool isChosenByEnvironment();
+
+    friend bool operator==(const ClientIdentity&, const ClientIdentity&) = default;
 };
 
 } // namespace quenby

@@ -1,6 +1,7 @@
 #include "app/account/DriveConnection.h"
 
 #include "driveapi/GTLServiceDrive.h"
+#include "http/CurlConnection.h"
 #include "http/GTMHTTPFetcherService.h"
 #include "oauth2/GTMOAuth2Authentication.h"
 #include "oauth2/GTMOAuth2SignIn.h"
@@ -14,13 +15,13 @@ constexpr double maxRetryInterval = 30; // seconds
 } // namespace
 
 DriveConnection::DriveConnection(Endpoints endpoints, ClientIdentity identity, std::shared_ptr<TimeSource> timeSource,
-                                 std::shared_ptr<FetchLogger> logger)
+                                 std::shared_ptr<FetchLogger> logger, const std::shared_ptr<ProxySource>& proxySource)
     : endpoints_(std::move(endpoints))
     , identity_(std::move(identity))
     , timeSource_(std::move(timeSource))
-    , accountFetcherService_(makeFetcherService(logger))
-    , pictureFetcherService_(makeFetcherService(logger))
-    , driveService_(std::make_shared<GTLServiceDrive>(endpoints_, makeFetcherService(logger))) {
+    , accountFetcherService_(makeFetcherService(logger, proxySource))
+    , pictureFetcherService_(makeFetcherService(logger, proxySource))
+    , driveService_(std::make_shared<GTLServiceDrive>(endpoints_, makeFetcherService(logger, proxySource))) {
     driveService_->ticketSettings().shouldFetchNextPages = true;
     driveService_->ticketSettings().retryEnabled = true;
     driveService_->ticketSettings().maxRetryInterval = maxRetryInterval;
@@ -29,10 +30,13 @@ DriveConnection::DriveConnection(Endpoints endpoints, ClientIdentity identity, s
 DriveConnection::~DriveConnection() = default;
 
 std::shared_ptr<GTMHTTPFetcherService>
-DriveConnection::makeFetcherService(const std::shared_ptr<FetchLogger>& logger) const {
+DriveConnection::makeFetcherService(const std::shared_ptr<FetchLogger>& logger,
+                                    const std::shared_ptr<ProxySource>& proxySource) const {
     const auto service = GTMHTTPFetcherService::create(timeSource_);
     service->setAllowLocalhostRequest(endpoints_.isLocal);
     service->setLogger(logger);
+    if (proxySource)
+        service->setConnectionClass(CurlConnection::factory(proxySource));
     return service;
 }
 

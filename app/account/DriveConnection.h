@@ -14,16 +14,19 @@ class FetchLogger;
 class GTLServiceDrive;
 class GTMHTTPFetcherService;
 class GTMOAuth2Authentication;
+class ProxySource;
 
 class DriveConnection {
 public:
-    // The logger may be null.
+    // The logger may be null. Without a source of proxies, every connection follows the environment.
     DriveConnection(Endpoints endpoints, ClientIdentity identity, std::shared_ptr<TimeSource> timeSource,
-                    std::shared_ptr<FetchLogger> logger);
+                    std::shared_ptr<FetchLogger> logger, const std::shared_ptr<ProxySource>& proxySource = nullptr);
     ~DriveConnection();
 
     const Endpoints& endpoints() const { return endpoints_; }
+    // Of the authorizers to come; each keeps the one that it was made with to its end.
     const ClientIdentity& identity() const { return identity_; }
+    void setIdentity(ClientIdentity identity) { identity_ = std::move(identity); }
     const std::shared_ptr<TimeSource>& timeSource() const { return timeSource_; }
     // Follows collections through all pages, and retries.
     const std::shared_ptr<GTLServiceDrive>& driveService() const { return driveService_; }
@@ -40,10 +43,11 @@ public:
     void prepare(GTMOAuth2Authentication& authentication) const;
 
 private:
-    std::shared_ptr<GTMHTTPFetcherService> makeFetcherService(const std::shared_ptr<FetchLogger>& logger) const;
+    std::shared_ptr<GTMHTTPFetcherService> makeFetcherService(const std::shared_ptr<FetchLogger>& logger,
+                                                              const std::shared_ptr<ProxySource>& proxySource) const;
 
     const Endpoints endpoints_;
-    const ClientIdentity identity_;
+    ClientIdentity identity_;
     const std::shared_ptr<TimeSource> timeSource_;
     const std::shared_ptr<GTMHTTPFetcherService> accountFetcherService_;
     const std::shared_ptr<GTMHTTPFetcherService> pictureFetcherService_;

@@ -41,7 +41,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::becameSingleInstance(const Handover& handover) {
-    CheckDefaultsValue(*platform_.defaults);
+    preferences_.begin(CheckDefaultsValue(*platform_.defaults));
     platform_.cacheFolders->remove(cacheFolderName::images);
     if (const auto images = platform_.cacheFolders->create(cacheFolderName::images); !images)
         qCWarning(appLog, "%s", qPrintable(images.error().description()));
@@ -255,6 +255,7 @@ void AppDelegate::logOut() {
 void AppDelegate::leaveAccount() {
     shareWindows_.closeAll();
     captures_.leaveAccount();
+    preferences_.leaveAccount();
     changeFeed_.clear();
     changeNotices_.clear();
     pictures_.clear();
@@ -284,6 +285,7 @@ void AppDelegate::setDisplayDataIfAvail() {
     }
     window_.accountView().setAccount(display);
     popover_.setAccount(display);
+    preferences_.setAccount(display);
     menus_.refresh();
 }
 

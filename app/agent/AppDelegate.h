@@ -8,6 +8,7 @@
 #include "app/agent/Captures.h"
 #include "app/agent/ChangesPopover.h"
 #include "app/agent/HeldUploads.h"
+#include "app/agent/Preferences.h"
 #include "app/agent/UploadListing.h"
 #include "app/changes/ChangeFeed.h"
 #include "app/changes/ChangeNotices.h"
@@ -44,6 +45,7 @@ public:
         // The local Drive may have died; does nothing for the provider's.
         std::function<void()> reviveDrive;
         bool startsHidden = false; // the window stays closed as long as nothing has to be asked
+        QString placeDecidedBy{};  // see Preferences
     };
 
     explicit AppDelegate(const Surroundings& surroundings);
@@ -89,6 +91,7 @@ private:
     void connectToolBar();
     void connectPages();
     void connectCaptures();
+    void connectPreferences();
     void countTransfers();
     bool areCapturesNeeded() const;
 
@@ -140,6 +143,7 @@ private:
     StatusMenus menus_;
     ChangesPopover popover_;
     StatusItem statusItem_;
+    Preferences preferences_;
 
     QList<QByteArray> openFromDocList_; // wait for a sign-in
     HeldUploads heldUploads_;

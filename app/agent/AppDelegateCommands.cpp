@@ -28,6 +28,9 @@ void AppDelegate::carryOut(MenuCommand command) {
         return captures_.fetchLastFromClipBoard();
     case MenuCommand::recordScreen:
         return captures_.screenCastAction();
+    case MenuCommand::preferences:
+        popover_.close();
+        return preferences_.OpenPreferenceWindow();
     case MenuCommand::signIn:
         bringWorkspaceToFront();
         return session_.makeLoginInGoogle(&window_);
@@ -91,7 +94,8 @@ bool AppDelegate::minimizeAllWindows() {
         window_.showMinimized();
     const bool wereShareWindows = !shareWindows_.shareFileList().empty();
     shareWindows_.closeAll();
-    return wasPopoverVisible || wasWorkspaceVisible || wereShareWindows;
+    const bool werePreferencesVisible = preferences_.minimizeWindow();
+    return wasPopoverVisible || wasWorkspaceVisible || wereShareWindows || werePreferencesVisible;
 }
 
 // An alert of a window that is not there would not be there either.

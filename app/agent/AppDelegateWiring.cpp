@@ -5,6 +5,7 @@
 #include "app/agent/LaunchTrace.h"
 #include "app/dropview/dragFileImageView.h"
 #include "app/statusitem/ApplicationIcon.h"
+#include "core/DefaultsKeys.h"
 #include "popover/changes/RowTexts.h"
 #include "workspace/window/AccountView.h"
 #include "workspace/window/WelcomeView.h"
@@ -50,7 +51,9 @@ AppDelegate::AppDelegate(const Surroundings& surroundings)
     , popover_({changeFeed_, pictures_, inputs_, menus_, *platform_.defaults, surroundings.drive.endpoints(),
                 surroundings.drive.timeSource()})
     , statusItem_(*platform_.statusItemHosts, *platform_.defaults, inputs_, surroundings.drive.timeSource(),
-                  menus_.statusMenu(), applicationIcon()) {
+                  menus_.statusMenu(), applicationIcon())
+    , preferences_({surroundings.platform, surroundings.drive, session_, details_, applicationIcon(),
+                    surroundings.placeDecidedBy}) {
     connectAccount();
     connectUploads();
     connectChanges();
@@ -58,6 +61,7 @@ AppDelegate::AppDelegate(const Surroundings& surroundings)
     connectWindow();
     connectPages();
     connectCaptures();
+    connectPreferences();
 }
 
 // The place where the status item stands still looks at it.
@@ -121,7 +125,7 @@ void AppDelegate::connectChanges() {
     connect(&popover_, &ChangesPopover::visibleChanged, &statusItem_, &StatusItem::redisplay);
     // Its place moves with the item's size.
     connect(platform_.defaults.get(), &Defaults::changed, this, [this](const QString& key) {
-        if (key == QLatin1String("showMenubarIcon") || key == QLatin1String("showUsegeText"))
+        if (key == defaultsKey::showMenubarIcon || key == defaultsKey::showUsegeText)
             popover_.close();
     });
     menus_.enable(MenuCommand::showChanges, true);
@@ -207,6 +211,21 @@ void AppDelegate::connectCaptures() {
     for (const MenuCommand command :
          {MenuCommand::captureAndUploadScreenshot, MenuCommand::uploadClipboard, MenuCommand::recordScreen})
         menus_.enable(command, true);
+}
+
+void AppDelegate::connectPreferences() {
+    connect(&preferences_, &Preferences::ShowMainWindow, this, &AppDelegate::bringWorkspaceToFront);
+    connect(&preferences_, &Preferences::accountDataWanted, this, &AppDelegate::setDisplayDataIfAvail);
+    connect(&preferences_, &Preferences::logoutUser, this, &AppDelegate::logoutUser);
+    connect(&preferences_, &Preferences::signInRequested, this, [this] { carryOut(MenuCommand::signIn); });
+    // A sign-in as the former client would not be renewed any more after the next start.
+    connect(&preferences_, &Preferences::clientChanged, this, [this] {
+        if (session_.UserLogin())
+            logoutUser();
+        else if (session_.endSignIn())
+            session_.makeLoginInGoogle(&window_);
+    });
+    menus_.enable(MenuCommand::preferences, true);
 }
 
 void AppDelegate::countTransfers() {

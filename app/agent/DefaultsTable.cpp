@@ -1,5 +1,6 @@
 #include "app/agent/DefaultsTable.h"
 
+#include "core/DefaultsKeys.h"
 #include "platform/Defaults.h"
 
 #include <utility>

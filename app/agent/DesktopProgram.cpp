@@ -2,6 +2,7 @@
 
 #include "app/account/ClientIdentity.h"
 #include "app/account/DriveConnection.h"
+#include "app/account/ProxySetting.h"
 #include "app/agent/AppDelegate.h"
 #include "app/agent/LaunchTrace.h"
 #include "app/cli/Console.h"
@@ -19,6 +20,7 @@
 #include <QFile>
 #include <QProcess>
 
+#include <csignal>
 #include <optional>
 #include <utility>
 
@@ -38,14 +40,25 @@ std::optional<StatusItemPlace> placeNamed(const QByteArray& name) {
     return std::nullopt;
 }
 
+// How the desktop starts this program at the next login: on the same Drive.
+QStringList loginArguments(const Options& options) {
+    QStringList arguments{QStringLiteral("--hidden")};
+    if (options.local)
+        arguments.prepend(QStringLiteral("--local"));
+    if (!options.localData.isEmpty())
+        arguments += {QStringLiteral("--local-data"), QFile::decodeName(absolutePath(options.localData))};
+    return arguments;
+}
+
 // Puts the program together once it is known which Drive to talk to.
 class DesktopProgram {
 public:
     explicit DesktopProgram(const Options& options)
         : options_(options)
         , platform_(makeLinuxPlatform({options.local ? QStringLiteral("quenby-local") : QStringLiteral("quenby"),
-                                       placeNamed(options.statusItemPlace), options.hidden},
-                                      timeSource_)) {
+                                       placeNamed(options.statusItemPlace), loginArguments(options), options.hidden},
+                                      timeSource_))
+        , proxies_(*platform_.defaults, timeSource_) {
         // Until there is somebody else to hear it: the local Drive may take its time.
         QObject::connect(platform_.defaults.get(), &Defaults::troubled, &context_, [this](const QString& sentence) {
             if (!delegate_)
@@ -78,17 +91,19 @@ private:
         if (!options_.httpLog.isEmpty())
             log = std::make_shared<FetchLog>(QFile::decodeName(options_.httpLog), QStringLiteral("quenby"),
                                              FetchLog::loggingDateStamp(timeSource_->now().toLocalTime()));
-        drive_ =
-            std::make_unique<DriveConnection>(std::move(endpoints), std::move(identity), timeSource_, std::move(log));
+        drive_ = std::make_unique<DriveConnection>(std::move(endpoints), std::move(identity), timeSource_,
+                                                   std::move(log), proxies_.source());
         // Whoever has the patience for an upload takes it up again; waiting inside of a request would only hide it.
         drive_->driveService()->ticketSettings().maxRetryInterval = 4;
-        delegate_ = std::make_unique<AppDelegate>(
-            AppDelegate::Surroundings{platform_, *drive_, std::make_shared<NetworkInformationReachability>(),
-                                      [this] {
-                                          if (launcher_)
-                                              launcher_->revive();
-                                      },
-                                      options_.hidden});
+        delegate_ = std::make_unique<AppDelegate>(AppDelegate::Surroundings{
+            platform_, *drive_, std::make_shared<NetworkInformationReachability>(),
+            [this] {
+                if (launcher_)
+                    launcher_->revive();
+            },
+            options_.hidden,
+            placeNamed(options_.statusItemPlace) ? QObject::tr("It was chosen on the command line, with --status-item.")
+                                                 : QString()});
         AppDelegate& delegate = *delegate_;
         if (launcher_)
             QObject::connect(launcher_.get(), &LocalDriveLauncher::revived, &delegate, [&delegate] {
@@ -123,6 +138,7 @@ private:
     const Options& options_;
     const std::shared_ptr<TimeSource> timeSource_ = makeSystemTimeSource();
     PlatformServices platform_;
+    const ProxySetting proxies_;
     std::unique_ptr<LocalDriveLauncher> launcher_;
     std::unique_ptr<DriveConnection> drive_;
     std::unique_ptr<AppDelegate> delegate_;
@@ -133,6 +149,8 @@ private:
 } // namespace
 
 int runDesktopProgram(int argc, char** argv, const Options& options, Console& console) {
+    // Whoever started it may be gone, and with him the other end of its output.
+    std::signal(SIGPIPE, SIG_IGN);
     if (!hasDisplay()) {
         console.page(QStringLiteral("quenby: the desktop program needs a display, and there is none; "
                                     "these commands work without\n\n") +

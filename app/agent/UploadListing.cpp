@@ -1,6 +1,6 @@
 #include "app/agent/UploadListing.h"
 
-#include "app/cli/DisplayText.h"
+#include "core/ByteCountText.h"
 #include "workspace/window/UploadRows.h"
 
 namespace quenby {

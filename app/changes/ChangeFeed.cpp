@@ -2,6 +2,7 @@
 
 #include "app/changes/FeedAnswerReader.h"
 #include "app/changes/FeedPages.h"
+#include "core/DefaultsKeys.h"
 #include "driveapi/GTLDriveChange.h"
 #include "driveapi/GTLQueryDrive.h"
 #include "driveapi/GTLServiceDrive.h"
@@ -17,8 +18,6 @@ using namespace std::chrono_literals;
 constexpr auto pollInterval = 30s;
 // The most that the server puts on a page. An account's whole feed has to fit into the pages that are followed.
 constexpr qint64 changesPerPage = 1000;
-
-const QString notificationDisplay = QStringLiteral("notificationDisplay");
 
 std::shared_ptr<GTLQueryDrive> pollQuery(qint64 maxFileChangeId) {
     auto query = GTLQueryDrive::queryForChangesList();
@@ -94,7 +93,8 @@ void ChangeFeed::answered(const GTLServiceTicket& ticket, const MaybeError& erro
         serverClock_.heard(parseHTTPDate(fetcher->responseHeaders().value("Date")));
     const FeedSurroundings surroundings{.now = serverClock_.now(),
                                         .strSHARE = strSHARE_(),
-                                        .notificationDisplay = defaults_.boolForKey(notificationDisplay, true)};
+                                        .notificationDisplay =
+                                            defaults_.boolForKey(defaultsKey::notificationDisplay, true)};
     const std::unique_ptr<FeedPages> pages = std::move(pages_);
     if (error || !pages || pages->isEmpty())
         return completed(pollCompleted(store_, std::nullopt, surroundings));

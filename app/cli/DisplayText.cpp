@@ -1,6 +1,5 @@
 #include "app/cli/DisplayText.h"
 
-#include <QLocale>
 #include <QStringDecoder>
 
 #include <algorithm>
@@ -110,13 +109,6 @@ QString elidedInTheMiddle(const QString& text, int columns) {
         return result;
     };
     return part(0, kept) + QChar(0x2026) + part(characters.size() - keptAtEnd, keptAtEnd);
-}
-
-QString byteCountText(qint64 bytes) {
-    if (bytes == 1)
-        return QStringLiteral("1 byte");
-    QString text = QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeTraditionalFormat);
-    return text.replace(QStringLiteral(".0 "), QStringLiteral(" "));
 }
 
 } // namespace quenby

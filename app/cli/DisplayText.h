@@ -21,7 +21,4 @@ int displayColumns(const QString& text);
 // The text with its middle left out, so that it takes at most so many columns.
 QString elidedInTheMiddle(const QString& text, int columns);
 
-// A size such as "15 GB" or "1.5 MB": 1 GB is 1024 x 1024 x 1024 bytes.
-QString byteCountText(qint64 bytes);
-
 } // namespace quenby

@@ -3,6 +3,7 @@
 #include "app/cli/Console.h"
 #include "app/cli/DisplayText.h"
 #include "app/cli/Session.h"
+#include "core/ByteCountText.h"
 
 namespace quenby {
 

@@ -25,6 +25,8 @@ public:
 
     KeptSignIn(AccountStorage storage, const Endpoints& endpoints, std::shared_ptr<TimeSource> timeSource);
 
+    // The settings that the desktop program has.
+    const Defaults& defaults() const { return *storage_.defaults; }
     // The client that the sign-in was made with.
     ClientIdentity identity() const { return ClientIdentity::chosen(*storage_.defaults); }
     // Reads it into the authorizer. The error says what to do.

@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QNetworkProxy>
 #include <QProcess>
 #include <QTcpSocket>
 
@@ -91,6 +92,7 @@ void LocalDriveLauncher::look() {
     const auto note = readNote();
     if (note && isAlive(note->pid)) {
         probe_ = std::make_unique<QTcpSocket>();
+        probe_->setProxy(QNetworkProxy::NoProxy); // the system's may not even know this computer
         connect(probe_.get(), &QTcpSocket::connected, this, [this, url = note->url] { finish(url); });
         connect(probe_.get(), &QTcpSocket::errorOccurred, this, [this] { lookAgainSoon(); });
         timer_ = timeSource_->startTimer(probePatience, [this] { lookAgainSoon(); });

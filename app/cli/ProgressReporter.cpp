@@ -1,6 +1,6 @@
 #include "app/cli/ProgressReporter.h"
 
-#include "app/cli/DisplayText.h"
+#include "core/ByteCountText.h"
 
 #include <algorithm>
 

@@ -1,6 +1,7 @@
 #include "app/cli/ProgressText.h"
 
 #include "app/cli/DisplayText.h"
+#include "core/ByteCountText.h"
 
 #include <algorithm>
 #include <cmath>

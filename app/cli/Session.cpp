@@ -2,6 +2,7 @@
 
 #include "app/account/DriveConnection.h"
 #include "app/account/LocalSignInPage.h"
+#include "app/account/ProxySetting.h"
 #include "app/cli/Console.h"
 #include "app/cli/Folders.h"
 #include "app/cli/KeptSignIn.h"
@@ -85,8 +86,11 @@ void Session::compose(Endpoints endpoints, ClientIdentity identity) {
     if (!settings_.httpLog.isEmpty())
         fetchLog = std::make_shared<FetchLog>(QFile::decodeName(settings_.httpLog), QStringLiteral("quenby"),
                                               FetchLog::loggingDateStamp(timeSource_->now().toLocalTime()));
+    if (kept_)
+        proxies_ = std::make_unique<ProxySetting>(kept_->defaults(), timeSource_);
     connection_ =
-        std::make_unique<DriveConnection>(std::move(endpoints), std::move(identity), timeSource_, std::move(fetchLog));
+        std::make_unique<DriveConnection>(std::move(endpoints), std::move(identity), timeSource_, std::move(fetchLog),
+                                          kept_ ? proxies_->source() : std::make_shared<SystemProxies>(timeSource_));
     startWithoutSignIn();
 }
 

@@ -19,6 +19,7 @@ namespace quenby {
 class Console;
 class KeptSignIn;
 class LocalSignInPage;
+class ProxySetting;
 struct AccountStorage;
 
 class Session : public QObject {
@@ -78,6 +79,7 @@ private:
 
     std::unique_ptr<KeptSignIn> kept_;       // of the provider's Drive
     std::unique_ptr<Timer> keyringPatience_; // while it is being read
+    std::unique_ptr<ProxySetting> proxies_;  // of the settings; null on the local Drive, which needs none
     std::unique_ptr<DriveConnection> connection_;
     std::shared_ptr<GTMOAuth2Authentication> authentication_;
     std::unique_ptr<LocalSignInPage> signInPage_; // while a sign-in is under way

@@ -5,6 +5,7 @@
 #include "app/cli/Folders.h"
 #include "app/cli/Session.h"
 #include "app/uploads/transfer/DestinationFolder.h"
+#include "core/ByteCountText.h"
 
 namespace quenby {
 namespace {

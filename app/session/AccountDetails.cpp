@@ -4,6 +4,9 @@
 #include "driveapi/GTLDriveAbout.h"
 #include "driveapi/GTLQueryDrive.h"
 #include "driveapi/GTLServiceDrive.h"
+#include "driveapi/GTLServiceTicket.h"
+#include "http/GTMHTTPFetcher.h"
+#include "http/HTTPDate.h"
 
 namespace quenby {
 namespace {
@@ -20,9 +23,12 @@ AccountDetails::~AccountDetails() { stop(); }
 
 void AccountDetails::GetDetailOfUserDrive() {
     stop();
-    ticket_ = driveService_->executeQuery(GTLQueryDrive::queryForAboutGet(), this,
-                                          [this](const GTLServiceTicketPtr&, const GTLObjectPtr& object,
-                                                 const MaybeError& error) { answered(object, error); });
+    ticket_ = driveService_->executeQuery(
+        GTLQueryDrive::queryForAboutGet(), this,
+        [this](const GTLServiceTicketPtr& ticket, const GTLObjectPtr& object, const MaybeError& error) {
+            heardFrom(*ticket);
+            answered(object, error);
+        });
 }
 
 void AccountDetails::clear() {
@@ -30,6 +36,13 @@ void AccountDetails::clear() {
     dicUserData_.reset();
     RootFolderId_.clear();
     DriveInfoAPI_.reset();
+}
+
+void AccountDetails::heardFrom(const GTLServiceTicket& ticket) {
+    const auto& fetcher = ticket.objectFetcher();
+    const QDateTime date = fetcher ? parseHTTPDate(fetcher->responseHeaders().value("Date")) : QDateTime();
+    if (date.isValid())
+        serverMoment_ = ServerMoment{date, timeSource_->now(), timeSource_->elapsed()};
 }
 
 void AccountDetails::answered(const GTLObjectPtr& object, const MaybeError& error) {

@@ -17,6 +17,13 @@ namespace quenby {
 class GTLDriveAbout;
 class GTLServiceDrive;
 
+// The server has said what time it is; what this computer's clocks showed at that moment.
+struct ServerMoment {
+    QDateTime date; // whole seconds
+    QDateTime local;
+    std::chrono::milliseconds elapsed;
+};
+
 class AccountDetails : public QObject {
     Q_OBJECT
 
@@ -34,6 +41,8 @@ public:
     // The folder at the top of the Drive; empty until the first answer.
     const QString& RootFolderId() const { return RootFolderId_; }
     void setRootFolderId(const QString& identifier) { RootFolderId_ = identifier; }
+    // Of the last answer of any kind; absent before the first.
+    const std::optional<ServerMoment>& serverMoment() const { return serverMoment_; }
     // The last answer, or null.
     const std::shared_ptr<GTLDriveAbout>& DriveInfoAPI() const { return DriveInfoAPI_; }
 
@@ -44,6 +53,7 @@ Q_SIGNALS:
     void failed(const quenby::Error& error);
 
 private:
+    void heardFrom(const GTLServiceTicket& ticket);
     void answered(const GTLObjectPtr& object, const MaybeError& error);
     void detailsSetInApp(const std::shared_ptr<GTLDriveAbout>& about);
     void stop();
@@ -52,6 +62,7 @@ private:
     const std::shared_ptr<TimeSource> timeSource_;
     GTLServiceTicketPtr ticket_;
     std::unique_ptr<Timer> nextFetch_;
+    std::optional<ServerMoment> serverMoment_;
     std::optional<AccountSummary> dicUserData_;
     QString RootFolderId_;
     std::shared_ptr<GTLDriveAbout> DriveInfoAPI_;

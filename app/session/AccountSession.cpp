@@ -14,6 +14,8 @@
 
 #include <QLoggingCategory>
 
+#include <utility>
+
 namespace quenby {
 
 namespace {
@@ -56,6 +58,15 @@ QString AccountSession::signedInUsername() const {
 }
 
 bool AccountSession::isSignedIn() const { return !signedInUsername().isNull(); }
+
+std::optional<CredentialFacts> AccountSession::credentialFacts() const {
+    if (!authentication_)
+        return std::nullopt;
+    return CredentialFacts{.canBeRenewed = !authentication_->refreshToken().isEmpty(),
+                           .hasAccessToken = !authentication_->accessToken().isEmpty(),
+                           .expirationDate = authentication_->expirationDate(),
+                           .scopes = authentication_->scope().split(QLatin1Char(' '), Qt::SkipEmptyParts).size()};
+}
 
 void AccountSession::loginCheck(QObject* context, Checked checked) {
     UserLogin_ = false;
@@ -124,6 +135,8 @@ void AccountSession::signInFinished(const std::shared_ptr<GTMOAuth2Authenticatio
     }
     Q_EMIT signInEnded(isClosedByUser(error) ? MaybeError() : error);
 }
+
+bool AccountSession::endSignIn() { return std::exchange(signInWindow_, nullptr) != nullptr; }
 
 void AccountSession::makeLogoutFromGoogle(QObject* context, std::function<void()> done) {
     const CompletionGate<> gate(context, std::move(done));

@@ -13,6 +13,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class QWidget;
 
@@ -27,6 +28,14 @@ class Keyring;
 class Opener;
 class SecondChanceAuthorizer;
 class WebViews;
+
+// How the sign-in stands, without anything that it is made of.
+struct CredentialFacts {
+    bool canBeRenewed = false; // there is a refresh token
+    bool hasAccessToken = false;
+    std::optional<QDateTime> expirationDate; // of the access token
+    qsizetype scopes = 0;
+};
 
 class AccountSession : public QObject {
     Q_OBJECT
@@ -52,6 +61,8 @@ public:
     bool isSignedIn() const;
     // The user's e-mail address; null while nobody is signed in.
     QString signedInUsername() const;
+    // Absent while there are no credentials.
+    std::optional<CredentialFacts> credentialFacts() const;
     // Under which the pages of the account keep their cookies. Empty where there is no keyring: there, nothing that
     // opens the account is left on the disk, cookies included.
     QString webAccount() const;
@@ -69,6 +80,8 @@ public:
     bool preventsApplicationTermination() const;
     // Brings that dialog to the front, with a line that says why.
     void callToSignIn(const QString& notice);
+    // Closes that dialog; whether it was open. Nothing is told of it.
+    bool endSignIn();
     // Forgets the account here: the credentials in memory at once, then those in the keyring and the web pages'
     // cookies. A keyring that does not let go is told by signOutTroubled().
     void makeLogoutFromGoogle(QObject* context, std::function<void()> done);

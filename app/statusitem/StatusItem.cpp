@@ -4,6 +4,7 @@
 #include "app/dropview/DroppedFiles.h"
 #include "app/statusitem/StatusItemInputs.h"
 #include "app/statusitem/StatusItemSizing.h"
+#include "core/DefaultsKeys.h"
 #include "core/TimeSource.h"
 #include "platform/Defaults.h"
 
@@ -21,9 +22,6 @@ constexpr auto roundOtherwise = 4000ms;
 // The end of an upload is worth a closer look.
 constexpr auto lookAgain = 100ms;
 constexpr int almostDone = 99;
-
-QString iconKey() { return QStringLiteral("showMenubarIcon"); }
-QString textKey() { return QStringLiteral("showUsegeText"); }
 
 // The number that "37%" begins with.
 unsigned leadingPercent(const QString& text) {
@@ -66,8 +64,9 @@ void StatusItem::fillIn() {
     look.strsize = inputs_.accountSummary().getBytesUsed;
     look.displaysize = gaugeValue(look.strsize);
     look.toolTip = toolTip();
-    look.width = statusItemWidth(widthOfString(look.strsize, statusItemFont()), defaults_.boolForKey(iconKey()),
-                                 defaults_.boolForKey(textKey()));
+    look.width = statusItemWidth(widthOfString(look.strsize, statusItemFont()),
+                                 defaults_.boolForKey(defaultsKey::showMenubarIcon),
+                                 defaults_.boolForKey(defaultsKey::showUsegeText));
     view_->setLook(look);
 }
 
@@ -103,8 +102,8 @@ void StatusItem::redisplay() {
     StatusItemLook look = view_->look();
     look.drag = drag_;
     look.isPopoverVisible = inputs_.isPopoverVisible();
-    look.showMenubarIcon = defaults_.boolForKey(iconKey());
-    look.showUsegeText = defaults_.boolForKey(textKey());
+    look.showMenubarIcon = defaults_.boolForKey(defaultsKey::showMenubarIcon);
+    look.showUsegeText = defaults_.boolForKey(defaultsKey::showUsegeText);
     view_->setLook(look);
     show();
 }
@@ -156,7 +155,7 @@ void StatusItem::followHost() {
 }
 
 void StatusItem::settingChanged(const QString& key) {
-    if (key == iconKey() || key == textKey())
+    if (key == defaultsKey::showMenubarIcon || key == defaultsKey::showUsegeText)
         createAndSetIconOfStatusBarIsInstant(u"y");
 }
 

@@ -3,6 +3,7 @@
 #include "app/account/AccountSummary.h"
 #include "app/statusitem/MenuPlace.h"
 #include "app/statusitem/StatusItemInputs.h"
+#include "core/DefaultsKeys.h"
 #include "platform/Defaults.h"
 
 #include <QAction>
@@ -71,8 +72,8 @@ void StatusMenus::add(QMenu& menu, std::initializer_list<MenuCommand> commands) 
 
 QMenu* StatusMenus::makeShowMenu() {
     auto* menu = new QMenu(QStringLiteral("Show &in Status Bar"), statusMenu_.get());
-    menu->addAction(makeSwitch(QStringLiteral("&Icon"), QStringLiteral("showMenubarIcon")));
-    menu->addAction(makeSwitch(QStringLiteral("Storage &Use"), QStringLiteral("showUsegeText")));
+    menu->addAction(makeSwitch(QStringLiteral("&Icon"), defaultsKey::showMenubarIcon));
+    menu->addAction(makeSwitch(QStringLiteral("Storage &Use"), defaultsKey::showUsegeText));
     return menu;
 }
 

@@ -1,6 +1,7 @@
 #include "app/uploads/UploadPipeline.h"
 
 #include "app/cli/DisplayText.h"
+#include "core/DefaultsKeys.h"
 #include "driveapi/GTLQueryDrive.h"
 #include "driveapi/GTLServiceDrive.h"
 #include "platform/Defaults.h"
@@ -18,7 +19,6 @@ namespace {
 Q_LOGGING_CATEGORY(uploadsLog, "quenby.uploads", QtInfoMsg)
 
 const QString plainType = QStringLiteral("File");
-const QString notificationDisplay = QStringLiteral("notificationDisplay");
 
 } // namespace
 
@@ -154,7 +154,7 @@ void UploadPipeline::finished(const UploadRequest& request, const Result<UploadR
 }
 
 void UploadPipeline::succeeded(const UploadRequest& request, const UploadRun::Outcome& outcome) {
-    if (defaults_.boolForKey(notificationDisplay, true))
+    if (defaults_.boolForKey(defaultsKey::notificationDisplay, true))
         notificationForSuccess(QStringLiteral("Quenby New Update!"),
                                nameForPeople(request.path) + QStringLiteral(" added"), outcome.alternateLink);
     Q_EMIT uploaded(outcome.identifier);

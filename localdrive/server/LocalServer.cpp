@@ -172,7 +172,8 @@ void LocalServer::Parts::addEndpoints(const ServerOptions& options, std::functio
     rpcEndpoint = std::make_unique<RpcEndpoint>(*methods, *authenticator);
     uploadEndpoint = std::make_unique<UploadEndpoint>(*uploads, *methods, *rpcEndpoint, *authenticator, *statistics);
     signInEndpoint = std::make_unique<SignInEndpoint>(*tokens, pages, guard, owner, *statistics);
-    tokenEndpoint = std::make_unique<TokenEndpoint>(*tokens, options.clients, clock, url, *statistics);
+    tokenEndpoint = std::make_unique<TokenEndpoint>(
+        *tokens, TokenEndpoint::Clients{options.clients, options.onlyClients}, clock, url, *statistics);
     fileEndpoint = std::make_unique<FileEndpoint>(*store, *methods, *authenticator);
     pageGuard = std::make_unique<PageGuard>(*authenticator, store->pageTokenKey());
     pageFrame = std::make_unique<PageFrame>(*store, pages, *pageGuard);

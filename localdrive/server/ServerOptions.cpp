@@ -25,6 +25,7 @@ QList<QCommandLineOption> knownOptions() {
         option("idle-exit", "End after so many seconds without a request.", "seconds"),
         option("tls", "Serve https with this PEM certificate; the key is the next argument.", "certificate"),
         option("client", "Pin a client id to its secret; may be repeated.", "id:secret"),
+        option("only-clients", "Refuse clients that are not pinned."),
         option("control", "Switch on the control endpoint for requests with this token.", "token"),
         option("activity", "Invented people change files of their own, so many times a minute.", "rate"),
         option("activity-seed", "Which story they play (1).", "number"),
@@ -118,6 +119,7 @@ Result<ServerOptions> ServerOptions::parse(const QStringList& arguments) {
         return clients.error();
     options.tls = *tls;
     options.clients = *clients;
+    options.onlyClients = parser.isSet(QStringLiteral("only-clients"));
     options.controlToken = parser.value(QStringLiteral("control"));
     options.quiet = parser.isSet(QStringLiteral("quiet"));
     return options;

@@ -24,6 +24,7 @@ struct ServerOptions {
     std::optional<std::chrono::seconds> idleExit; // end after so long without a request
     std::optional<TlsFiles> tls;
     QHash<QString, QString> clients; // pinned client id -> its secret; other ids are taken with any secret
+    bool onlyClients = false;        // other ids are refused
     QString controlToken;            // empty: no control endpoint
     bool quiet = false;              // no line a request, nor an event of the activity
     int activityRate = 0;            // events a minute of invented people; 0: there are none

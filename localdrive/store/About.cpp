@@ -36,6 +36,13 @@ void addChanges(QJsonObject& about, Work& work, const Parameters& params) {
     about.insert(QStringLiteral("remainingChangeIds"), int64(remaining));
 }
 
+QJsonObject userWithPicture(Work& work, const Account& account) {
+    QJsonObject user = work.user(account.emailAddress);
+    user.insert(QStringLiteral("picture"),
+                QJsonObject{{QStringLiteral("url"), links::face(work.caller().base, account.permissionId())}});
+    return user;
+}
+
 QJsonArray exportFormats() {
     QJsonArray formats;
     for (const QString& type : documentTypes())
@@ -52,7 +59,7 @@ Result<QJsonObject> get(Work& work, const Parameters& params) {
         {QStringLiteral("kind"), QStringLiteral("drive#about")},
         {QStringLiteral("selfLink"), links::api(work.caller().base, {QStringLiteral("about")})},
         {QStringLiteral("name"), account.displayName},
-        {QStringLiteral("user"), work.user(account.emailAddress)},
+        {QStringLiteral("user"), userWithPicture(work, account)},
         {QStringLiteral("permissionId"), account.permissionId()},
         {QStringLiteral("rootFolderId"), work.store().rootFolderId()},
         {QStringLiteral("languageCode"), QStringLiteral("en")},

@@ -37,6 +37,10 @@ QString icon(const QUrl& base, const QString& mimeType) {
     return QStringLiteral("%1/icons/%2.png").arg(base.toString(), iconName(mimeType));
 }
 
+QString face(const QUrl& base, const QString& permissionId) {
+    return QStringLiteral("%1/faces/%2.png").arg(base.toString(), permissionId);
+}
+
 QString thumbnail(const QUrl& base, const FileRecord& file) {
     if (!file.hasContent() || !isPicture(file.mimeType) || file.size > largestThumbnail)
         return {};

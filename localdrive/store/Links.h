@@ -16,6 +16,8 @@ QString download(const QUrl& base, const QString& fileId, const QString& revisio
 QString page(const QUrl& base, const FileRecord& file);
 // BASE/icons/NAME.png, NAME being one of iconNames().
 QString icon(const QUrl& base, const QString& mimeType);
+// BASE/faces/PERMISSIONID.png, a picture of somebody.
+QString face(const QUrl& base, const QString& permissionId);
 // BASE/thumbnails/ID?revision=..., for files whose content is a picture of at most 4 MiB and no drawing; empty for
 // others.
 QString thumbnail(const QUrl& base, const FileRecord& file);

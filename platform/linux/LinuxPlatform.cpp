@@ -9,6 +9,7 @@
 #include "platform/linux/desktop/DialogFilePanels.h"
 #include "platform/linux/desktop/MessageBoxAlerts.h"
 #include "platform/linux/desktop/ScreenDisplays.h"
+#include "platform/linux/login/AutostartLoginItem.h"
 #include "platform/linux/media/PluginMedia.h"
 #include "platform/linux/modules/ModuleFile.h"
 #include "platform/linux/screencapture/ProcessScreenCaptureTool.h"
@@ -19,6 +20,7 @@
 #include "platform/linux/session/SecretServiceKeyring.h"
 #include "platform/linux/session/UserFolders.h"
 #include "platform/linux/session/XdgCacheFolders.h"
+#include "platform/linux/shortcuts/DesktopShortcuts.h"
 #include "platform/linux/web/PluginWebViews.h"
 
 #include <QPointer>
@@ -42,17 +44,24 @@ PlatformServices makeLinuxPlatform(const LinuxPlatformOptions& options, const st
     services.keyring = std::move(storage.keyring);
     services.cacheFolders = std::make_unique<XdgCacheFolders>(cacheFolderPath(options.profile));
     services.notifications = std::make_unique<BusNotifications>();
-    services.statusItemHosts = std::make_unique<AutomaticStatusItemHosts>(
+    auto items = std::make_unique<AutomaticStatusItemHosts>(
         StatusItemHostsOptions{.place = options.statusItemPlace,
                                .patience = options.startsWithSession ? trayPatience : std::chrono::milliseconds(0)},
         timeSource);
     services.makeStopItemHosts = [place = options.statusItemPlace, timeSource,
-                                  items = QPointer<StatusItemHosts>(services.statusItemHosts.get())] {
+                                  items = QPointer<AutomaticStatusItemHosts>(items.get())] {
         const auto itemsPlace = [items] { return items && items->host() ? items->host()->geometry() : QRect(); };
-        return std::make_unique<AutomaticStatusItemHosts>(
-            StatusItemHostsOptions{.place = place, .patience = std::chrono::milliseconds(0), .neighbour = itemsPlace},
+        // Nobody is to look for it while a recording runs.
+        const std::chrono::milliseconds none(0);
+        auto hosts = std::make_unique<AutomaticStatusItemHosts>(
+            StatusItemHostsOptions{
+                .place = place, .patience = none, .patienceWithChosenTray = none, .neighbour = itemsPlace},
             timeSource);
+        if (items)
+            hosts->follow(*items);
+        return hosts;
     };
+    services.statusItemHosts = std::move(items);
     services.alerts = std::make_unique<MessageBoxAlerts>();
     services.filePanels = std::make_unique<DialogFilePanels>();
     services.fileBrowser = std::make_unique<BusFileBrowser>();
@@ -65,6 +74,9 @@ PlatformServices makeLinuxPlatform(const LinuxPlatformOptions& options, const st
     services.moviePlayers = std::make_unique<PluginMoviePlayers>(media);
     services.screenCaptureTool = std::make_unique<ProcessScreenCaptureTool>();
     services.screenshotQuery = std::make_unique<FolderScreenshotQuery>(timeSource, screenshotPlaces());
+    services.globalShortcuts = makeDesktopShortcuts();
+    services.loginItem =
+        std::make_unique<AutostartLoginItem>(autostartOptions(options.profile, options.loginArguments));
     services.singleInstance = std::make_unique<BusSingleInstance>(QDBusConnection::sessionBus(), timeSource);
     services.sessionEnd = std::make_unique<PosixSessionEnd>();
     services.appearance = std::make_unique<DarkPreference>();

@@ -5,6 +5,8 @@
 #include "core/TimeSource.h"
 #include "platform/PlatformServices.h"
 
+#include <QStringList>
+
 #include <memory>
 #include <optional>
 
@@ -13,6 +15,7 @@ namespace quenby {
 struct LinuxPlatformOptions {
     QString profile; // names the settings file, the caches and the web profile: "quenby", or "quenby-local"
     std::optional<StatusItemPlace> statusItemPlace; // absent: a tray where there is one, else the strip
+    QStringList loginArguments;                     // with which the login item starts the program
     bool startsWithSession = false; // the desktop's own parts, such as its tray, may still be on their way
 };
 

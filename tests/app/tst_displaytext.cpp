@@ -2,6 +2,7 @@
 
 #include "app/cli/DisplayText.h"
 #include "app/cli/ProgressText.h"
+#include "core/ByteCountText.h"
 
 #include <QTest>
 

@@ -156,6 +156,22 @@ private Q_SLOTS:
         QCOMPARE(client.data, welcome ? QByteArray("welcome: hello") : QByteArray());
     }
 
+    void aRedirectTakesNoLoginElsewhere() {
+        ScriptedServer other;
+        other.enqueue(Answer::with(200, "there"));
+        ScriptedServer server;
+        server.setHandler([&other](const ReceivedRequest& request) {
+            if (request.header("Authorization").isEmpty())
+                return Answer::with(401, {}, {{"WWW-Authenticate", "Basic realm=\"here\""}});
+            return Answer::with(302, {}, {{"Location", other.url().toEncoded()}});
+        });
+        ConnectionRecorder client;
+        client.credentials = {{u"user"_s, u"word"_s}};
+        run(makeRequest(server.url()), client);
+        QCOMPARE(client.data, "there");
+        QCOMPARE(other.requests().front().header("Authorization"), QByteArray());
+    }
+
     void bearerChallengesArePlainAnswers() {
         ScriptedServer server;
         server.enqueue(Answer::with(401, "token?", {{"WWW-Authenticate", "Bearer realm=\"x\", Basic realm=\"y\""}}));

@@ -233,6 +233,34 @@ private Q_SLOTS:
         QCOMPARE(jsonOf(reply.body)["error"_L1].toString(), error);
     }
 
+    void onlyPinnedClientsWhenToldSo() {
+        LocalDriveProcess strict({u"--client"_s, u"pinned:secret"_s, u"--only-clients"_s});
+        QVERIFY2(strict.start(), strict.log());
+        const auto answerTo = [&strict](const QString& client, const QString& secret) {
+            const QByteArray form = formOf({{u"grant_type"_s, u"authorization_code"_s},
+                                            {u"code"_s, u"unknown"_s},
+                                            {u"redirect_uri"_s, titleUri},
+                                            {u"client_id"_s, client},
+                                            {u"client_secret"_s, secret}});
+            const RawReply reply =
+                RawHttp::exchange(strict.url(), RawHttp::request("POST", "/o/oauth2/token", {formType}, form));
+            return std::pair(reply.status, jsonOf(reply.body)["error"_L1].toString());
+        };
+        const auto unknown = std::pair(401, u"invalid_client"_s);
+        QCOMPARE(answerTo(u"client-1"_s, u"secret"_s), unknown);
+        QCOMPARE(answerTo(u"pinned"_s, u"other"_s), unknown);
+        QCOMPARE(answerTo(u"pinned"_s, u"secret"_s), std::pair(400, u"invalid_grant"_s));
+    }
+
+    void accountHasAFace() {
+        const QJsonObject about = jsonOf(LocalClient(drive_).about().body)["result"_L1].toObject();
+        const QUrl face(about["user"_L1]["picture"_L1]["url"_L1].toString());
+        QCOMPARE(face.port(), drive_.url().port());
+        const RawReply picture = RawHttp::exchange(drive_.url(), RawHttp::request("GET", face.path().toLatin1()));
+        QCOMPARE(picture.header("Content-Type"), "image/png");
+        QVERIFY(picture.body.startsWith("\x89PNG"));
+    }
+
     void tokensSurviveAKill() {
         const QJsonObject answer = jsonOf(exchangeCode(newCode(), titleUri).body);
         const QString unusedCode = newCode();

@@ -47,7 +47,7 @@ QJsonObject claims(const Grant& grant) {
 
 } // namespace
 
-TokenEndpoint::TokenEndpoint(TokenStore& tokens, QHash<QString, QString> clients, const ServerClock& clock, QUrl issuer,
+TokenEndpoint::TokenEndpoint(TokenStore& tokens, Clients clients, const ServerClock& clock, QUrl issuer,
                              Statistics& statistics)
     : tokens_(tokens)
     , clients_(std::move(clients))
@@ -87,8 +87,10 @@ Result<TokenEndpoint::Client> TokenEndpoint::authenticate(const httplib::Request
     }
     if (client.id.isEmpty())
         return oauthError(QStringLiteral("invalid_request"), QStringLiteral("client_id is missing."));
-    const auto pinned = clients_.find(client.id);
-    if (pinned != clients_.end() && !equalSecrets(pinned->toUtf8(), client.secret))
+    const auto pinned = clients_.pinned.find(client.id);
+    if (pinned == clients_.pinned.end() && clients_.only)
+        return oauthError(QStringLiteral("invalid_client"), QStringLiteral("The client is unknown."), 401);
+    if (pinned != clients_.pinned.end() && !equalSecrets(pinned->toUtf8(), client.secret))
         return oauthError(QStringLiteral("invalid_client"), QStringLiteral("The client secret is wrong."), 401);
     statistics_.secretIssued(client.secret);
     return client;

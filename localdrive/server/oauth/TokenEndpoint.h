@@ -12,9 +12,13 @@ namespace quenby::localdrive {
 // Threads: any.
 class TokenEndpoint {
 public:
-    // `clients`: pinned client ids and their secrets; other clients are taken with any secret.
-    TokenEndpoint(TokenStore& tokens, QHash<QString, QString> clients, const ServerClock& clock, QUrl issuer,
-                  Statistics& statistics);
+    // Which programs may come: pinned ids with their secrets, and unless `only` is set others with any secret.
+    struct Clients {
+        QHash<QString, QString> pinned;
+        bool only = false;
+    };
+
+    TokenEndpoint(TokenStore& tokens, Clients clients, const ServerClock& clock, QUrl issuer, Statistics& statistics);
 
     void addRoutes(HttpServer& server);
 
@@ -36,7 +40,7 @@ private:
     QByteArray identityToken(const Grant& grant, const QByteArray& clientSecret) const;
 
     TokenStore& tokens_;
-    const QHash<QString, QString> clients_;
+    const Clients clients_;
     const ServerClock& clock_;
     const QUrl issuer_;
     Statistics& statistics_;

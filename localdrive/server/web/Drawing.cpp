@@ -51,6 +51,57 @@ int hillHeight(int x, int middle, int height, int width) {
     return height - height * (x - middle) * (x - middle) / (width * width);
 }
 
+// Somebody on a square whose sides are 1 long.
+class Portrait {
+public:
+    explicit Portrait(quint32 seed)
+        : random_(seed)
+        , wall_(colour(120, 210))
+        , shirt_(colour(40, 170))
+        , hair_(hairColours[random_.bounded(4)])
+        , skin_(skinColours[random_.bounded(4)])
+        , fringe_(0.30 + 0.08 * random_.generateDouble())
+        , hairLength_(0.40 + 0.25 * random_.generateDouble()) {}
+
+    Colour at(double x, double y) const {
+        const bool isBesideNose = isIn(x, y, 0.42, 0.46, 0.022, 0.022) || isIn(x, y, 0.58, 0.46, 0.022, 0.022);
+        const bool isMouth = isIn(x, y, 0.5, 0.56, 0.07, 0.035) && y > 0.565;
+        if (isBesideNose || isMouth)
+            return {0x3a, 0x2a, 0x28};
+        if (isIn(x, y, 0.5, 0.46, 0.17, 0.22) && y > fringe_)
+            return skin_;
+        if (isIn(x, y, 0.5, 0.42, 0.23, 0.25) && y < hairLength_)
+            return hair_;
+        if (x > 0.43 && x < 0.57 && y > 0.6 && y < 0.74)
+            return skin_;
+        return isIn(x, y, 0.5, 1.02, 0.38, 0.33) ? shirt_ : wall_;
+    }
+
+private:
+    static constexpr Colour hairColours[] = {
+        {0x2b, 0x21, 0x1c}, {0x5a, 0x3a, 0x22}, {0xc7, 0x9a, 0x4e}, {0x8c, 0x8c, 0x8c}};
+    static constexpr Colour skinColours[] = {
+        {0xf3, 0xd0, 0xb5}, {0xdc, 0xab, 0x83}, {0xa8, 0x74, 0x4c}, {0x70, 0x48, 0x30}};
+
+    static bool isIn(double x, double y, double middleX, double middleY, double halfWidth, double halfHeight) {
+        const double across = (x - middleX) / halfWidth;
+        const double down = (y - middleY) / halfHeight;
+        return across * across + down * down < 1;
+    }
+    Colour colour(int least, int most) {
+        const auto sample = [&] { return static_cast<quint8>(random_.bounded(least, most)); };
+        return {sample(), sample(), sample()};
+    }
+
+    QRandomGenerator random_;
+    const Colour wall_;
+    const Colour shirt_;
+    const Colour hair_;
+    const Colour skin_;
+    const double fringe_;     // where the face begins below the hair
+    const double hairLength_; // where it ends
+};
+
 } // namespace
 
 std::optional<QByteArray> iconPng(const QString& name) {
@@ -101,6 +152,31 @@ QByteArray landscapePng(quint32 seed) {
         }
     }
     return encodedPng(width, height, pixels);
+}
+
+QByteArray facePng(quint32 seed) {
+    constexpr int pixelsAcross = 128;
+    constexpr int samples = 3; // in each direction, for smooth edges
+    const Portrait portrait(seed);
+    QByteArray pixels;
+    pixels.reserve(4 * pixelsAcross * pixelsAcross);
+    for (int y = 0; y < pixelsAcross; ++y) {
+        for (int x = 0; x < pixelsAcross; ++x) {
+            int red = 0;
+            int green = 0;
+            int blue = 0;
+            for (int sample = 0; sample < samples * samples; ++sample) {
+                const Colour colour = portrait.at((x + (sample % samples + 0.5) / samples) / pixelsAcross,
+                                                  (y + (sample / samples + 0.5) / samples) / pixelsAcross);
+                red += colour.red;
+                green += colour.green;
+                blue += colour.blue;
+            }
+            const auto mean = [](int sum) { return static_cast<quint8>(sum / (samples * samples)); };
+            append(pixels, {mean(red), mean(green), mean(blue)});
+        }
+    }
+    return encodedPng(pixelsAcross, pixelsAcross, pixels);
 }
 
 } // namespace quenby::localdrive

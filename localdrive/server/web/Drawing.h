@@ -14,4 +14,7 @@ std::optional<QByteArray> iconPng(const QString& name);
 // A PNG of 320 by 220 pixels: hills under a sun, in colours that the seed chooses.
 QByteArray landscapePng(quint32 seed);
 
+// A PNG of 128 by 128 pixels: somebody's head and shoulders, in colours that the seed chooses.
+QByteArray facePng(quint32 seed);
+
 } // namespace quenby::localdrive

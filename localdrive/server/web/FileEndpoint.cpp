@@ -17,6 +17,12 @@ void FileEndpoint::addRoutes(HttpServer& server) {
         response.set_header("Cache-Control", "public, max-age=86400");
         return png ? send(response, 200, *png, "image/png") : send(response, 404, {}, "text/plain");
     });
+    // Of any number, whether somebody has it or not: the address tells nothing.
+    server.Get("/faces/([0-9]{1,20})\\.png", [](const Request& request, Response& response) {
+        response.set_header("Cache-Control", "public, max-age=86400");
+        const quint64 number = pathPart(request, 1).toULongLong();
+        send(response, 200, facePng(static_cast<quint32>(number ^ (number >> 32U))), "image/png");
+    });
 }
 
 void FileEndpoint::file(const httplib::Request& request, httplib::Response& response) {

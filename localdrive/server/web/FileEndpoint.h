@@ -1,4 +1,4 @@
-// Contents and pictures: GET /drive/v2/files/ID, /thumbnails/ID and /icons/NAME.png.
+// Contents and pictures: GET /drive/v2/files/ID, /thumbnails/ID, /icons/NAME.png and /faces/NUMBER.png.
 #pragma once
 
 #include "localdrive/rpc/RpcMethods.h"

@@ -46,12 +46,36 @@ AutomaticStatusItemHosts::AutomaticStatusItemHosts(const StatusItemHostsOptions&
 AutomaticStatusItemHosts::~AutomaticStatusItemHosts() = default;
 
 void AutomaticStatusItemHosts::start() {
-    // Who wants the strip is not bothered with trays.
-    if (options_.place != StatusItemPlace::strip)
-        watches_ = makeTrayWatches_();
+    isStarted_ = true;
+    watchTrays();
+    reviewSoon();
+}
+
+void AutomaticStatusItemHosts::choose(std::optional<StatusItemPlace> place) {
+    const bool isNew = !std::exchange(isChosen_, true) || options_.place != place;
+    options_.place = place;
+    if (isNew && isStarted_) {
+        patience_.reset();
+        isPatienceOver_ = false;
+        watchTrays();
+        reviewSoon();
+    }
+    Q_EMIT placeChosen(place);
+}
+
+void AutomaticStatusItemHosts::follow(const AutomaticStatusItemHosts& other) {
+    if (other.isChosen_)
+        choose(other.options_.place);
+    connect(&other, &AutomaticStatusItemHosts::placeChosen, this, &AutomaticStatusItemHosts::choose);
+}
+
+// Who wants the strip is not bothered with trays.
+void AutomaticStatusItemHosts::watchTrays() {
+    if (options_.place == StatusItemPlace::strip || !watches_.empty())
+        return;
+    watches_ = makeTrayWatches_();
     for (const auto& watch : watches_)
         connect(watch.get(), &TrayWatch::changed, this, &AutomaticStatusItemHosts::reviewSoon);
-    reviewSoon();
 }
 
 // Never from inside of a watch: a host may go, and with it windows whose events are being told.
@@ -64,7 +88,8 @@ void AutomaticStatusItemHosts::reviewSoon() {
 void AutomaticStatusItemHosts::review() {
     isReviewComing_ = false;
     if (options_.place == StatusItemPlace::strip) {
-        use(std::nullopt);
+        watches_.clear();
+        useStrip();
         return;
     }
     if (const TrayWatch* tray = usableTray()) {
@@ -77,11 +102,12 @@ void AutomaticStatusItemHosts::review() {
         return;
     }
     isTrayUsed_ = false;
-    const bool isStripUsed = host_ && host_->place() == StatusItemPlace::strip;
-    if (options_.place == StatusItemPlace::tray || isStripUsed)
+    if (isStripUsed() && (isPatienceOver_ || !isAnswerAwaited()))
+        return;
+    if (options_.place == StatusItemPlace::tray && !isChosen_)
         return;
     if (isPatienceOver_)
-        use(std::nullopt);
+        useStrip();
     else
         waitForTray();
 }
@@ -105,7 +131,8 @@ bool AutomaticStatusItemHosts::isAnswerAwaited() const {
 }
 
 void AutomaticStatusItemHosts::waitForTray() {
-    const auto longest = isAnswerAwaited() ? std::max(options_.patience, longestWaitForAnswer) : options_.patience;
+    const auto patience = options_.place == StatusItemPlace::tray ? options_.patienceWithChosenTray : options_.patience;
+    const auto longest = isAnswerAwaited() ? std::max(patience, longestWaitForAnswer) : patience;
     if (patience_ && longest == waitedFor_)
         return;
     waitedFor_ = longest;
@@ -113,6 +140,12 @@ void AutomaticStatusItemHosts::waitForTray() {
         isPatienceOver_ = true;
         reviewSoon();
     });
+}
+
+void AutomaticStatusItemHosts::useStrip() {
+    isTrayUsed_ = false;
+    if (!isStripUsed())
+        use(std::nullopt);
 }
 
 void AutomaticStatusItemHosts::use(std::optional<TrayKind> tray) {

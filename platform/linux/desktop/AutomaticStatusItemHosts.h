@@ -1,4 +1,5 @@
-// Chooses the place of the status item: a tray where there is one, else the strip; and again when a tray comes or goes.
+// Chooses the place of the status item: a tray where there is one, else the strip; and again when a tray comes or goes,
+// or the user chooses another place.
 #pragma once
 
 #include "core/TimeSource.h"
@@ -18,6 +19,8 @@ struct StatusItemHostsOptions {
     std::optional<StatusItemPlace> place;
     // While the session starts, or a panel starts anew, a tray is given this long to come before the strip is used.
     std::chrono::milliseconds patience{1500};
+    // The same for who chose the tray at run time, and rather waits than sees a strip that comes and goes.
+    std::chrono::milliseconds patienceWithChosenTray{5000};
     // Where the program's other item is, which a strip keeps clear of.
     std::function<QRect()> neighbour{};
 };
@@ -40,13 +43,24 @@ public:
 
     StatusItemHost* host() const override { return host_.get(); }
     void start() override;
+    // Unlike with the option, somebody who chooses a tray that is not there keeps the item: on the strip, until one
+    // comes.
+    void choose(std::optional<StatusItemPlace> place) override;
+    // Chooses what was and will be chosen there.
+    void follow(const AutomaticStatusItemHosts& other);
+
+Q_SIGNALS:
+    void placeChosen(std::optional<quenby::StatusItemPlace> place);
 
 private:
+    void watchTrays();
     void reviewSoon();
     void review();
     // A tray of the kind that this process speaks; of any kind as long as that is not decided.
     const TrayWatch* usableTray() const;
     bool isAnswerAwaited() const;
+    bool isStripUsed() const { return host_ && host_->place() == StatusItemPlace::strip; }
+    void useStrip();
     void waitForTray();
     void use(std::optional<TrayKind> tray);
 
@@ -59,6 +73,8 @@ private:
     std::unique_ptr<Timer> patience_;
     std::chrono::milliseconds waitedFor_{0};
     bool isPatienceOver_ = false;
+    bool isStarted_ = false;
+    bool isChosen_ = false; // at run time
     bool isReviewComing_ = false;
     bool isTrayUsed_ = false; // the host stands in a tray that is there
     std::unique_ptr<StatusItemHost> host_;

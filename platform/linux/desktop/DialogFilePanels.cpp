@@ -1,6 +1,7 @@
 #include "platform/linux/desktop/DialogFilePanels.h"
 
 #include "core/LocalPaths.h"
+#include "platform/linux/desktop/FolderPanel.h"
 
 #include <QDir>
 #include <QFile>
@@ -29,6 +30,20 @@ QList<QByteArray> chosenFiles(const QFileDialog& dialog) {
     return paths;
 }
 
+QList<QByteArray> chosenFolder(const QFileDialog& dialog) {
+    const QList<QUrl> urls = dialog.selectedUrls();
+    const QByteArray path = urls.isEmpty() ? QByteArray() : localPath(urls.constFirst());
+    if (path.isEmpty() || !isFolder(path))
+        return {};
+    return {QFile::encodeName(QDir::cleanPath(QFile::decodeName(path)))};
+}
+
+// What is not on the screen cannot be in front of it.
+QWidget* visibleWindowOf(QWidget* window) {
+    QWidget* const topLevel = window ? window->window() : nullptr;
+    return topLevel && topLevel->isVisible() ? topLevel : nullptr;
+}
+
 } // namespace
 
 DialogFilePanels::DialogFilePanels()
@@ -52,6 +67,27 @@ CompletionTicket DialogFilePanels::openFiles(QWidget* window, const QString& tit
         // Not the folder that the panel shows: a path can be typed from anywhere.
         folder_ = dialog->selectedUrls().constFirst().adjusted(QUrl::RemoveFilename | QUrl::StripTrailingSlash);
         gate.deliver(chosenFiles(*dialog));
+    });
+    present(*dialog);
+    return gate.ticket();
+}
+
+CompletionTicket DialogFilePanels::openFolder(QWidget* window, const QString& title, const FolderPanelRules& rules,
+                                              QObject* context, Chosen chosen) {
+    const CompletionGate<QList<QByteArray>> gate(context, std::move(chosen));
+    QFileDialog* dialog = nullptr;
+    if (FolderPanel::isNeededFor(rules)) {
+        dialog = new FolderPanel(visibleWindowOf(window), title, rules);
+        setUp(*dialog);
+    } else {
+        dialog = makePanel(window, title);
+        dialog->setFileMode(QFileDialog::Directory);
+    }
+    dialog->setDirectoryUrl(rules.directory.isEmpty() ? folder_
+                                                      : QUrl::fromLocalFile(QFile::decodeName(rules.directory)));
+    dialog->setLabelText(QFileDialog::Accept, tr("Choose"));
+    connect(dialog, &QDialog::finished, this, [dialog, gate](int result) {
+        gate.deliver(result == QDialog::Accepted ? chosenFolder(*dialog) : QList<QByteArray>());
     });
     present(*dialog);
     return gate.ticket();
@@ -86,14 +122,17 @@ CompletionTicket DialogFilePanels::save(QFileDialog& dialog, const QByteArray& p
 }
 
 QFileDialog* DialogFilePanels::makePanel(QWidget* window, const QString& title) const {
-    QWidget* const topLevel = window ? window->window() : nullptr;
-    auto* dialog = new QFileDialog(topLevel && topLevel->isVisible() ? topLevel : nullptr, title);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setSupportedSchemes({QStringLiteral("file")});
-    dialog->setWindowModality(dialog->parentWidget() ? Qt::WindowModal : Qt::NonModal);
-    // The panel dies with its service, also when it has no window.
-    connect(this, &QObject::destroyed, dialog, [dialog] { delete dialog; });
+    auto* dialog = new QFileDialog(visibleWindowOf(window), title);
+    setUp(*dialog);
     return dialog;
+}
+
+void DialogFilePanels::setUp(QFileDialog& dialog) const {
+    dialog.setAttribute(Qt::WA_DeleteOnClose);
+    dialog.setSupportedSchemes({QStringLiteral("file")});
+    dialog.setWindowModality(dialog.parentWidget() ? Qt::WindowModal : Qt::NonModal);
+    // The panel dies with its service, also when it has no window.
+    connect(this, &QObject::destroyed, &dialog, [&dialog] { delete &dialog; });
 }
 
 void DialogFilePanels::present(QFileDialog& dialog) {

@@ -19,6 +19,8 @@ public:
 
     CompletionTicket openFiles(QWidget* window, const QString& title, const QString& prompt, QObject* context,
                                Chosen chosen) override;
+    CompletionTicket openFolder(QWidget* window, const QString& title, const FolderPanelRules& rules, QObject* context,
+                                Chosen chosen) override;
     CompletionTicket saveFile(QWidget* window, const QString& title, const QByteArray& proposal, QObject* context,
                               Chosen chosen) override;
     CompletionTicket saveNewFile(QWidget* window, const QString& title, const QByteArray& proposal, QObject* context,
@@ -27,6 +29,7 @@ public:
 private:
     CompletionTicket save(QFileDialog& dialog, const QByteArray& proposal, QObject* context, Chosen chosen);
     QFileDialog* makePanel(QWidget* window, const QString& title) const;
+    void setUp(QFileDialog& dialog) const;
     static void present(QFileDialog& dialog);
 
     QUrl folder_; // where the user chose last; for this run of the program

@@ -17,6 +17,10 @@ TrayHost::TrayHost(TrayKind kind)
 
 TrayHost::~TrayHost() = default;
 
+QString TrayHost::protocol() const {
+    return kind_ == TrayKind::statusNotifier ? QStringLiteral("StatusNotifierItem") : QStringLiteral("XEmbed");
+}
+
 void TrayHost::show(const StatusItemFace& face, QMenu& menu) {
     face_ = &face;
     picture_ = QImage();

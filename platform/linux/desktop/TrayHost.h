@@ -23,6 +23,7 @@ public:
     ~TrayHost() override;
 
     StatusItemPlace place() const override { return StatusItemPlace::tray; }
+    QString protocol() const override;
     void show(const StatusItemFace& face, QMenu& menu) override;
     // What looks as before is not sent again: a change is a signal on the bus, and makes the panel ask for all
     // pictures.

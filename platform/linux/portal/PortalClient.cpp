@@ -10,7 +10,6 @@
 namespace quenby {
 namespace {
 
-const QString portalName = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
 
 bool meansNoPortal(const QDBusError& error) {
@@ -34,7 +33,7 @@ bool meansRefusal(const QDBusError& error) {
 PortalClient::PortalClient(const QDBusConnection& bus, PortalPurpose purpose)
     : bus_(bus)
     , purpose_(std::move(purpose)) {
-    auto* watcher = new QDBusServiceWatcher(portalName, bus_, QDBusServiceWatcher::WatchForOwnerChange, this);
+    auto* watcher = new QDBusServiceWatcher(portalServiceName, bus_, QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString&, const QString& before, const QString&) { ownerChanged(before); });
 }
@@ -51,7 +50,7 @@ void PortalClient::find(Found found) {
     }
     // Asking for all of an interface's properties tells at once whether there is a portal, and whether it has it.
     QDBusMessage question = QDBusMessage::createMethodCall(
-        portalName, portalPath, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("GetAll"));
+        portalServiceName, portalPath, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("GetAll"));
     question << purpose_.interface;
     whenReplied(bus_.asyncCall(question), this,
                 [this, found = std::move(found)](const QDBusPendingReply<QVariantMap>& reply) {
@@ -113,13 +112,15 @@ Error PortalClient::errorOf(const QDBusError& error) const {
 
 Error PortalClient::errorOfFinding(const QDBusError& error) const {
     if (meansNoPortal(error)) {
-        return because(QStringLiteral("because this desktop has no portal, which hands out its screen. Install "
-                                      "xdg-desktop-portal and the back-end for your desktop, and log in again."));
+        return because(QStringLiteral("because this desktop has no portal, which hands out %1. Install "
+                                      "xdg-desktop-portal and the back-end for your desktop, and log in again.")
+                           .arg(purpose_.gift));
     }
     if (meansSilence(error))
         return silentError();
-    return because(QStringLiteral("because the portal of this desktop does not hand out its screen. Install "
-                                  "xdg-desktop-portal and the back-end for your desktop, and log in again."),
+    return because(QStringLiteral("because the portal of this desktop does not hand out %1. Install "
+                                  "xdg-desktop-portal and the back-end for your desktop, and log in again.")
+                       .arg(purpose_.gift),
                    error.message());
 }
 

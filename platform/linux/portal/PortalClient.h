@@ -21,7 +21,11 @@ namespace quenby {
 struct PortalPurpose {
     QString interface; // "org.freedesktop.portal.ScreenCast"
     QString failure;   // how a sentence about its failure begins: "The screen cannot be recorded"
+    QString gift = QStringLiteral("its screen"); // what such a portal hands out
 };
+
+// The portal's name on the bus.
+inline const QString portalServiceName = QStringLiteral("org.freedesktop.portal.Desktop");
 
 class PortalClient final : public QObject {
     Q_OBJECT

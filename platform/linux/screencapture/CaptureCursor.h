@@ -1,7 +1,7 @@
 // The pointer while a part of the screen is chosen: a cross whose middle stays free.
 #pragma once
 
-#include "platform/linux/screencapture/XDisplay.h"
+#include "platform/linux/x11/XDisplay.h"
 
 namespace quenby {
 

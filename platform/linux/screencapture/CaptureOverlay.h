@@ -10,7 +10,7 @@
 #include "platform/linux/screencapture/CaptureScene.h"
 #include "platform/linux/screencapture/InputGrab.h"
 #include "platform/linux/screencapture/KeyTable.h"
-#include "platform/linux/screencapture/XDisplay.h"
+#include "platform/linux/x11/XDisplay.h"
 
 #include <QAbstractNativeEventFilter>
 #include <QElapsedTimer>

@@ -1,7 +1,7 @@
 // Pictures from and to an X display, in its own pixels.
 #pragma once
 
-#include "platform/linux/screencapture/XDisplay.h"
+#include "platform/linux/x11/XDisplay.h"
 
 #include <QImage>
 

@@ -1,7 +1,7 @@
 // The pointer and the keyboard of an X display, for one window alone. Threads: the main thread.
 #pragma once
 
-#include "platform/linux/screencapture/XDisplay.h"
+#include "platform/linux/x11/XDisplay.h"
 
 #include <QTimer>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/linux/screencapture/CaptureSelection.h"
-#include "platform/linux/screencapture/XDisplay.h"
+#include "platform/linux/x11/XDisplay.h"
 
 #include <QHash>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/linux/screencapture/CaptureScreens.h"
-#include "platform/linux/screencapture/XDisplay.h"
+#include "platform/linux/x11/XDisplay.h"
 
 namespace quenby {
 

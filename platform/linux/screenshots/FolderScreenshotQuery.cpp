@@ -2,6 +2,8 @@
 
 #include "platform/linux/screenshots/ScreenshotFolders.h"
 
+#include <QDir>
+#include <QFile>
 #include <QGuiApplication>
 #include <QScreen>
 
@@ -37,6 +39,11 @@ struct Candidate {
     qint64 creation; // milliseconds since 1970
 };
 
+// By the clock that stamps the files.
+qint64 now() { return QDateTime::currentMSecsSinceEpoch(); }
+
+QByteArray cleanPath(const QByteArray& path) { return QFile::encodeName(QDir::cleanPath(QFile::decodeName(path))); }
+
 bool isOlder(const Candidate& one, const Candidate& other) {
     return one.creation != other.creation ? one.creation < other.creation : one.path < other.path;
 }
@@ -55,15 +62,40 @@ FolderScreenshotQuery::FolderScreenshotQuery(std::shared_ptr<TimeSource> timeSou
 FolderScreenshotQuery::~FolderScreenshotQuery() = default;
 
 void FolderScreenshotQuery::start() {
-    if (!watches_.empty())
+    if (std::exchange(isStarted_, true))
         return;
-    // By the clock that stamps the files.
-    const qint64 notBefore = QDateTime::currentMSecsSinceEpoch() - beforeStart;
-    const FolderWatchInputs inputs{notices_, *timeSource_, places_.tellsNoChanges, places_.desktopPixels, notBefore};
-    for (const QByteArray& folder : places_.folders) {
-        watches_.push_back(std::make_unique<FolderWatch>(folder, inputs));
-        connect(watches_.back().get(), &FolderWatch::changed, this, &FolderScreenshotQuery::tellSoon);
+    const qint64 notBefore = now() - beforeStart;
+    for (const QByteArray& folder : places_.folders)
+        watches_.push_back(watch(folder, notBefore));
+    for (const QByteArray& folder : std::as_const(addedFolders_))
+        addedWatches_.push_back(watch(folder, notBefore));
+}
+
+void FolderScreenshotQuery::setAddedFolders(const QList<QByteArray>& folders) {
+    addedFolders_.clear();
+    for (const QByteArray& folder : folders) {
+        const QByteArray clean = cleanPath(folder);
+        if (clean.startsWith('/') && !places_.folders.contains(clean) && !addedFolders_.contains(clean))
+            addedFolders_.append(clean);
     }
+    if (!isStarted_)
+        return;
+    const qint64 notBefore = now() + 1; // what was made in this moment lies there already
+    Watches former = std::exchange(addedWatches_, {});
+    for (const QByteArray& folder : std::as_const(addedFolders_)) {
+        const auto kept = std::find_if(former.begin(), former.end(),
+                                       [&folder](const auto& watch) { return watch && watch->folder() == folder; });
+        addedWatches_.push_back(kept == former.end() ? watch(folder, notBefore) : std::move(*kept));
+    }
+    former.clear();
+    tellSoon();
+}
+
+std::unique_ptr<FolderWatch> FolderScreenshotQuery::watch(const QByteArray& folder, qint64 notBefore) {
+    const FolderWatchInputs inputs{notices_, *timeSource_, places_.tellsNoChanges, places_.desktopPixels, notBefore};
+    auto watch = std::make_unique<FolderWatch>(folder, inputs);
+    connect(watch.get(), &FolderWatch::changed, this, &FolderScreenshotQuery::tellSoon);
+    return watch;
 }
 
 void FolderScreenshotQuery::tellSoon() {
@@ -83,19 +115,23 @@ void FolderScreenshotQuery::tell() {
 QList<ScreenshotItem> FolderScreenshotQuery::gather() {
     std::vector<Candidate> candidates;
     QList<FileStamp> seen; // a folder may have several paths
-    for (const auto& watch : watches_) {
-        const auto& folder = watch->contents().folder;
+    const auto collect = [&](const FolderWatch& watch) {
+        const auto& folder = watch.contents().folder;
         const auto isThis = [&](const FileStamp& other) {
             return other.device == folder->device && other.inode == folder->inode;
         };
         if (!folder || std::any_of(seen.cbegin(), seen.cend(), isThis))
-            continue;
+            return;
         seen.append(*folder);
-        const FoundPictures& pictures = watch->contents().pictures;
+        const FoundPictures& pictures = watch.contents().pictures;
         for (auto it = pictures.cbegin(); it != pictures.cend(); ++it) {
             if (!it->isPartial)
-                candidates.push_back({watch->folder() + '/' + it.key(), &*it, it->stamp.creation()});
+                candidates.push_back({watch.folder() + '/' + it.key(), &*it, it->stamp.creation()});
         }
+    };
+    for (const Watches* const watches : {&watches_, &addedWatches_}) {
+        for (const auto& watch : *watches)
+            collect(*watch);
     }
     std::sort(candidates.begin(), candidates.end(), isOlder);
 

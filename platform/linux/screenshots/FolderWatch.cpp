@@ -63,10 +63,22 @@ struct FolderWatch::Order {
     TellsNoChanges tellsNoChanges;
 };
 
+// Given back when nobody hears of them: the watch may end while it is being looked.
+struct FolderWatch::TakenPosts {
+    std::shared_ptr<NoticeBoard> board;
+    Posts posts;
+    bool isKept = false;
+
+    ~TakenPosts() {
+        if (!isKept)
+            release(*board, posts);
+    }
+};
+
 struct FolderWatch::Report {
     FolderContents contents;
     bool isDifferent = false;
-    std::optional<Posts> posts; // taken anew
+    std::shared_ptr<TakenPosts> posts; // taken anew
 };
 
 FolderWatch::FolderWatch(const QByteArray& folder, const FolderWatchInputs& inputs, QObject* parent)
@@ -79,9 +91,11 @@ FolderWatch::FolderWatch(const QByteArray& folder, const FolderWatchInputs& inpu
     look(Kind::whole);
 }
 
-FolderWatch::~FolderWatch() { leavePosts(); }
+FolderWatch::~FolderWatch() { release(*inputs_.notices.board(), posts_); }
 
 void FolderWatch::somethingChanged(int number, const QByteArray& name) {
+    if (isLooking_)
+        heardOf_.insert(number);
     if (number == posts_.above && name == posts_.awaited)
         look(Kind::whole);
     if (number == posts_.folder && isScreenshotName(name)) {
@@ -91,6 +105,8 @@ void FolderWatch::somethingChanged(int number, const QByteArray& name) {
 }
 
 void FolderWatch::displaced(int number) {
+    if (isLooking_)
+        heardOf_.insert(number);
     if (number == posts_.folder || number == posts_.above)
         look(Kind::whole);
 }
@@ -155,7 +171,8 @@ FolderWatch::Report FolderWatch::carryOut(const Order& order) {
         report.contents = lookAtFiles(order.look, order.known, order.names);
     } else {
         // First the posts, so that nothing comes unnoticed between the two.
-        report.posts = takePosts(*order.board, order.look.folder, order.tellsNoChanges);
+        report.posts.reset(
+            new TakenPosts{order.board, takePosts(*order.board, order.look.folder, order.tellsNoChanges)});
         report.contents = lookAtFolder(order.look, order.known);
     }
     report.isDifferent = report.contents.pictures != order.known.pictures;
@@ -166,9 +183,16 @@ void FolderWatch::looked(const Report& report) {
     isLooking_ = false;
     contents_ = report.contents;
     if (report.posts) {
-        leavePosts();
-        posts_ = *report.posts;
+        report.posts->isKept = true;
+        const Posts former = std::exchange(posts_, report.posts->posts);
+        release(*inputs_.notices.board(), former);
+        // What was told of a new post before we knew that it is ours may have come after the look.
+        const auto isMissed = [&](int number) {
+            return number != former.folder && number != former.above && heardOf_.contains(number);
+        };
+        isWholeWanted_ = isWholeWanted_ || isMissed(posts_.folder) || isMissed(posts_.above);
     }
+    heardOf_.clear();
     if (isWholeWanted_ || !namesWanted_.isEmpty())
         lookNow(std::exchange(isWholeWanted_, false) ? Kind::whole : Kind::files);
     else if (posts_.mustAsk)
@@ -182,10 +206,9 @@ void FolderWatch::askLater() {
         betweenQuestions, [this] { lookNow(std::exchange(isWholeWanted_, false) ? Kind::whole : Kind::ask); });
 }
 
-void FolderWatch::leavePosts() {
-    inputs_.notices.board()->release(posts_.folder);
-    inputs_.notices.board()->release(posts_.above);
-    posts_ = {};
+void FolderWatch::release(NoticeBoard& board, const Posts& posts) {
+    board.release(posts.folder);
+    board.release(posts.above);
 }
 
 } // namespace quenby

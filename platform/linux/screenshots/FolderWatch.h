@@ -56,6 +56,7 @@ private:
     };
     enum class Kind { files, ask, whole };
     struct Order;
+    struct TakenPosts;
     struct Report;
 
     static Posts takePosts(NoticeBoard& board, const QByteArray& folder, const TellsNoChanges& tellsNoChanges);
@@ -67,13 +68,14 @@ private:
     void lookNow(Kind kind);
     void looked(const Report& report);
     void askLater();
-    void leavePosts();
+    static void release(NoticeBoard& board, const Posts& posts);
 
     const QByteArray folder_;
     const FolderWatchInputs inputs_;
     FolderContents contents_;
     Posts posts_;
     bool isLooking_ = false;
+    QSet<int> heardOf_;          // numbers of no post of ours; a look may be taking one that is
     bool isWholeWanted_ = false; // as soon as this look is over
     QSet<QByteArray> namesWanted_;
     std::unique_ptr<Timer> question_;

@@ -13,9 +13,10 @@ QString baseFolder(const char* variable, const QString& fallback) {
 
 } // namespace
 
+QString configFolderPath() { return baseFolder("XDG_CONFIG_HOME", QStringLiteral(".config")); }
+
 QString settingsFilePath(const QString& profile) {
-    return baseFolder("XDG_CONFIG_HOME", QStringLiteral(".config")) + QStringLiteral("/quenby/") + profile +
-           QStringLiteral(".ini");
+    return configFolderPath() + QStringLiteral("/quenby/") + profile + QStringLiteral(".ini");
 }
 
 QString cacheFolderPath(const QString& profile) {

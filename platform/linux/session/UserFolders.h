@@ -5,6 +5,8 @@
 
 namespace quenby {
 
+// $XDG_CONFIG_HOME
+QString configFolderPath();
 // $XDG_CONFIG_HOME/quenby/<profile>.ini
 QString settingsFilePath(const QString& profile);
 // $XDG_CACHE_HOME/<profile>

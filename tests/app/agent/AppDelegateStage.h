@@ -14,7 +14,9 @@
 #include "tests/platform/fakes/FakeDisplays.h"
 #include "tests/platform/fakes/FakeFileBrowser.h"
 #include "tests/platform/fakes/FakeFilePanels.h"
+#include "tests/platform/fakes/FakeGlobalShortcuts.h"
 #include "tests/platform/fakes/FakeKeyring.h"
+#include "tests/platform/fakes/FakeLoginItem.h"
 #include "tests/platform/fakes/FakeMoviePlayer.h"
 #include "tests/platform/fakes/FakeNotifications.h"
 #include "tests/platform/fakes/FakeOpener.h"
@@ -70,6 +72,8 @@ protected Q_SLOTS:
         place(platform_->moviePlayers, std::make_unique<FakeMoviePlayers>());
         captureTool_ = place(platform_->screenCaptureTool, std::make_unique<FakeScreenCaptureTool>());
         place(platform_->screenshotQuery, std::make_unique<FakeScreenshotQuery>());
+        shortcuts_ = place(platform_->globalShortcuts, std::make_unique<FakeGlobalShortcuts>());
+        loginItem_ = place(platform_->loginItem, std::make_unique<FakeLoginItem>());
         platform_->makeStopItemHosts = [] { return std::make_unique<FakeStatusItemHosts>(); };
         webViews_ = place(platform_->webViews, std::make_unique<FakeWebViews>());
         instance_ = place(platform_->singleInstance, std::make_unique<FakeSingleInstance>());
@@ -172,6 +176,8 @@ protected:
     FakeSingleInstance* instance_ = nullptr;
     FakeSessionEnd* sessionEnd_ = nullptr;
     FakeScreenCaptureTool* captureTool_ = nullptr;
+    FakeGlobalShortcuts* shortcuts_ = nullptr;
+    FakeLoginItem* loginItem_ = nullptr;
     std::unique_ptr<AppDelegate> delegate_;
     int revivals_ = 0;
 };

@@ -3,6 +3,7 @@
 #include "app/agent/DefaultsTable.h"
 #include "app/agent/HandoverLines.h"
 #include "app/agent/UploadListing.h"
+#include "core/DefaultsKeys.h"
 #include "tests/platform/fakes/FakeDefaults.h"
 #include "tests/support/ManualTimeSource.h"
 #include "workspace/window/UploadRows.h"

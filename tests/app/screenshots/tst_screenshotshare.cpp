@@ -1,6 +1,7 @@
 // Which screenshots are uploaded, and which never are.
 #include "app/agent/DefaultsTable.h"
 #include "app/screenshots/ScreenshotShare.h"
+#include "core/DefaultsKeys.h"
 #include "core/FolderBookmark.h"
 #include "platform/linux/session/IniDefaults.h"
 #include "tests/platform/fakes/FakeDefaults.h"
@@ -10,6 +11,8 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <optional>
 
 using namespace quenby;
 using namespace quenby::testing;
@@ -50,11 +53,18 @@ struct Stage {
         items += more;
         query.setResults(items);
     }
-    // What is uploaded, in any order, once every file has been looked at.
+    // Folders and files have been looked at. What one thread found lets the next begin: a round for each.
+    void settle() const {
+        constexpr int mostRounds = 50;
+        for (int round = 0; round < mostRounds; ++round) {
+            if (!QTest::qWaitFor([this] { return threadCount() <= threadsBefore; }, patience))
+                qFatal("a file is still being looked at");
+            QCoreApplication::processEvents();
+        }
+    }
+    // What is uploaded, in any order.
     QStringList uploadedNames() {
-        if (!QTest::qWaitFor([this] { return threadCount() <= threadsBefore; }, patience))
-            qFatal("a file is still being looked at");
-        QCoreApplication::processEvents();
+        settle();
         QStringList names;
         for (const auto& arguments : uploads)
             names.append(QFileInfo(QFile::decodeName(arguments.at(0).toByteArray())).fileName());
@@ -75,12 +85,21 @@ private Q_SLOTS:
     void onlyTheLastOfEachUpdate() {
         Stage stage;
         stage.arrives({stage.shot(QStringLiteral("a"), 1), stage.shot(QStringLiteral("b"), 2)});
+        QVERIFY(stage.share.queryResults().isEmpty()); // nobody waits for the folder
+        stage.settle();
         QCOMPARE(stage.share.queryResults(), stage.items);
         stage.arrives({}); // known already
         stage.items.prepend(stage.shot(QStringLiteral("before"), 0));
         stage.arrives({}); // not the last
-        QCOMPARE(stage.share.queryResults().size(), 2);
         QCOMPARE(stage.uploadedNames(), QStringList{QStringLiteral("b")});
+        QCOMPARE(stage.share.queryResults().size(), 2);
+
+        // Each update counts, also those that came while the folder was being opened.
+        stage.arrives({stage.shot(QStringLiteral("c"), 3)});
+        stage.arrives({stage.shot(QStringLiteral("d"), 4)});
+        stage.arrives({});
+        QCOMPARE(stage.uploadedNames(), (QStringList{QStringLiteral("b"), QStringLiteral("c"), QStringLiteral("d")}));
+        QCOMPARE(stage.share.queryResults(), stage.items);
     }
 
     void whatIsNotUploaded() {
@@ -125,6 +144,7 @@ private Q_SLOTS:
             stage.defaults.setValueForKey(defaultsKey::DirectoryBookmark, bookmark);
             stage.defaults.setValueForKey(defaultsKey::screenshotShare, consent);
             stage.arrives({});
+            stage.settle();
             return stage.share.queryResults().isEmpty();
         };
         stage.items = {stage.shot(QStringLiteral("a"), 1)};
@@ -137,8 +157,65 @@ private Q_SLOTS:
             true));
         QVERIFY(isSilent(good, false));
         QVERIFY(isSilent(good, QVariant()));
+        // The folder is somewhere else now, or another one is in its place.
+        const QString path = stage.home.path();
+        QVERIFY(QDir().rename(path, path + QStringLiteral("-moved")));
+        QVERIFY(isSilent(good, true));
+        QVERIFY(QDir().mkdir(path));
+        QVERIFY(isSilent(good, true));
+        QVERIFY(QDir().rmdir(path) && QDir().rename(path + QStringLiteral("-moved"), path));
+        // Withdrawn while the folder is being opened.
+        stage.defaults.setValueForKey(defaultsKey::screenshotShare, true);
+        stage.arrives({});
+        QVERIFY(isSilent(good, false));
         QVERIFY(!isSilent(good, true));
         QCOMPARE(stage.uploadedNames(), QStringList{QStringLiteral("a")});
+    }
+
+    void aFolderThatIsChosenMeanwhileIsOpenedInstead() {
+        Stage stage;
+        const QVariant good = stage.defaults.valueForKey(defaultsKey::DirectoryBookmark);
+        stage.defaults.setValueForKey(defaultsKey::DirectoryBookmark, bookmarkOf(QStringLiteral("/proc")));
+        stage.arrives({stage.shot(QStringLiteral("a"), 1)});
+        stage.defaults.setValueForKey(defaultsKey::DirectoryBookmark, good);
+        QCOMPARE(stage.uploadedNames(), QStringList{QStringLiteral("a")});
+    }
+
+    void addedFolders() {
+        Stage stage;
+        const QTemporaryDir added;
+        const QString gone = added.path() + QStringLiteral("/gone");
+        const QByteArray addedPath = QFile::encodeName(added.path());
+        QFile file(added.filePath(QStringLiteral("new")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        const ScreenshotItem item{QFile::encodeName(file.fileName()), launch.addSecs(1),
+                                  FakeScreenshotQuery::freshFacts};
+        // Everything but absolute paths is as good as nothing, and a folder that is not there stands for no other.
+        const QString key = defaultsKey::screenshotFolders;
+        for (const QVariant& nothing :
+             {QVariant(1), QVariant(QVariantMap{{added.path(), added.path()}}), QVariant(QStringLiteral("relative")),
+              QVariant(QVariantList{1, QVariantList{added.path()}}), QVariant()}) {
+            stage.defaults.setValueForKey(key, added.path());
+            stage.defaults.setValueForKey(key, nothing);
+            QCOMPARE(stage.query.added, QList<QByteArray>());
+        }
+        stage.defaults.setValueForKey(key, gone);
+        stage.arrives({item});
+        QCOMPARE(stage.uploadedNames(), QStringList());
+
+        stage.defaults.setValueForKey(key, QStringList{gone, added.path() + QLatin1Char('/')});
+        QCOMPARE(stage.query.added, (QList<QByteArray>{QFile::encodeName(gone), addedPath}));
+        QFile second(added.filePath(QStringLiteral("second")));
+        QVERIFY(second.open(QIODevice::WriteOnly));
+        stage.arrives({{QFile::encodeName(second.fileName()), launch.addSecs(2), item.facts}});
+        QCOMPARE(stage.uploadedNames(), QStringList{QStringLiteral("second")});
+        stage.arrives({stage.shot(QStringLiteral("at home"), 3)});
+        QCOMPARE(stage.uploadedNames(), (QStringList{QStringLiteral("at home"), QStringLiteral("second")}));
+
+        // Known from the start.
+        stage.query.added.clear();
+        const ScreenshotShare next(stage.query, stage.defaults, launch);
+        QCOMPARE(stage.query.added.size(), 2);
     }
 
     void bookmarkSurvivesTheSettingsFile() {
@@ -154,7 +231,11 @@ private Q_SLOTS:
         FakeScreenshotQuery query;
         ScreenshotShare share(query, read, launch);
         QCOMPARE(read.valueForKey(defaultsKey::DirectoryBookmark).toMap(), bookmark);
-        QVERIFY(share.makeBookMarkURLAccessible(read.valueForKey(defaultsKey::DirectoryBookmark).toMap()));
+        std::optional<bool> opened;
+        share.makeBookMarkURLAccessible(read.valueForKey(defaultsKey::DirectoryBookmark).toMap(), this,
+                                        [&opened](bool succeeded) { opened = succeeded; });
+        QTRY_VERIFY_WITH_TIMEOUT(opened, patience);
+        QVERIFY(*opened);
     }
 };
 

@@ -1,7 +1,9 @@
 // The status item's life: when it appears, how often it looks at the world, what makes a place paint, and drags.
 
 #include "app/statusitem/StatusItem.h"
+#include "app/statusitem/StatusItemPlaceSetting.h"
 #include "app/statusitem/StatusItemSizing.h"
+#include "core/DefaultsKeys.h"
 #include "tests/app/statusitem/FakeStatusItemInputs.h"
 #include "tests/platform/fakes/FakeDefaults.h"
 #include "tests/platform/fakes/FakeStatusItemHost.h"
@@ -230,6 +232,28 @@ private Q_SLOTS:
         QVERIFY(fixture.item->view()->look().drag);
         fixture.hosts.change(StatusItemPlace::tray);
         QVERIFY(!fixture.item->view()->look().drag);
+    }
+
+    void itStandsWhereTheSettingSays() {
+        using Place = StatusItemPlace;
+        const QString key = defaultsKey::statusItemPlace;
+        FakeDefaults defaults;
+        FakeStatusItemHosts hosts;
+        FakeStatusItemHosts decided;
+        defaults.setValueForKey(key, QStringLiteral("strip"));
+        const StatusItemPlaceSetting setting(hosts, defaults, StatusItemPlaceSetting::DecidedBy::setting);
+        const StatusItemPlaceSetting idle(decided, defaults, StatusItemPlaceSetting::DecidedBy::commandLine);
+        QVERIFY(hosts.chosen == Place::strip);
+        defaults.setValueForKey(key, QStringLiteral("tray"));
+        QVERIFY(hosts.chosen == Place::tray);
+        defaults.setValueForKey(QStringLiteral("other"), QStringLiteral("strip"));
+        QVERIFY(hosts.chosen == Place::tray);
+        for (const QVariant& none : {QVariant(QStringLiteral("Tray")), QVariant(1), QVariant(QVariantMap())}) {
+            defaults.setValueForKey(key, QStringLiteral("strip"));
+            defaults.setValueForKey(key, none);
+            QVERIFY(!hosts.chosen);
+        }
+        QVERIFY(!decided.chosen);
     }
 };
 

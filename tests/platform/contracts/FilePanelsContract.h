@@ -44,4 +44,28 @@ inline void filePanelsKeepTheirContract(FilePanels& panels, QWidget& window, con
     QVERIFY(chosen.first().isEmpty());
 }
 
+// The panel that chooses one folder. The user is given the folder's path.
+inline void folderPanelsKeepTheirContract(FilePanels& panels, QWidget& window, const FolderPanelRules& rules,
+                                          const QByteArray& folder, const FilePanelsUser& user) {
+    QList<QList<QByteArray>> chosen;
+    QObject context;
+    const auto open = [&] {
+        return panels.openFolder(&window, QStringLiteral("Choose a Folder"), rules, &context,
+                                 [&chosen](const QList<QByteArray>& paths) { chosen.append(paths); });
+    };
+    open();
+    QVERIFY(chosen.isEmpty());
+    user.chooses({folder});
+    QTRY_COMPARE(chosen.size(), 1);
+    QCOMPARE(chosen.takeFirst(), QList<QByteArray>{folder});
+
+    const CompletionTicket ticket = open();
+    QVERIFY(ticket.cancel());
+    user.chooses({folder});
+    open();
+    user.cancels();
+    QTRY_COMPARE(chosen.size(), 1);
+    QVERIFY(chosen.first().isEmpty());
+}
+
 } // namespace quenby::testing

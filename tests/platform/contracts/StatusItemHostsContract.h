@@ -28,6 +28,17 @@ inline void statusItemHostsKeepTheirContract(StatusItemHosts& hosts, StatusItemP
     QVERIFY(place == StatusItemPlace::tray || !hosts.host()->geometry().isEmpty());
     QCoreApplication::processEvents();
     QCOMPARE(changed.size(), 1);
+
+    // Chosen where it stands already, it stays; and wherever it is sent, it is somewhere.
+    const StatusItemHost* const there = hosts.host();
+    hosts.choose(place);
+    QCoreApplication::processEvents();
+    QVERIFY(changed.size() == 1 && hosts.host() == there);
+    hosts.choose(StatusItemPlace::strip);
+    QTRY_VERIFY(hosts.host() && hosts.host()->place() == StatusItemPlace::strip);
+    hosts.choose(StatusItemPlace::tray);
+    QCoreApplication::processEvents();
+    QVERIFY(hosts.host());
 }
 
 } // namespace quenby::testing

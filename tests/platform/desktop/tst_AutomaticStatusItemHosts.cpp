@@ -1,4 +1,5 @@
-// Where the status item stands: trays that are there, come late, go and come back, and a bus that does not answer.
+// Where the status item stands: trays that are there, come late, go and come back, a bus that does not answer, and
+// users who choose another place.
 #include "platform/linux/desktop/AutomaticStatusItemHosts.h"
 #include "tests/platform/fakes/FakeStatusItemHost.h"
 #include "tests/support/ManualTimeSource.h"
@@ -36,6 +37,7 @@ class tst_AutomaticStatusItemHosts : public QObject {
             : hosts(
                   options, time,
                   [this] {
+                      ++timesLooked;
                       AutomaticStatusItemHosts::TrayWatches watches;
                       for (const TrayKind kind : {TrayKind::statusNotifier, TrayKind::xEmbed}) {
                           auto watch = std::make_unique<PlayedWatch>(kind);
@@ -56,6 +58,10 @@ class tst_AutomaticStatusItemHosts : public QObject {
             xEmbed->setState(ofXEmbed);
             QCoreApplication::processEvents();
         }
+        void choose(std::optional<Place> place) {
+            hosts.choose(place);
+            QCoreApplication::processEvents();
+        }
         void pass(std::chrono::milliseconds by) {
             time->advance(by);
             QCoreApplication::processEvents();
@@ -69,6 +75,7 @@ class tst_AutomaticStatusItemHosts : public QObject {
         std::shared_ptr<ManualTimeSource> time = std::make_shared<ManualTimeSource>();
         PlayedWatch* notifier = nullptr;
         PlayedWatch* xEmbed = nullptr;
+        int timesLooked = 0; // for trays
         AutomaticStatusItemHosts hosts;
         QSignalSpy changes;
     };
@@ -153,6 +160,81 @@ private Q_SLOTS:
         tray.tell(State::absent, State::absent);
         tray.pass(1h);
         QCOMPARE(tray.now(), "1 tray");
+    }
+
+    void itMovesToThePlaceThatIsChosen() {
+        Stage stage;
+        stage.tell(State::there, State::absent);
+        stage.hosts.choose(Place::strip);
+        QCOMPARE(stage.now(), "1 tray"); // never from inside of the call
+        QCoreApplication::processEvents();
+        QCOMPARE(stage.now(), "2 strip");
+        QCOMPARE(stage.timesLooked, 1);
+
+        // Back again, once it is known that there is a tray; and nothing moves that stands where it should.
+        stage.choose(Place::tray);
+        QCOMPARE(stage.now(), "2 strip");
+        QCOMPARE(stage.timesLooked, 2);
+        stage.tell(State::there, State::absent);
+        QCOMPARE(stage.now(), "3 tray");
+        stage.choose({});
+        stage.choose(Place::tray);
+        stage.hosts.choose(Place::strip);
+        stage.choose({});
+        QCOMPARE(stage.now(), "3 tray");
+        QCOMPARE(stage.timesLooked, 2);
+    }
+
+    void whoChoosesATrayThatIsNotThereKeepsTheStrip() {
+        Stage stage({.place = Place::strip});
+        QCoreApplication::processEvents();
+        stage.choose(Place::tray);
+        stage.tell(State::absent, State::absent);
+        stage.pass(1h);
+        QCOMPARE(stage.now(), "1 strip");
+        stage.tell(State::absent, State::there);
+        QCOMPARE(stage.now(), "2 tray");
+
+        // A panel that starts anew is given longer than where the strip is as good.
+        stage.tell(State::absent, State::absent);
+        stage.pass(4999ms);
+        QCOMPARE(stage.now(), "2 tray");
+        stage.pass(1ms);
+        QCOMPARE(stage.now(), "3 strip");
+
+        // Not on the command line's word, but on the user's.
+        Stage waiting({.place = Place::tray});
+        waiting.tell(State::absent, State::absent);
+        waiting.pass(1h);
+        QCOMPARE(waiting.now(), "0 none");
+        waiting.choose(Place::tray);
+        waiting.pass(5s);
+        QCOMPARE(waiting.now(), "1 strip");
+    }
+
+    void aBusThatDoesNotAnswerKeepsNobodyFromTheOtherTray() {
+        Stage stage({.place = Place::strip});
+        QCoreApplication::processEvents();
+        stage.choose({});
+        stage.tell(State::unknown, State::there);
+        QCOMPARE(stage.now(), "1 strip");
+        stage.pass(1500ms);
+        QCOMPARE(stage.now(), "2 tray");
+    }
+
+    void anotherItemFollows() {
+        Stage stage;
+        stage.tell(State::there, State::there);
+        Stage before;
+        before.hosts.follow(stage.hosts);
+        before.tell(State::there, State::there);
+        QCOMPARE(before.now(), "1 tray");
+        stage.choose(Place::strip);
+        QCOMPARE(before.now(), "2 strip");
+        Stage afterwards;
+        afterwards.hosts.follow(stage.hosts);
+        QCoreApplication::processEvents();
+        QCOMPARE(afterwards.now(), "1 strip");
     }
 };
 

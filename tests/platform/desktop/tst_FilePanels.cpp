@@ -11,6 +11,9 @@
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QFileSystemModel>
+#include <QLabel>
+#include <QListView>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
@@ -170,6 +173,87 @@ private Q_SLOTS:
         QCOMPARE(activePanel()->directory().path(), folder_.path());
         useInput(QStringLiteral("key Escape"));
         QTRY_VERIFY_WITH_TIMEOUT(!activePanel(), patience);
+    }
+
+    // With rules, and without.
+    void foldersAreChosen() {
+        const QByteArray folder = QFile::encodeName(folder_.filePath(QStringLiteral("folder")));
+        FakeFilePanels fake;
+        folderPanelsKeepTheirContract(
+            fake, window_, {}, folder,
+            {[&](const QList<QByteArray>& paths) { QVERIFY(fake.choose(paths)); }, [&] { QVERIFY(fake.cancel()); }});
+        DialogFilePanels panels;
+        const auto choose = [](const QList<QByteArray>& paths) {
+            QTRY_VERIFY_WITH_TIMEOUT(activePanel(), patience);
+            useInput(QStringLiteral("key ctrl+a"));
+            type(QFile::decodeName(paths.first()) + QLatin1Char('/')); // as people type folders
+            QTRY_VERIFY_WITH_TIMEOUT(!activePanel(), patience);
+        };
+        const auto cancel = [] {
+            QTRY_VERIFY_WITH_TIMEOUT(activePanel(), patience);
+            useInput(QStringLiteral("key Escape"));
+            QTRY_VERIFY_WITH_TIMEOUT(!activePanel(), patience);
+        };
+        folderPanelsKeepTheirContract(panels, window_, {}, folder, {choose, cancel});
+        FolderPanelRules rules;
+        rules.directory = QFile::encodeName(folder_.path());
+        rules.panel_validateURL = [](const QByteArray&) { return QString(); };
+        folderPanelsKeepTheirContract(panels, window_, rules, folder, {choose, cancel});
+    }
+
+    // What may not be chosen cannot be used, and who names it all the same reads why not; who goes astray is led back.
+    void rulesHoldWhateverTheUserDoes() {
+        const QString folder = folder_.filePath(QStringLiteral("folder"));
+        QVERIFY(QDir(folder).mkpath(QStringLiteral("one")) && QDir(folder).mkpath(QStringLiteral("other")));
+        FolderPanelRules rules;
+        rules.directory = QFile::encodeName(folder);
+        rules.panel_shouldEnableURL = [](const QByteArray& path) { return path.endsWith("/one"); };
+        rules.panel_validateURL = [](const QByteArray& path) {
+            return path.endsWith("/one") ? QString() : QStringLiteral("Choose one.");
+        };
+        rules.panel_didChangeToDirectoryURL = [home = rules.directory](const QByteArray& path) {
+            return path.startsWith(home) ? QByteArray() : home;
+        };
+        DialogFilePanels panels;
+        QList<QList<QByteArray>> chosen;
+        panels.openFolder(&window_, QStringLiteral("Choose path"), rules, this,
+                          [&](const QList<QByteArray>& paths) { chosen.append(paths); });
+        QTRY_VERIFY_WITH_TIMEOUT(activePanel(), patience);
+        QFileDialog* panel = activePanel();
+        QCOMPARE(panel->windowTitle(), QStringLiteral("Choose path"));
+        auto* list = panel->findChild<QListView*>(QStringLiteral("listView"));
+        QTRY_COMPARE_WITH_TIMEOUT(list->model()->rowCount(list->rootIndex()), 2, patience);
+        for (int row = 0; row < 2; ++row) {
+            const QModelIndex index = list->model()->index(row, 0, list->rootIndex());
+            QCOMPARE(index.flags().testFlag(Qt::ItemIsEnabled), index.data().toString() == QLatin1String("one"));
+        }
+
+        type(folder + QStringLiteral("/other"));
+        const auto isTold = [panel] {
+            const QList<QLabel*> labels = panel->findChildren<QLabel*>();
+            return std::any_of(labels.begin(), labels.end(), [](const QLabel* label) {
+                return label->isVisible() && label->text() == QLatin1String("Choose one.");
+            });
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(isTold(), patience);
+        QVERIFY(chosen.isEmpty() && panel->isVisible());
+        useInput(QStringLiteral("key ctrl+a key BackSpace"));
+        QTRY_VERIFY_WITH_TIMEOUT(!isTold(), patience);
+
+        // To the folder above, by the panel's own key and by its history; each goes elsewhere first.
+        int moves = 0;
+        connect(panel->findChild<QFileSystemModel*>(), &QFileSystemModel::rootPathChanged, this, [&] { ++moves; });
+        for (const QString& key : {QStringLiteral("key alt+Up"), QStringLiteral("key alt+Left")}) {
+            moves = 0;
+            useInput(key);
+            QTRY_VERIFY_WITH_TIMEOUT(moves >= 2, patience);
+            QCOMPARE(panel->directory().path(), folder);
+        }
+
+        useInput(QStringLiteral("key ctrl+a"));
+        type(folder + QStringLiteral("/one"));
+        QTRY_COMPARE_WITH_TIMEOUT(chosen.size(), 1, patience);
+        QCOMPARE(chosen.first(), QList<QByteArray>{QFile::encodeName(folder + QStringLiteral("/one"))});
     }
 
     void theFakesOfOpenerAndPasteboardKeepTheirContracts() {

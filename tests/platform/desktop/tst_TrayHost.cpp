@@ -148,6 +148,15 @@ private Q_SLOTS:
         clickAt(trayArea().center());
         QTRY_COMPARE_WITH_TIMEOUT(clicked.size(), 1, patience);
     }
+
+    void theUserMovesItAndBack() {
+        hosts_->choose(StatusItemPlace::strip);
+        QTRY_VERIFY_WITH_TIMEOUT(isIn(StatusItemPlace::strip), patience);
+        QVERIFY(settles([] { return !isItemSeen(); }, patience));
+        hosts_->choose(StatusItemPlace::tray);
+        QTRY_VERIFY_WITH_TIMEOUT(isIn(StatusItemPlace::tray), patience);
+        QVERIFY(settles(isItemSeen, patience));
+    }
 };
 
 QTEST_MAIN(tst_TrayHost)

@@ -18,11 +18,16 @@ public:
         QString prompt;      // of a panel that opens files
         QByteArray proposal; // of one that saves a file
         CompletionGate<QList<QByteArray>> chosen;
+        FolderPanelRules rules{}; // of one that chooses a folder
     };
 
     CompletionTicket openFiles(QWidget* window, const QString& title, const QString& prompt, QObject* context,
                                Chosen chosen) override {
         return open({window, title, prompt, {}, CompletionGate<QList<QByteArray>>(context, std::move(chosen))});
+    }
+    CompletionTicket openFolder(QWidget* window, const QString& title, const FolderPanelRules& rules, QObject* context,
+                                Chosen chosen) override {
+        return open({window, title, {}, {}, CompletionGate<QList<QByteArray>>(context, std::move(chosen)), rules});
     }
     CompletionTicket saveFile(QWidget* window, const QString& title, const QByteArray& proposal, QObject* context,
                               Chosen chosen) override {

@@ -14,6 +14,8 @@ public:
 
     bool isStarted = false;
     QString trouble; // why there is none
+    QList<QByteArray> known;
+    QList<QByteArray> added;
 
     // For tests: these are the results now, oldest first.
     void setResults(QList<ScreenshotItem> results) {
@@ -22,6 +24,8 @@ public:
     }
 
     void start() override { isStarted = true; }
+    QList<QByteArray> knownFolders() const override { return known; }
+    void setAddedFolders(const QList<QByteArray>& folders) override { added = folders; }
     QList<ScreenshotItem> results() const override { return results_; }
     QString unavailableBecause() const override { return trouble; }
 

@@ -87,6 +87,13 @@ public:
             this, [this] { change(place_); }, Qt::QueuedConnection);
     }
 
+    void choose(std::optional<StatusItemPlace> place) override {
+        chosen = place;
+        if (host_ && place && host_->place() != *place)
+            change(*place);
+    }
+
+    std::optional<StatusItemPlace> chosen;
     FakeStatusItemHost* fake() const { return host_.get(); }
     // A tray comes or goes: another host takes the place of the one there was.
     void change(StatusItemPlace place) {

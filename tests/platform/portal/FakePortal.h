@@ -108,6 +108,27 @@ public:
         return true;
     }
 
+protected:
+    virtual Does doesWith(const QDBusMessage&, const QString& method) const { return does.value(method, Does::grant); }
+    // What it has to tell when it grants.
+    virtual QVariantMap resultsOf(const QDBusMessage&, const QString& method) {
+        if (method == QLatin1String("CreateSession")) {
+            session = QDBusObjectPath(
+                pathOf(QStringLiteral("session"), options[method][QStringLiteral("session_handle_token")].toString()));
+            return {{QStringLiteral("session_handle"), session.path()}};
+        }
+        if (method == QLatin1String("Start"))
+            return {{QStringLiteral("streams"), QVariant::fromValue(QList<FakeStream>{{42, streamProperties}})},
+                    {QStringLiteral("restore_token"), QStringLiteral("next time")}};
+        if (method == QLatin1String("Screenshot"))
+            return {{QStringLiteral("uri"), screenshotAddress}};
+        return {};
+    }
+    // From its own object to whoever asked last.
+    void tell(const QString& interface, const QString& name, const QVariantList& arguments) {
+        signalTo(client_, root, interface, name, arguments);
+    }
+
 private:
     static inline const QString root = QStringLiteral("/org/freedesktop/portal/desktop");
     static inline const QString serviceName = QStringLiteral("org.freedesktop.portal.Desktop");
@@ -128,7 +149,7 @@ private:
     }
 
     void takeRequest(const QDBusMessage& message, const QString& method) {
-        const Does what = does.value(method, Does::grant);
+        const Does what = doesWith(message, method);
         handle_ = choosesHandles
                       ? root + QStringLiteral("/request/%1").arg(++handles_)
                       : pathOf(QStringLiteral("request"), options[method][QStringLiteral("handle_token")].toString());
@@ -136,7 +157,11 @@ private:
         const auto reply = [&] { bus_.send(message.createReply(QVariant::fromValue(QDBusObjectPath(handle)))); };
         const auto answer = [&] {
             if (what != Does::wait)
-                respond(client_, handle, what == Does::grant ? 0 : what == Does::decline ? 1 : 2, resultsOf(method));
+                respond(client_, handle,
+                        what == Does::grant     ? 0
+                        : what == Does::decline ? 1
+                                                : 2,
+                        resultsOf(message, method));
         };
         if (answersBeforeItReplies) {
             answer();
@@ -145,20 +170,6 @@ private:
             reply();
             answer();
         }
-    }
-
-    QVariantMap resultsOf(const QString& method) {
-        if (method == QLatin1String("CreateSession")) {
-            session = QDBusObjectPath(
-                pathOf(QStringLiteral("session"), options[method][QStringLiteral("session_handle_token")].toString()));
-            return {{QStringLiteral("session_handle"), session.path()}};
-        }
-        if (method == QLatin1String("Start"))
-            return {{QStringLiteral("streams"), QVariant::fromValue(QList<FakeStream>{{42, streamProperties}})},
-                    {QStringLiteral("restore_token"), QStringLiteral("next time")}};
-        if (method == QLatin1String("Screenshot"))
-            return {{QStringLiteral("uri"), screenshotAddress}};
-        return {};
     }
 
     void respond(const QString& client, const QString& handle, uint code, const QVariantMap& results) {

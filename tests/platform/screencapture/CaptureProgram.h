@@ -1,7 +1,7 @@
 // quenby-screencapture as a process, as its caller sees it.
 #pragma once
 
-#include "platform/linux/screencapture/XDisplay.h"
+#include "platform/linux/x11/XDisplay.h"
 #include "tests/platform/desktop/VirtualDesktop.h"
 
 #include <QProcess>

@@ -75,7 +75,15 @@ QByteArray in(const QByteArray& folder, int number) { return folder + '/' + shot
 class FolderScreenshotQueryTest : public QObject {
     Q_OBJECT
 
+    static qsizetype threadCount() { return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs).size(); }
+    bool isNothingLookedAt() const {
+        return QTest::qWaitFor([this] { return threadCount() <= threadsBefore_; }, patience);
+    }
+    qsizetype threadsBefore_ = 0;
+
 private Q_SLOTS:
+    void initTestCase() { threadsBefore_ = threadCount(); }
+
     void toldOnceWhenWhole_data() {
         QTest::addColumn<bool>("asks");
         QTest::newRow("told by the kernel") << false;
@@ -134,6 +142,40 @@ private Q_SLOTS:
         QCOMPARE(stage.fresh().size(), 3);
     }
 
+    void foldersThatAreAdded() {
+        Stage stage;
+        const QByteArray added = stage.root + "/Added";
+        QVERIFY(QDir().mkdir(QFile::decodeName(added)));
+        stage.start();
+        QVERIFY(!stage.takePicture(stage.desktop, 1).isEmpty());
+        const QByteArray before = in(added, 2);
+        writeFile(before, picture(QSize(64, 48)));
+        stage.query->setAddedFolders({added + "/../Added/", "Added", added, stage.desktop});
+        QVERIFY(QTest::qWaitFor([&] { return stage.knows(before); }, patience));
+        const QByteArray after = stage.takePicture(added, 3);
+        QVERIFY(!after.isEmpty());
+        QCOMPARE(stage.fresh().size(), 2); // a new one in each, nothing twice
+        QVERIFY(!stage.fresh().contains(before));
+
+        // Another folder more changes nothing for this one; it need not be there yet.
+        const QByteArray later = stage.root + "/Later";
+        stage.query->setAddedFolders({later, added});
+        QVERIFY(!stage.takePicture(added, 7).isEmpty()); // later than that, also by the clock that stamps files
+        QVERIFY(QDir().mkdir(QFile::decodeName(later)));
+        QVERIFY(!stage.takePicture(later, 4).isEmpty());
+        QVERIFY(stage.fresh().contains(after));
+
+        stage.query->setAddedFolders({later});
+        QVERIFY(QTest::qWaitFor([&] { return !stage.knows(after); }, patience));
+        const QByteArray unseen = in(added, 5);
+        writeFile(unseen, picture(QSize(64, 48)));
+        QVERIFY(!stage.takePicture(later, 6).isEmpty());
+        QVERIFY(!stage.knows(unseen));
+        stage.query->setAddedFolders({added});
+        QVERIFY(QTest::qWaitFor([&] { return stage.knows(unseen) && stage.knows(after); }, patience));
+        QCOMPARE(stage.fresh().size(), 1); // on the desktop
+    }
+
     void whatIsNoScreenshot() {
         Stage stage;
         QVERIFY(QDir().mkpath(QFile::decodeName(stage.pictures)));
@@ -169,6 +211,35 @@ private Q_SLOTS:
         QVERIFY(!stage.takePicture(stage.desktop, 1).isEmpty());
         stage.query.reset(); // waits for nobody
         answers->release(1000);
+    }
+
+    void nothingIsLeftOfAFolderThatIsTakenBackMeanwhile() {
+        const auto notices = [] {
+            qsizetype number = 0;
+            for (const QFileInfo& info : QDir(QStringLiteral("/proc/self/fdinfo")).entryInfoList(QDir::Files)) {
+                QFile file(info.filePath());
+                number += file.open(QIODevice::ReadOnly) ? file.readAll().count("inotify wd:") : 0;
+            }
+            return number;
+        };
+        const auto answers = std::make_shared<QSemaphore>();
+        Stage stage;
+        const QByteArray added = stage.root + "/Added";
+        QVERIFY(QDir().mkdir(QFile::decodeName(added)));
+        stage.start([answers, added](const QByteArray& folder) {
+            if (folder == added)
+                answers->acquire();
+            return false;
+        });
+        QVERIFY(!stage.takePicture(stage.desktop, 1).isEmpty());
+        QVERIFY(isNothingLookedAt());
+        const qsizetype before = notices();
+        QVERIFY(before > 0);
+        stage.query->setAddedFolders({added});
+        stage.query->setAddedFolders({});
+        answers->release();
+        QVERIFY(isNothingLookedAt());
+        QCOMPARE(notices(), before);
     }
 
     // Nobody reads them: they cannot even be read.

@@ -138,6 +138,7 @@ private Q_SLOTS:
         // To the edge of the screen, and no further; from the last pixel on.
         drag({320, 220}, {1279, 799});
         QTRY_COMPARE(selection(), fromBelow({880, 500, 400, 300}));
+        QTRY_VERIFY(button()->isVisible() && button()->geometry() == QRect(1020, 633, 121, 34)); // and let go
 
         QSignalSpy chosen(overlays_[0].get(), &OverlayWindow::didSelectRect);
         // Whoever lets go elsewhere has not pressed it.

@@ -1,4 +1,4 @@
-#include "platform/linux/screencapture/XDisplay.h"
+#include "platform/linux/x11/XDisplay.h"
 
 #include <QGuiApplication>
 
