@@ -5,7 +5,7 @@ function(quenby_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
   target_link_libraries(${name} PUBLIC quenby_options ${ARG_LINKS})
-  target_precompile_headers(${name} PRIVATE "${CMAKE_SOURCE_DIR}/cmake/pch.h")
+  quenby_precompiled(${name})
 endfunction()
 
 # quenby_program(NAME SOURCES ... LINKS ...): an executable in bin/.
@@ -20,6 +20,7 @@ function(quenby_module name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
   add_library(${name} MODULE ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE quenby_options ${ARG_LINKS})
+  quenby_precompiled(${name})
   set_target_properties(${name} PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib/quenby")
 endfunction()
 
@@ -58,6 +59,13 @@ function(quenby_test_program name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE quenby_options Qt6::Test ${ARG_LINKS})
+  quenby_precompiled(${name})
+  # A test includes its .moc file itself. What is left for AUTOMOC's own file is nothing, unless there are headers, and
+  # reading the precompiled header would be all its work.
+  if(NOT ARG_SOURCES MATCHES "\\.h(;|$)")
+    set_source_files_properties("${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/mocs_compilation.cpp"
+      PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
+  endif()
 endfunction()
 
 function(quenby_add_test name timeout)

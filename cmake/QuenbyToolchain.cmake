@@ -34,6 +34,8 @@ target_compile_definitions(quenby_options INTERFACE
   $<$<NOT:$<CONFIG:Release>>:QT_FORCE_ASSERTS>)
 target_compile_options(quenby_options INTERFACE -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual
   -Wshadow -Wcast-qual -Wformat=2 -Wundef)
+# Some libraries ask for it, and a precompiled header is only shared by sources that agree on it.
+target_compile_options(quenby_options INTERFACE -pthread)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(quenby_options INTERFACE -Wduplicated-cond -Wlogical-op -Wuseless-cast
     # At -O3 this compiler takes the empty storage of a std::optional for a variable that was forgotten.
@@ -52,7 +54,7 @@ if(QUENBY_SANITIZE)
   target_compile_options(quenby_options INTERFACE -Wno-maybe-uninitialized)
 endif()
 if(QUENBY_FUZZ)
-  target_compile_options(quenby_options INTERFACE -fsanitize=fuzzer-no-link,address,undefined)
+  target_compile_options(quenby_options INTERFACE -fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer)
   target_link_options(quenby_options INTERFACE -fsanitize=address,undefined)
 endif()
 if(QUENBY_COVERAGE)
