@@ -13,7 +13,7 @@ inline const QString showMenubarIcon = QStringLiteral("showMenubarIcon"); // the
 inline const QString showUsegeText = QStringLiteral("showUsegeText");     // the status item shows the used share
 
 // A map: what the folder's path reads like for people, and the bookmark by which it is found (core/FolderBookmark.h).
-// Only screenshots in it are uploaded.
+// Screenshots in it are uploaded.
 inline const QString DirectoryBookmark = QStringLiteral("DirectoryBookmark");
 inline const QString path = QStringLiteral("path");
 inline const QString bookmarkData = QStringLiteral("bookmarkData");

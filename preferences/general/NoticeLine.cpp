@@ -3,6 +3,7 @@
 #include "widgets/Glyphs.h"
 #include "widgets/SecondaryLabel.h"
 
+#include <QAccessible>
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QStyle>
@@ -37,9 +38,15 @@ NoticeLine::NoticeLine(Kind kind, QWidget* about, QWidget* parent)
 }
 
 void NoticeLine::tell(const QString& sentence) {
+    const bool isNews = !sentence.isEmpty() && sentence != text_->text();
     text_->setText(sentence);
     about_->setAccessibleDescription(sentence);
     setVisible(!sentence.isEmpty());
+    if (!isNews || !isVisible())
+        return;
+    // Screen readers follow no text that changes by itself.
+    QAccessibleEvent told(text_, QAccessible::Alert);
+    QAccessible::updateAccessibility(&told);
 }
 
 QString NoticeLine::text() const { return text_->text(); }

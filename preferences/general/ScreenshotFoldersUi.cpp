@@ -120,8 +120,8 @@ ScreenshotFoldersUi::ScreenshotFoldersUi(QDialog* dialog)
     auto* explanation = new SecondaryLabel(dialog);
     explanation->setWordWrap(true);
     explanation->setText(ScreenshotFoldersDialog::tr(
-        "Quenby looks for new screenshots in these folders. It uploads those that lie in the folder chosen for "
-        "automatic upload."));
+        "Quenby looks for new screenshots in these folders. It uploads those that lie in a folder that was added here, "
+        "or in the one chosen for automatic upload."));
 
     auto* layout = new QVBoxLayout(dialog);
     layout->setContentsMargins(margin, margin, margin, margin);

@@ -9,6 +9,7 @@
 #include <QLayout>
 #include <QScreen>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QShortcut>
 #include <QStyle>
 
@@ -84,16 +85,20 @@ void PreferenceWindow::turnTo(int index) {
 
 // --- The height -----------------------------------------------------------------------------------------------------
 
+// As far as the screen reaches; what is wider is scrolled.
 int PreferenceWindow::widthOfPanes() const {
     int width = std::max(usualWidth, bar_->sizeHint().width());
     for (const Room& room : rooms_)
         width = std::max(width, neededSize(*room.area->widget()).width());
-    return width;
+    return std::min(width, screen()->availableGeometry().width());
 }
 
 int PreferenceWindow::neededHeight() const {
     const Room& room = rooms_.at(bar_->current());
-    return std::max(room.height, bar_->sizeHint().height() + heightFor(*room.area->widget(), widthOfPanes()));
+    const QWidget& view = *room.area->widget();
+    const int width = widthOfPanes();
+    const int scrollBar = neededSize(view).width() > width ? room.area->horizontalScrollBar()->sizeHint().height() : 0;
+    return std::max(room.height, bar_->sizeHint().height() + heightFor(view, width) + scrollBar);
 }
 
 int PreferenceWindow::heightOfPane() const {

@@ -255,6 +255,12 @@ private Q_SLOTS:
         tall->setMinimumHeight(5000); // of which the screen shows a part, and the rest by scrolling
         QVERIFY(settles([&] { return window.height() > 400 && tall->height() == 5000; }));
         QVERIFY(window.frameGeometry().height() <= window.screen()->availableGeometry().height());
+        tall->setMinimumSize(5000, 250); // likewise, with all of its height above the scroll bar
+        const auto* viewport = tall->parentWidget();
+        QVERIFY(settles([&] { return tall->width() == 5000 && viewport->height() == 250; }));
+        QVERIFY(window.width() <= window.screen()->availableGeometry().width());
+        tall->setMinimumSize(0, 0);
+        QVERIFY(restsAt(200));
 
         lines->setText(QStringLiteral("line\n").repeated(20)); // while nobody sees it, deep in the view's layouts
         window.showPane(1);
