@@ -7,6 +7,8 @@
 #include <QDBusMessage>
 #include <QDBusPendingReply>
 
+#include <cstdlib>
+
 namespace quenby {
 namespace {
 
@@ -25,10 +27,30 @@ uint schemeIn(const QDBusVariant& value) {
     return inner.toUInt();
 }
 
+constexpr QColor faint(160, 160, 160);
+
+void useLinkColours(QPalette& palette) {
+    palette.setColor(QPalette::Link, QColor(120, 180, 240));
+    palette.setColor(QPalette::LinkVisited, QColor(190, 160, 230));
+}
+
+bool isReadable(const QPalette& palette, QPalette::ColorRole role, QPalette::ColorRole ground) {
+    constexpr int leastDifference = 64; // of 255
+    return std::abs(qGray(palette.color(role).rgb()) - qGray(palette.color(ground).rgb())) >= leastDifference;
+}
+
+// Many dark themes leave behind what a light one has.
+QPalette mended(QPalette palette) {
+    if (!isReadable(palette, QPalette::Link, QPalette::Window))
+        useLinkColours(palette);
+    if (!isReadable(palette, QPalette::PlaceholderText, QPalette::Base))
+        palette.setColor(QPalette::PlaceholderText, faint);
+    return palette;
+}
+
 // The dark counterpart of the style's own colours. What is switched off can still be read.
 QPalette darkPalette() {
     const QColor text(240, 240, 240);
-    const QColor faint(160, 160, 160);
     const QColor window(50, 50, 50);
     const QColor base(36, 36, 36);
     QPalette palette(text, window, window.lighter(150), window.darker(150), window.darker(130), text, base);
@@ -39,8 +61,7 @@ QPalette darkPalette() {
     palette.setColor(QPalette::PlaceholderText, faint);
     palette.setColor(QPalette::Highlight, QColor(48, 140, 198));
     palette.setColor(QPalette::HighlightedText, Qt::white);
-    palette.setColor(QPalette::Link, QColor(120, 180, 240));
-    palette.setColor(QPalette::LinkVisited, QColor(190, 160, 230));
+    useLinkColours(palette);
     for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
         palette.setColor(QPalette::Disabled, role, faint);
     palette.setColor(QPalette::Disabled, QPalette::Highlight, QColor(80, 80, 80));
@@ -51,6 +72,9 @@ QPalette darkPalette() {
 
 DarkPreference::DarkPreference(const QDBusConnection& bus, QObject* parent)
     : QObject(parent) {
+    // Only what is mended counts from now on; all else stays the theme's, and follows it.
+    if (isDark(QApplication::palette()))
+        QApplication::setPalette(mended(QApplication::palette()));
     if (bus.isConnected())
         ask(bus);
 }

@@ -1,6 +1,7 @@
 // Follows a desktop that prefers dark windows and tells so by its portal (org.freedesktop.portal.Settings,
 // "color-scheme" of org.freedesktop.appearance): the toolkit asks a desktop's own theme only, and where that says
-// nothing it stays light for ever. A palette that is dark already is left alone.
+// nothing it stays light for ever. A palette that is dark already is left alone, but for links and prompts that nobody
+// can read on it.
 //
 // Threads: the main thread. One question at the start, whose answer comes through the event loop; afterwards the
 // desktop tells. Without a bus or a portal nothing happens.

@@ -101,12 +101,16 @@ private Q_SLOTS:
 
     void aDarkPaletteOfTheDesktopsOwnIsLeftAlone() {
         const QColor own(20, 30, 40);
+        const auto brightness = [](QPalette::ColorRole role) {
+            return qGray(QApplication::palette().color(role).rgb());
+        };
         QApplication::setPalette(QPalette(Qt::white, own, own, own, own, Qt::white, own));
         Portal portal;
         const DarkPreference preference;
         for (const uint scheme : {preferDark, noPreference}) {
             QVERIFY(arrivedSoFar());
             QCOMPARE(QApplication::palette().color(QPalette::Window), own);
+            QVERIFY(brightness(QPalette::Link) > brightness(QPalette::Window) + 60); // is dark blue by itself
             portal.tell(appearance, colourScheme, scheme);
         }
         QVERIFY(arrivedSoFar());
