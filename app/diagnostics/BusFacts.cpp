@@ -171,7 +171,7 @@ void BusFacts::askNotifications() {
     call(QDBusMessage::createMethodCall(notificationService, QStringLiteral("/org/freedesktop/Notifications"),
                                         notificationService, QStringLiteral("GetServerInformation")),
          [this, place](const QDBusMessage& reply) {
-             const QVariantList facts = reply.arguments(); // name, vendor, version, the specification's version
+             const QVariantList facts = reply.arguments(); // name, vendor, version, version of the protocol
              set(place, isReply(reply) ? facts.value(0).toString() + QLatin1Char(' ') + facts.value(2).toString()
                                        : errorText(reply));
          });

@@ -17,7 +17,7 @@ ClientChoice::ClientChoice(DriveConnection& drive, const AccountSession& session
     connect(&defaults_, &Defaults::changed, this, &ClientChoice::settingChanged);
 }
 
-bool ClientChoice::isOwn() const { return clientID() == ClientIdentity::ofTheProgram().clientID; }
+bool ClientChoice::isProgramsOwn() const { return clientID() == ClientIdentity::ofTheProgram().clientID; }
 
 QString ClientChoice::clientID() const { return chosen().clientID; }
 

@@ -21,7 +21,7 @@ class ClientChoice final : public QObject, public OwnClients {
 public:
     ClientChoice(DriveConnection& drive, const AccountSession& session, Defaults& defaults);
 
-    bool isOwn() const override;
+    bool isProgramsOwn() const override;
     QString clientID() const override;
     QString decidedElsewhere() const override;
     CompletionTicket tryClient(const OwnClient& client, QObject* context, Tried tried) override;

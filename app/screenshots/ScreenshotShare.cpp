@@ -3,8 +3,9 @@
 #include "core/DefaultsKeys.h"
 #include "core/FolderBookmark.h"
 #include "platform/Defaults.h"
+#include "preferences/general/AddedFolders.h"
+#include "preferences/general/FolderPaths.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
@@ -25,35 +26,6 @@ constexpr uint freshFactCount = 3;
 
 bool isFresh(const ScreenshotItem& item) {
     return qPopulationCount(static_cast<quint32>(item.facts.toInt())) == freshFactCount;
-}
-
-bool isBelow(const QByteArray& path, const QByteArray& folder) {
-    return !folder.isEmpty() && path.startsWith(folder.endsWith('/') ? folder : QByteArray(folder + '/'));
-}
-
-QByteArray canonical(const QByteArray& path) {
-    return QFile::encodeName(QFileInfo(QFile::decodeName(path)).canonicalFilePath());
-}
-
-// As it is written, or by way of links.
-bool liesInFolder(const QByteArray& path, const QByteArray& folder) {
-    return isBelow(path, folder) || isBelow(canonical(path), canonical(folder));
-}
-
-// A settings file gives a list of one back as its only text. What is no absolute path is left out.
-QList<QByteArray> foldersOf(const QVariant& setting) {
-    QVariantList entries{setting};
-    if (setting.typeId() == QMetaType::QStringList || setting.typeId() == QMetaType::QVariantList)
-        entries = setting.toList();
-    QList<QByteArray> folders;
-    for (const QVariant& entry : std::as_const(entries)) {
-        if (entry.typeId() != QMetaType::QString)
-            continue;
-        const QString path = entry.toString();
-        if (QDir::isAbsolutePath(path))
-            folders.append(QFile::encodeName(QDir::cleanPath(path)));
-    }
-    return folders;
 }
 
 } // namespace
@@ -97,7 +69,7 @@ bool ScreenshotShare::isSwitchedOn() const { return defaults_.boolForKey(default
 
 void ScreenshotShare::settingChanged(const QString& key) {
     if (key == defaultsKey::screenshotFolders) {
-        addedFolders_ = foldersOf(defaults_.valueForKey(key));
+        addedFolders_ = addedFolders(defaults_);
         query_.setAddedFolders(addedFolders_);
     }
     // What waits for a folder that does not answer waits for the new one instead.
@@ -149,7 +121,7 @@ void ScreenshotShare::uploadIfThere(const QByteArray& path) {
     try {
         std::thread([gate, path, folders = addedFolders_ + QList<QByteArray>{accessibleFolder_}] {
             const bool isInOne = std::any_of(folders.begin(), folders.end(),
-                                             [&path](const QByteArray& folder) { return liesInFolder(path, folder); });
+                                             [&path](const QByteArray& folder) { return isInFolder(path, folder); });
             gate.deliver(isInOne && QFileInfo(QFile::decodeName(path)).isFile());
         }).detach();
     } catch (const std::system_error&) {

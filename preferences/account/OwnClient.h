@@ -37,7 +37,7 @@ public:
     using Tried = std::function<void(const MaybeError& trouble)>;
 
     // Whether the program's own is used, and the identifier of the one that is.
-    virtual bool isOwn() const = 0;
+    virtual bool isProgramsOwn() const = 0;
     virtual QString clientID() const = 0;
     // Where it comes from when the settings do not decide, as a sentence; else empty.
     virtual QString decidedElsewhere() const = 0;

@@ -179,9 +179,10 @@ void OwnClientDialog::forget() {
 
 void OwnClientDialog::refresh() {
     const QString elsewhere = clients_.decidedElsewhere();
-    const bool isOwn = clients_.isOwn();
-    QString inUse = isOwn ? tr("Quenby signs in as a client of its own. With one of yours, its limits are yours alone.")
-                          : tr("Quenby signs in as your client %1.").arg(clients_.clientID());
+    const bool isProgramsOwn = clients_.isProgramsOwn();
+    QString inUse = isProgramsOwn
+                        ? tr("Quenby signs in as a client of its own. With one of yours, its limits are yours alone.")
+                        : tr("Quenby signs in as your client %1.").arg(clients_.clientID());
     if (!elsewhere.isEmpty())
         inUse += QLatin1Char(' ') + elsewhere;
     ui_->inUse->setText(inUse);
@@ -191,7 +192,7 @@ void OwnClientDialog::refresh() {
                                      : tr("The next time that you sign in, it will be with this client."));
     const auto trial = ui_->trialStep->state();
     ui_->tryButton->setEnabled(read_ && trial != StepView::State::checking);
-    ui_->formerButton->setVisible(!isOwn && elsewhere.isEmpty());
+    ui_->formerButton->setVisible(!isProgramsOwn && elsewhere.isEmpty());
     ui_->useButton->setEnabled(read_ && trial == StepView::State::fine && elsewhere.isEmpty());
     ui_->fit(*this);
 }

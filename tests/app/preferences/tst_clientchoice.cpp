@@ -124,7 +124,7 @@ private Q_SLOTS:
 
     void followsTheSettings() {
         Desk desk(Endpoints::provider());
-        QVERIFY(desk.choice.isOwn() && desk.choice.decidedElsewhere().isEmpty());
+        QVERIFY(desk.choice.isProgramsOwn() && desk.choice.decidedElsewhere().isEmpty());
         desk.choice.use(known);
         QCOMPARE(desk.choice.clientID(), known.clientID);
         QTRY_COMPARE(desk.changed.size(), 1);
@@ -136,7 +136,7 @@ private Q_SLOTS:
         QCOMPARE(desk.drive.identity(), (ClientIdentity{u"without"_s, {}}));
         desk.choice.use(std::nullopt);
         QTRY_COMPARE(desk.changed.size(), 3);
-        QVERIFY(desk.choice.isOwn() && desk.defaults.keys().isEmpty());
+        QVERIFY(desk.choice.isProgramsOwn() && desk.defaults.keys().isEmpty());
         QCOMPARE(desk.drive.identity(), ClientIdentity::ofTheProgram());
         // Another program writes them, and something else.
         desk.defaults.setValueForKey(defaultsKey::proxy, u"none"_s);

@@ -26,8 +26,8 @@ const OwnClient client{u"1-a.example"_s, u"hush-hush"_s};
 
 class FakeOwnClients final : public OwnClients {
 public:
-    bool isOwn() const override { return !used.value_or(std::nullopt); }
-    QString clientID() const override { return isOwn() ? u"own"_s : (*used)->clientID; }
+    bool isProgramsOwn() const override { return !used.value_or(std::nullopt); }
+    QString clientID() const override { return isProgramsOwn() ? u"own"_s : (*used)->clientID; }
     QString decidedElsewhere() const override { return elsewhere; }
     CompletionTicket tryClient(const OwnClient& asked, QObject* context, Tried tried) override {
         tries.append(asked);

@@ -42,7 +42,7 @@ const QString keysQ = QStringLiteral("Ctrl+Alt+Q");
 
 class FakeOwnClients final : public OwnClients {
 public:
-    bool isOwn() const override { return false; }
+    bool isProgramsOwn() const override { return false; }
     QString clientID() const override { return {}; }
     QString decidedElsewhere() const override { return {}; }
     CompletionTicket tryClient(const OwnClient&, QObject* context, Tried tried) override {
