@@ -221,6 +221,7 @@ private Q_SLOTS:
         present();
         connect(overlays_[0].get(), &OverlayWindow::didSelectRect, this, [this] { overlays_.clear(); });
         drag({400, 300}, {700, 500});
+        QTRY_VERIFY(button()->isVisible());
         input_.click(middleOf(button()));
         QTRY_VERIFY(overlays_.empty());
     }
