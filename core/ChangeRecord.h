@@ -17,7 +17,8 @@ struct ChangeRecord {
     QString mimeType;
     QString iconLink;
     QString thumbnailLink;
-    QString share; // address of the sharing page; empty for trashed and deleted files
+    QString resourceKey; // of a file that is shared by link; mostly empty
+    QString share;       // address of the sharing page; empty for trashed and deleted files
     QDateTime modifiedDate;
     int count = 0; // above 0 only in the summary of deletions, which has a status, a date and nothing else
 

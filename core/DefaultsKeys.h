@@ -29,6 +29,19 @@ inline const QString statusItemPlace = QStringLiteral("statusItemPlace");
 // How the Drive is reached: "none" for no proxy; anything else: as the system has it.
 inline const QString proxy = QStringLiteral("proxy");
 
+// The service has lost its first road: "rest" begins with the second.
+inline const QString apiRoad = QStringLiteral("apiRoad");
+// What the next sign-in asks for: "files" for the files that this program made; anything else: the whole Drive.
+inline const QString driveAccess = QStringLiteral("driveAccess");
+// Where the user signs in: "browser" for the system's browser; anything else: where the service wants it.
+inline const QString signInPlace = QStringLiteral("signInPlace");
+// Uploads. A boolean; bytes per second for all of them, 0 for no limit; a boolean.
+inline const QString uploadsPaused = QStringLiteral("uploadsPaused");
+inline const QString uploadRateLimit = QStringLiteral("uploadRateLimit");
+inline const QString uploadsRestOnMetered = QStringLiteral("uploadsRestOnMetered");
+// A boolean: a capture's link is put on the clipboard.
+inline const QString captureToLink = QStringLiteral("captureToLink");
+
 // Of a client that the user registered with the provider, in place of the program's own.
 inline const QString clientID = QStringLiteral("clientID");
 inline const QString clientSecret = QStringLiteral("clientSecret");

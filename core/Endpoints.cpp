@@ -12,6 +12,9 @@ Endpoints at(const QUrl& api, const QUrl& accounts, const QUrl& web, const QStri
     Endpoints endpoints;
     endpoints.rpcURL = under(api, "/rpc");
     endpoints.rpcUploadURL = under(api, "/upload/rpc");
+    endpoints.restURL = under(api, "/drive/v2");
+    endpoints.restUploadURL = under(api, "/upload/drive/v2");
+    endpoints.restBatchURL = under(api, "/batch/drive/v2");
     endpoints.userInfoURL = under(api, "/oauth2/v3/userinfo");
     endpoints.downloadBaseURL = under(api, "/drive/v2/files");
     endpoints.webURL = under(web, "/");
@@ -22,6 +25,7 @@ Endpoints at(const QUrl& api, const QUrl& accounts, const QUrl& web, const QStri
     endpoints.emailScope = scopeBase + QStringLiteral("/auth/userinfo.email");
     endpoints.profileScope = scopeBase + QStringLiteral("/auth/userinfo.profile");
     endpoints.driveScope = scopeBase + QStringLiteral("/auth/drive");
+    endpoints.driveFileScope = endpoints.driveScope + QStringLiteral(".file");
     endpoints.jwtBearerGrantType = QStringLiteral("urn:ietf:params:oauth:grant-type:jwt-bearer");
     return endpoints;
 }
@@ -32,6 +36,8 @@ Endpoints Endpoints::provider() {
     const QString apiHost = QStringLiteral("https://www.googleapis.com");
     Endpoints endpoints = at(QUrl(apiHost), QUrl(QStringLiteral("https://accounts.google.com")),
                              QUrl(QStringLiteral("https://drive.google.com")), apiHost);
+    // It refuses sign-ins in web views, and gives no codes in page titles any more.
+    endpoints.signInPlace = SignInPlace::browser;
     endpoints.keychainItemName = QStringLiteral("Drive: Google Drive");
     endpoints.providerDomain = QStringLiteral("google.com");
     endpoints.webPlaces = WebPlaces::provider();

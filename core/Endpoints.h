@@ -8,9 +8,26 @@
 
 namespace quenby {
 
+// The two ways in which the service is spoken to. Every method can be called on both.
+enum class APIRoad {
+    rpc,  // JSON-RPC 2.0, one address for all calls
+    rest, // resources below one address, with the verbs of HTTP
+};
+
+// Where the user signs in.
+enum class SignInPlace {
+    window,  // in a web view of our own
+    browser, // in the system's browser, which answers to a port of this computer (RFC 8252, section 7.3)
+};
+
 struct Endpoints {
-    QUrl rpcURL;       // JSON-RPC calls, without query
-    QUrl rpcUploadURL; // JSON-RPC calls that announce an upload, without query
+    APIRoad road = APIRoad::rpc; // the one to begin with: a service that has lost the first is called on the second
+    QUrl rpcURL;                 // JSON-RPC calls, without query
+    QUrl rpcUploadURL;           // JSON-RPC calls that announce an upload, without query
+    QUrl restURL;                // resources, without a slash at the end
+    QUrl restUploadURL;          // the same, for requests that announce an upload
+    QUrl restBatchURL;           // several calls in one request
+    SignInPlace signInPlace = SignInPlace::window;
     QUrl authorizationURL;
     QUrl tokenURL;
     QUrl revocationURL;
@@ -23,6 +40,7 @@ struct Endpoints {
     QString emailScope;
     QString profileScope;
     QString driveScope;         // full access to the Drive
+    QString driveFileScope;     // access to the files that this program made, and no others
     QString providerDomain;     // a host in it is the provider's own: its sign-in can tell who signed in
     QString jwtBearerGrantType; // RFC 7523, section 2.1
     QUrl clientConsoleURL;      // where people register clients of their own; empty where there is no such place

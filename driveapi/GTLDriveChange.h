@@ -24,7 +24,17 @@ class GTLDriveChangeList : public GTLCollectionOf<GTLDriveChange, GTLDrivePageLi
 
 public:
     GTL_PROPERTY(GTLArray<GTLDriveChange>, items, setItems, "items");
+    // Absent where the service counts changes no more; then its last page tells where the next reading begins.
     GTL_PROPERTY(qint64, largestChangeId, setLargestChangeId, "largestChangeId");
+    GTL_PROPERTY(QString, newStartPageToken, setNewStartPageToken, "newStartPageToken");
+};
+
+class GTLDriveStartPageToken : public GTLObject {
+    GTL_OBJECT(GTLDriveStartPageToken);
+
+public:
+    GTL_PROPERTY(QString, startPageToken, setStartPageToken, "startPageToken"); // the page after the latest change
+    GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 
 } // namespace quenby

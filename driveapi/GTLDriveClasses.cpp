@@ -56,6 +56,12 @@ const GTLClass& GTLDriveAppList::classDescriptor() {
 const GTLClass& GTLDriveChange::classDescriptor() {
     return gtlDefineClass<GTLDriveChange, GTLObject>("GTLDriveChange");
 }
+const GTLClass& GTLDriveStartPageToken::classDescriptor() {
+    return gtlDefineClass<GTLDriveStartPageToken, GTLObject>("GTLDriveStartPageToken");
+}
+const GTLClass& GTLDriveGeneratedIds::classDescriptor() {
+    return gtlDefineClass<GTLDriveGeneratedIds, GTLObject>("GTLDriveGeneratedIds");
+}
 const GTLClass& GTLDriveChangeList::classDescriptor() {
     return gtlDefineClass<GTLDriveChangeList, GTLDrivePageList>("GTLDriveChangeList");
 }

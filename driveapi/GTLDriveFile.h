@@ -32,6 +32,7 @@ public:
     GTL_PROPERTY(QString, iconLink, setIconLink, "iconLink");
     GTL_PROPERTY(QString, selfLink, setSelfLink, "selfLink");
     GTL_PROPERTY(QString, thumbnailLink, setThumbnailLink, "thumbnailLink");
+    GTL_PROPERTY(QString, resourceKey, setResourceKey, "resourceKey"); // to be sent along by whoever has only the link
     GTL_PROPERTY(QString, webContentLink, setWebContentLink, "webContentLink");
     GTL_PROPERTY(QString, webViewLink, setWebViewLink, "webViewLink");
     GTL_PROPERTY(QString, descriptionProperty, setDescriptionProperty, "description");
@@ -63,6 +64,16 @@ public:
     GTL_PROPERTY(GTLArray<GTLDrivePermission>, permissions, setPermissions, "permissions");
     GTL_PROPERTY(GTLArray<GTLDriveProperty>, properties, setProperties, "properties");
     GTL_PROPERTY(GTLDrivePermission, userPermission, setUserPermission, "userPermission");
+    GTL_PROPERTY(QString, kind, setKind, "kind");
+};
+
+// Identifiers that no file has, for files to come.
+class GTLDriveGeneratedIds : public GTLObject {
+    GTL_OBJECT(GTLDriveGeneratedIds);
+
+public:
+    GTL_PROPERTY(GTLArray<QString>, ids, setIds, "ids");
+    GTL_PROPERTY(QString, space, setSpace, "space");
     GTL_PROPERTY(QString, kind, setKind, "kind");
 };
 

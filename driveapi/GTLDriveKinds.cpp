@@ -24,6 +24,7 @@ std::span<const GTLDriveKind> gtlDriveKinds() {
         {"drive#commentReplyList", &GTLDriveCommentReplyList::classDescriptor},
         {"drive#file", &GTLDriveFile::classDescriptor},
         {"drive#fileList", &GTLDriveFileList::classDescriptor},
+        {"drive#generatedIds", &GTLDriveGeneratedIds::classDescriptor},
         {"drive#parentList", &GTLDriveParentList::classDescriptor},
         {"drive#parentReference", &GTLDriveParentReference::classDescriptor},
         {"drive#permission", &GTLDrivePermission::classDescriptor},
@@ -33,6 +34,7 @@ std::span<const GTLDriveKind> gtlDriveKinds() {
         {"drive#propertyList", &GTLDrivePropertyList::classDescriptor},
         {"drive#revision", &GTLDriveRevision::classDescriptor},
         {"drive#revisionList", &GTLDriveRevisionList::classDescriptor},
+        {"drive#startPageToken", &GTLDriveStartPageToken::classDescriptor},
         {"drive#user", &GTLDriveUser::classDescriptor},
         {"api#channel", &GTLDriveChannel::classDescriptor},
     };

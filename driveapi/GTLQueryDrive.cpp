@@ -52,6 +52,9 @@ Query GTLQueryDrive::queryForAppsList() { return call<GTLDriveAppList>("drive.ap
 Query GTLQueryDrive::queryForChangesGetWithChangeId(Text changeId) {
     return call<GTLDriveChange>("drive.changes.get", {{"changeId", changeId}});
 }
+Query GTLQueryDrive::queryForChangesGetStartPageToken() {
+    return call<GTLDriveStartPageToken>("drive.changes.getStartPageToken");
+}
 Query GTLQueryDrive::queryForChangesList() { return call<GTLDriveChangeList>("drive.changes.list"); }
 Query GTLQueryDrive::queryForChangesWatchWithObject(Body<GTLDriveChannel> channel) {
     return callWithBody<GTLDriveChannel>("drive.changes.watch", channel);
@@ -98,6 +101,7 @@ Query GTLQueryDrive::queryForFilesDeleteWithFileId(Text fileId) {
     return call<void>("drive.files.delete", {{"fileId", fileId}});
 }
 Query GTLQueryDrive::queryForFilesEmptyTrash() { return call<void>("drive.files.emptyTrash"); }
+Query GTLQueryDrive::queryForFilesGenerateIds() { return call<GTLDriveGeneratedIds>("drive.files.generateIds"); }
 Query GTLQueryDrive::queryForFilesGetWithFileId(Text fileId) {
     return call<GTLDriveFile>("drive.files.get", {{"fileId", fileId}});
 }

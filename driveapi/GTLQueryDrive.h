@@ -83,6 +83,7 @@ public:
     static Query queryForAppsList();
 
     static Query queryForChangesGetWithChangeId(Text changeId);
+    static Query queryForChangesGetStartPageToken();
     static Query queryForChangesList();
     static Query queryForChangesWatchWithObject(Body<GTLDriveChannel> channel);
 
@@ -103,6 +104,7 @@ public:
     static Query queryForFilesCopyWithObject(Body<GTLDriveFile> file, Text fileId);
     static Query queryForFilesDeleteWithFileId(Text fileId);
     static Query queryForFilesEmptyTrash();
+    static Query queryForFilesGenerateIds();
     static Query queryForFilesGetWithFileId(Text fileId);
     static Query queryForFilesInsertWithObject(Body<GTLDriveFile> file, Upload media = {});
     static Query queryForFilesList();

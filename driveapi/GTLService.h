@@ -1,5 +1,10 @@
-// Executes queries: encodes them as JSON-RPC 2.0 calls, sends them through fetchers, parses the replies off the calling
-// thread, follows next-page tokens, and calls back once with (ticket, object, error).
+// Executes queries: encodes them as JSON-RPC 2.0 calls or, on the second road, as HTTP requests of their own, sends
+// them through fetchers, parses the replies off the calling thread, follows next-page tokens, and calls back once with
+// (ticket, object, error).
+//
+// Roads: what a query means, and what its caller is told, is the same on both. When the first one turns out to be lost,
+// the service takes the second for good, and the calls that met the loss are sent again there: their callers notice
+// nothing, their retry blocks are not asked, and the progress of an upload starts again.
 //
 // Threads: a service lives on the thread that made it and is called there. Completions run on the thread of their
 // context, or on the delegate queue's when one is set, and always through the event loop: never from inside the call
@@ -110,6 +115,8 @@ public:
 
 Q_SIGNALS:
     void notification(const QString& name, const quenby::GTLServiceTicketPtr& ticket);
+    // The first road is lost; the settings name the second from now on.
+    void roadChanged();
 
 protected:
     // A fetcher with what every fetcher of this service is told before it begins.
@@ -128,6 +135,7 @@ private:
     void forgetTicket(const GTLServiceTicketPtr& ticket) { running_.erase(ticket); }
 
     // One request of an execution, from here to handleReply().
+    bool sendNext(const GTLServiceTicketPtr& ticket);
     bool send(const GTLServiceTicketPtr& ticket, const GTLServiceCall& call);
     void simulate(const GTLServiceTicketPtr& ticket, const GTLTestBlock& testBlock);
     Result<std::shared_ptr<GTMHTTPFetcher>> makeFetcher(const GTLServiceTicketPtr& ticket,
@@ -138,6 +146,9 @@ private:
                          const MaybeError& error);
     void parse(const GTLServiceTicketPtr& ticket, GTLReplyExpectation expected, const QByteArray& data);
     void handleReply(const GTLServiceTicketPtr& ticket, GTLServiceReply reply);
+    static bool joinAnswers(GTLServiceTicket& ticket, GTLServiceReply& reply);
+    void stopParsing(const GTLServiceTicketPtr& ticket);
+    void goOver(const GTLServiceTicketPtr& ticket);
     void finish(const GTLServiceTicketPtr& ticket);
 
     GTLServiceSettings settings_;

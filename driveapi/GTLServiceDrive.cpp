@@ -1,13 +1,16 @@
 #include "driveapi/GTLServiceDrive.h"
 
 #include "driveapi/GTLDriveFile.h"
+#include "driveapi/GTLResourceKeys.h"
 #include "driveapi/GTLServiceRequest.h"
 
 namespace quenby {
 namespace {
 
+// No address stays none.
 QUrl withQuery(QUrl url, const QString& query) {
-    url.setQuery(query);
+    if (!url.isEmpty())
+        url.setQuery(query);
     return url;
 }
 
@@ -21,13 +24,23 @@ GTLServiceDrive::GTLServiceDrive(const Endpoints& endpoints, std::shared_ptr<GTM
     settings().rpcURL = withQuery(endpoints.rpcURL, QStringLiteral("prettyPrint=false"));
     settings().rpcUploadURL =
         withQuery(endpoints.rpcUploadURL, QStringLiteral("uploadType=resumable&prettyPrint=false"));
+    settings().road = endpoints.road;
+    settings().restURL = withQuery(endpoints.restURL, QStringLiteral("prettyPrint=false"));
+    settings().restUploadURL =
+        withQuery(endpoints.restUploadURL, QStringLiteral("uploadType=resumable&prettyPrint=false"));
+    settings().restBatchURL = endpoints.restBatchURL;
     settings().allowInsecureQueries = endpoints.isLocal;
 }
 
 std::shared_ptr<GTMHTTPFetcher> GTLServiceDrive::downloadFetcherForFile(const GTLDriveFile& file,
                                                                         const QString& destinationPath) const {
     const QUrl url = contentURL(file);
-    return url.isEmpty() ? nullptr : downloadFetcherForFile(url, destinationPath);
+    if (url.isEmpty())
+        return nullptr;
+    auto fetcher = downloadFetcherForFile(url, destinationPath);
+    if (const QByteArray key = resourceKeysHeader({{file.identifier(), file.resourceKey()}}); !key.isEmpty())
+        fetcher->mutableRequest().headers.set(gtlResourceKeysHeader, key);
+    return fetcher;
 }
 
 std::shared_ptr<GTMHTTPFetcher> GTLServiceDrive::downloadFetcherForFile(const QUrl& downloadURL,

@@ -5,7 +5,9 @@
 #include "driveapi/GTLServicePaging.h"
 #include "driveapi/GTLServiceRequest.h"
 #include "driveapi/GTLServiceUpload.h"
+#include "driveapi/rest/LostRoad.h"
 
+#include <QLoggingCategory>
 #include <QRunnable>
 #include <QThreadPool>
 
@@ -13,6 +15,8 @@
 
 namespace quenby {
 namespace {
+
+Q_LOGGING_CATEGORY(driveLog, "quenby.drive", QtInfoMsg)
 
 // Such as an empty list of changes: it is parsed in less time than it takes to wake another thread, and a program that
 // idles should wake as few as possible.
@@ -26,14 +30,29 @@ GTLReplyExpectation expectationOf(const GTLServiceCall& call, const GTLServiceTi
     expected.surrogates = ticket.surrogates();
     expected.isBatch = call.isBatch;
     expected.isREST = call.isREST;
-    expected.isRESTDataWrapperRequired = settings.isRESTDataWrapperRequired;
+    expected.isOfEitherRoad = call.uploadParameters && !call.uploadParameters->uploadLocationURL.isEmpty();
+    expected.isRESTDataWrapperRequired = settings.isRESTDataWrapperRequired && !call.isQuery;
+    expected.refusedMembers = call.refusedMembers;
     return expected;
 }
 
-QByteArray mimeTypeOf(const GTMHTTPFetcher& fetcher) {
+void takeContentType(GTLReplyExpectation& expected, const GTMHTTPFetcher& fetcher) {
     HTTPResponse response;
     response.headers = fetcher.responseHeaders();
-    return response.mimeType();
+    expected.mimeType = response.mimeType();
+    expected.contentType = response.headers.value("Content-Type");
+}
+
+QByteArray bodyBehind(const Error& error, const QByteArray& data) {
+    return data.isEmpty() ? error.detail(errorKey::data).toByteArray() : data;
+}
+
+// An upload that has its location needs the road no more: what is not found there is the upload.
+bool meetsLostRoad(const GTMHTTPFetcher& fetcher, const Error& error, const QByteArray& data = {}) {
+    const auto* upload = qobject_cast<const GTMHTTPUploadFetcher*>(&fetcher);
+    if (upload && !upload->locationURL().isEmpty())
+        return false;
+    return error.isHTTPStatus(fetcher.statusCode()) && saysRoadIsLost(fetcher.statusCode(), bodyBehind(error, data));
 }
 
 // One reply on its way through the parse queue.
@@ -81,7 +100,6 @@ GTLServiceTicketPtr GTLService::makeTicket(const std::shared_ptr<GTLQueryProtoco
     ticket->originalQuery_ = query;
     ticket->executingQuery_ = query;
     ticket->postedObject_ = call.postedObject;
-    ticket->isREST_ = call.isREST;
     ticket->callbackGate_ = GTLServiceTicket::CallbackGate(
         delegateQueue_ ? delegateQueue_ : context,
         [handler = std::move(handler)](const GTLServiceTicketPtr& finished, const GTLObjectPtr& object,
@@ -103,8 +121,17 @@ GTLServiceTicketPtr GTLService::makeTicket(const std::shared_ptr<GTLQueryProtoco
 
 // Whether something was sent. When not, the ticket calls back with the error.
 bool GTLService::send(const GTLServiceTicketPtr& ticket, const GTLServiceCall& call) {
+    ticket->isREST_ = call.isREST;
+    ticket->membersInRequest_ = call.testBlock ? std::numeric_limits<qsizetype>::max() : call.batchClassMap.size();
     if (call.testBlock) {
         simulate(ticket, call.testBlock);
+        return true;
+    }
+    // Told like an answer, which it would be on the first road.
+    const bool isNothingLeft = call.isBatch && call.body.isEmpty();
+    if (call.refusal || isNothingLeft) {
+        handleReply(ticket, call.refusal ? GTLServiceReply{nullptr, call.refusal}
+                                         : replyWithoutRequest(expectationOf(call, *ticket, settings_)));
         return true;
     }
     const auto fetcher = makeFetcher(ticket, call);
@@ -113,13 +140,22 @@ bool GTLService::send(const GTLServiceTicketPtr& ticket, const GTLServiceCall& c
         finish(ticket);
         return false;
     }
+    const bool wasPaused = ticket->isUploadPaused();
     ticket->objectFetcher_ = *fetcher;
+    if (wasPaused)
+        ticket->pauseUpload();
     return (*fetcher)->beginFetchWithCompletionHandler(
         this, [this, weak = std::weak_ptr(ticket),
                expected = expectationOf(call, *ticket, settings_)](const QByteArray& data, const MaybeError& error) {
             if (const auto running = weak.lock(); running && running->isRunning())
                 fetcherFinished(running, expected, data, error);
         });
+}
+
+// What the ticket executes now, or as much of it as one request takes.
+bool GTLService::sendNext(const GTLServiceTicketPtr& ticket) {
+    return send(ticket, callForQuery(settings_, ticket->APIKey(), *ticket->executingQuery_,
+                                     ticket->pagesFetchedCounter_, ticket->membersAnswered_));
 }
 
 void GTLService::simulate(const GTLServiceTicketPtr& ticket, const GTLTestBlock& testBlock) {
@@ -154,10 +190,13 @@ Result<std::shared_ptr<GTMHTTPFetcher>> GTLService::makeFetcher(const GTLService
     fetcher->setComment(call.comment);
     fetcher->setRetryEnabled(ticket->retryEnabled());
     fetcher->setMaxRetryInterval(ticket->maxRetryInterval());
-    fetcher->setRetryBlock([weak = std::weak_ptr(ticket)](bool suggestedWillRetry, const Error& error) {
-        const auto running = weak.lock();
-        return running && running->shouldRetry(suggestedWillRetry, error);
-    });
+    const bool mayGoOver = !call.isREST && !settings_.restURL.isEmpty();
+    fetcher->setRetryBlock(
+        [weak = std::weak_ptr(ticket), asked = fetcher.get(), mayGoOver](bool suggestedWillRetry, const Error& error) {
+            const auto running = weak.lock();
+            const bool goesOver = mayGoOver && meetsLostRoad(*asked, error);
+            return running && !goesOver && running->shouldRetry(suggestedWillRetry, error);
+        });
     return fetcher;
 }
 
@@ -192,12 +231,13 @@ std::shared_ptr<GTMHTTPFetcher> GTLService::fetcherWithRequest(const URLRequest&
 
 void GTLService::fetcherFinished(const GTLServiceTicketPtr& ticket, GTLReplyExpectation expected,
                                  const QByteArray& data, const MaybeError& error) {
-    const GTMHTTPFetcher& fetcher = *ticket->objectFetcher_;
-    expected.mimeType = mimeTypeOf(fetcher);
+    const std::shared_ptr<GTMHTTPFetcher> fetcher = ticket->objectFetcher_; // the ticket may take another one here
+    takeContentType(expected, *fetcher);
+    if (error && !expected.isREST && !settings_.restURL.isEmpty() && meetsLostRoad(*fetcher, *error, data))
+        return goOver(ticket);
     if (error) {
-        const QByteArray body = data.isEmpty() ? error->detail(errorKey::data).toByteArray() : data;
-        handleReply(ticket, {nullptr, errorFromFetch(*error, fetcher.statusCode(), expected.mimeType, body,
-                                                     expected.surrogates)});
+        handleReply(ticket, {nullptr, errorFromFetch(*error, fetcher->statusCode(), expected.mimeType,
+                                                     bodyBehind(*error, data), expected.surrogates)});
     } else if (data.isEmpty()) {
         handleReply(ticket, parseReply({}, expected));
     } else {
@@ -221,25 +261,65 @@ void GTLService::parse(const GTLServiceTicketPtr& ticket, GTLReplyExpectation ex
         operation->run();
 }
 
+// Joins the answers to the requests that a batch takes. Whether these were the last; then the reply is about all
+// members.
+bool GTLService::joinAnswers(GTLServiceTicket& ticket, GTLServiceReply& reply) {
+    const auto* batch = dynamic_cast<const GTLBatchQuery*>(ticket.executingQuery_.get());
+    if (!batch)
+        return true;
+    reply.object = mergedResult(std::exchange(ticket.answersSoFar_, nullptr), reply.object);
+    ticket.membersAnswered_ += ticket.membersInRequest_;
+    if (ticket.membersAnswered_ >= static_cast<qsizetype>(batch->queries().size())) {
+        ticket.membersAnswered_ = 0;
+        return true;
+    }
+    ticket.answersSoFar_ = std::exchange(reply.object, nullptr);
+    return false;
+}
+
 void GTLService::handleReply(const GTLServiceTicketPtr& ticket, GTLServiceReply reply) {
     if (!ticket->isRunning())
         return;
+    if (!reply.error && !joinAnswers(*ticket, reply)) {
+        stopParsing(ticket);
+        if (ticket->isRunning())
+            sendNext(ticket);
+        return;
+    }
     const auto next = reply.error ? nullptr : nextPageFor(*ticket, reply.object);
+    // Members whose pages are not complete have no answer yet.
+    if (reply.error && (ticket->pagesFetchedCounter_ > 0 || nextPageFor(*ticket, ticket->answersSoFar_)))
+        ticket->answersSoFar_ = nullptr;
     const auto takePage = ticket->settings_.pageBlock;
     const bool isMerged = !reply.error && !takePage;
     ticket->fetchedObject_ = isMerged ? mergedResult(ticket->fetchedObject_, reply.object) : nullptr;
     ticket->fetchError_ = reply.error;
     if (takePage && !reply.error)
         takePage(std::exchange(reply.object, nullptr));
-    if (std::exchange(ticket->isParsing_, false))
-        Q_EMIT notification(kGTLServiceTicketParsingStoppedNotification, ticket);
+    stopParsing(ticket);
     if (!ticket->isRunning()) // a listener may have cancelled it
         return;
     if (!next)
         return finish(ticket);
     ++ticket->pagesFetchedCounter_;
     ticket->executingQuery_ = next;
-    send(ticket, callForQuery(settings_, ticket->APIKey(), *next, ticket->pagesFetchedCounter_));
+    sendNext(ticket);
+}
+
+void GTLService::stopParsing(const GTLServiceTicketPtr& ticket) {
+    if (std::exchange(ticket->isParsing_, false))
+        Q_EMIT notification(kGTLServiceTicketParsingStoppedNotification, ticket);
+}
+
+// Calls that were under way on the first road come here one by one, as each of them meets the loss.
+void GTLService::goOver(const GTLServiceTicketPtr& ticket) {
+    if (settings_.road != APIRoad::rest) {
+        settings_.road = APIRoad::rest;
+        qCInfo(driveLog, "The service has closed its JSON-RPC road: its REST road is taken from now on");
+        Q_EMIT roadChanged();
+    }
+    if (ticket->isRunning())
+        sendNext(ticket);
 }
 
 void GTLService::finish(const GTLServiceTicketPtr& ticket) {

@@ -3,6 +3,9 @@
 #include "core/Redaction.h"
 #include "driveapi/GTLErrorObject.h"
 #include "driveapi/GTLJSONParser.h"
+#include "driveapi/JSONArray.h"
+#include "driveapi/rest/RestBatch.h"
+#include "driveapi/rest/RestError.h"
 
 namespace quenby {
 namespace {
@@ -44,6 +47,25 @@ GTLServiceReply objectReply(const JSONValue& json, const GTLReplyExpectation& ex
             std::nullopt};
 }
 
+// The replies to the calls of a REST batch become what a batch on the first road is answered with.
+GTLServiceReply batchReply(const JSONArrayPtr& replies, const GTLReplyExpectation& expected) {
+    for (const auto& [requestID, refusal] : expected.refusedMembers) {
+        const auto error = GTLErrorObject::underlyingObjectForError(refusal);
+        replies->append(JSONDictionary::make({{"id", requestID}, {"error", error->JSON()}}));
+    }
+    return objectReply(replies, expected);
+}
+
+GTLServiceReply restBatchReply(const QByteArray& body, const GTLReplyExpectation& expected) {
+    const auto replies = repliesInBatchAnswer(expected.contentType, body, expected.batchClassMap.keys());
+    return replies ? batchReply(*replies, expected) : failed(replies.error());
+}
+
+bool isEnvelope(const JSONValue& json) {
+    const JSONDictionaryPtr reply = json.dictionary();
+    return reply && (reply->contains("jsonrpc") || reply->contains("result") || reply->contains("error"));
+}
+
 GTLServiceReply restReply(const JSONValue& json, const GTLReplyExpectation& expected) {
     if (!expected.isRESTDataWrapperRequired)
         return objectReply(json, expected);
@@ -76,10 +98,17 @@ GTLServiceReply parseReply(QByteArray body, const GTLReplyExpectation& expected)
             return {};
         return unusable(QStringLiteral("The service sent an empty reply; try again."));
     }
+    if (expected.isREST && expected.isBatch)
+        return restBatchReply(body, expected);
     const Result<JSONValue> json = GTLJSONParser::objectWithData(std::move(body));
     if (!json)
         return mayBeJSON(expected.mimeType) ? cutShort(json.error()) : somethingElse(expected.mimeType);
-    return expected.isREST ? restReply(*json, expected) : rpcReply(*json, expected);
+    const bool isREST = expected.isOfEitherRoad ? !isEnvelope(*json) : expected.isREST;
+    return isREST ? restReply(*json, expected) : rpcReply(*json, expected);
+}
+
+GTLServiceReply replyWithoutRequest(const GTLReplyExpectation& expected) {
+    return batchReply(JSONArray::make(), expected);
 }
 
 Error errorFromFetch(const Error& error, int statusCode, const QByteArray& mimeType, const QByteArray& body,
@@ -97,7 +126,8 @@ Error errorFromFetch(const Error& error, int statusCode, const QByteArray& mimeT
     const JSONValue structured = dictionary ? dictionary->value("error") : JSONValue();
     if (!structured.isDictionary())
         return error;
-    return errorFromObject(structured, surrogates).withDetail(gtlHTTPStatusKey, statusCode);
+    return errorFromObject(rpcFormOfError(structured.dictionary(), statusCode), surrogates)
+        .withDetail(gtlHTTPStatusKey, statusCode);
 }
 
 } // namespace quenby

@@ -4,6 +4,8 @@
 #include "core/Error.h"
 #include "driveapi/GTLObject.h"
 
+#include <map>
+
 namespace quenby {
 
 // Codes of errorDomain::service.
@@ -25,14 +27,20 @@ struct GTLServiceReply {
 
 // What is known of a reply before it is read.
 struct GTLReplyExpectation {
-    QByteArray mimeType; // as the server named it; empty when it named none
+    QByteArray mimeType;    // as the server named it; empty when it named none
+    QByteArray contentType; // the same, with its parameters
     const GTLClass* objectClass = nullptr;
     GTLBatchClassMap batchClassMap;
     GTLSurrogates surrogates;
     bool isBatch = false;
     bool isREST = false;
+    bool isOfEitherRoad = false; // the end of an upload that may have been announced on the other one
     bool isRESTDataWrapperRequired = false;
+    std::map<QString, Error> refusedMembers; // of a batch: they are part of its result
 };
+
+// What becomes of a batch of which nothing could be sent.
+GTLServiceReply replyWithoutRequest(const GTLReplyExpectation& expected);
 
 // A successful reply's body.
 GTLServiceReply parseReply(QByteArray body, const GTLReplyExpectation& expected);

@@ -42,16 +42,20 @@ URLRequest requestForURL(const GTLServiceSettings& settings, const QUrl& url, co
 }
 
 URLRequest requestForCall(const GTLServiceSettings& settings, const QString& APIKey, const GTLServiceCall& call) {
+    const bool isResource = !call.isQuery; // a query has its key already, and guards nothing on either road
     QUrl url = call.url;
-    if (call.isREST && !APIKey.isEmpty())
+    if (isResource && !APIKey.isEmpty())
         url = GTLUtilities::URLWithString(url.toString(QUrl::FullyEncoded), {{QStringLiteral("key"), APIKey}});
     QByteArray ETag = call.ETag;
-    if (ETag.isEmpty() && call.postedObject)
+    if (ETag.isEmpty() && call.postedObject && isResource)
         ETag = call.postedObject->JSONValueForKey("etag").toString().toUtf8();
     URLRequest request = requestForURL(settings, url, call.httpMethod, ETag);
     const QByteArray type = call.isREST ? "application/json" : "application/json-rpc";
-    request.headers.set("Accept", type);
-    request.headers.set("Content-Type", type + "; charset=utf-8");
+    request.headers.set("Accept", call.isREST && call.isBatch ? "multipart/mixed, " + type : type);
+    if (!call.contentType.isEmpty())
+        request.headers.set("Content-Type", call.contentType);
+    else if (isResource || !call.isREST || !call.body.isEmpty())
+        request.headers.set("Content-Type", type + "; charset=utf-8");
     request.headers.set("Cache-Control", "no-cache");
     addHeaders(request, settings.additionalHTTPHeaders);
     addHeaders(request, call.additionalHTTPHeaders);

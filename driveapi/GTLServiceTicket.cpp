@@ -22,13 +22,13 @@ void callBackMember(const GTLServiceTicketPtr& ticket, const GTLQuery& member, c
     const GTLCompletionHandler block = member.completionBlock();
     if (!block)
         return;
-    if (batchError || !result)
-        return block(ticket, nullptr, batchError ? batchError : missingBatchResult());
-    if (const auto failure = result->failures().find(member.requestID()); failure != result->failures().end())
-        return block(ticket, nullptr, failure->second->foundationError());
-    if (const auto success = result->successes().find(member.requestID()); success != result->successes().end())
-        return block(ticket, success->second, std::nullopt);
-    block(ticket, nullptr, missingBatchResult());
+    if (result) {
+        if (const auto failure = result->failures().find(member.requestID()); failure != result->failures().end())
+            return block(ticket, nullptr, failure->second->foundationError());
+        if (const auto success = result->successes().find(member.requestID()); success != result->successes().end())
+            return block(ticket, success->second, std::nullopt);
+    }
+    block(ticket, nullptr, batchError ? batchError : missingBatchResult());
 }
 
 GTMHTTPUploadFetcher* uploadFetcher(const std::shared_ptr<GTMHTTPFetcher>& fetcher) {
@@ -84,7 +84,8 @@ void GTLServiceTicket::callBack(const GTLCompletionHandler& handler, const GTLOb
         return;
     const auto self = shared_from_this();
     if (const auto batch = std::dynamic_pointer_cast<GTLBatchQuery>(originalQuery_)) {
-        const auto* result = dynamic_cast<const GTLBatchResult*>(object.get());
+        // When a later request of the batch failed, the members of the earlier ones have had their answers.
+        const auto* result = dynamic_cast<const GTLBatchResult*>((error ? answersSoFar_ : object).get());
         for (const auto& member : batch->queries())
             callBackMember(self, *member, result, error);
     } else if (const auto query = std::dynamic_pointer_cast<GTLQuery>(originalQuery_)) {

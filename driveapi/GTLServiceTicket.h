@@ -78,7 +78,7 @@ public:
     const std::shared_ptr<GTLQueryProtocol>& originalQuery() const { return originalQuery_; }
     const std::shared_ptr<GTLQueryProtocol>& executingQuery() const { return executingQuery_; } // of the page in flight
     unsigned pagesFetchedCounter() const { return pagesFetchedCounter_; }
-    bool isREST() const { return isREST_; }
+    bool isREST() const { return isREST_; } // the latest request went over HTTP's verbs, not in JSON-RPC
     // The member of the batch that was executed; null when there is none, or no batch.
     std::shared_ptr<GTLQuery> queryForRequestID(const QString& requestID) const;
 
@@ -128,6 +128,10 @@ private:
     std::shared_ptr<GTLQueryProtocol> originalQuery_;
     std::shared_ptr<GTLQueryProtocol> executingQuery_;
     unsigned pagesFetchedCounter_ = 0;
+    // A batch that takes several requests: the members sent with the latest, those answered before, and their results.
+    qsizetype membersInRequest_ = 0;
+    qsizetype membersAnswered_ = 0;
+    GTLObjectPtr answersSoFar_;
     bool isREST_ = false;
     bool isParsing_ = false;
 };

@@ -24,4 +24,6 @@ void CurlConnection::start() { transfer_->start(); }
 
 void CurlConnection::cancel() { transfer_->cancel(); }
 
+void CurlConnection::setMaxSendSpeed(qint64 bytesPerSecond) { transfer_->setMaxSendSpeed(bytesPerSecond); }
+
 } // namespace quenby

@@ -30,6 +30,7 @@ public:
     ~CurlConnection() override { cancel(); }
     void start() override;
     void cancel() override;
+    void setMaxSendSpeed(qint64 bytesPerSecond) override;
 
 private:
     explicit CurlConnection(std::shared_ptr<CurlTransfer> transfer)

@@ -81,6 +81,16 @@ void CurlEventLoop::removeNow(const std::shared_ptr<CurlTransfer>& transfer) {
         curl_multi_remove_handle(multi_.get(), transfer->handle());
 }
 
+void CurlEventLoop::resumeSending(const CurlTransfer& transfer) {
+    if (isInsideCurl_ || !running_.contains(transfer.handle()))
+        return;
+    const auto self = shared_from_this();
+    isInsideCurl_ = true;
+    curl_easy_pause(transfer.handle(), CURLPAUSE_CONT);
+    isInsideCurl_ = false;
+    doWhatWaited();
+}
+
 qint64 CurlEventLoop::unacknowledgedBytes(const CurlTransfer& transfer) const {
     qint64 bytes = 0;
     for (const auto& [descriptor, socket] : sockets_) {

@@ -34,6 +34,8 @@ public:
     void add(const std::shared_ptr<CurlTransfer>& transfer);
     // Ends it without that call. Both may be called from inside libcurl's callbacks.
     void remove(const std::shared_ptr<CurlTransfer>& transfer);
+    // The transfer, which had nothing to send for a while, is asked for its body again. Not from inside a callback.
+    void resumeSending(const CurlTransfer& transfer);
 
     // Bytes that the transfer has written and the other side has not yet acknowledged.
     qint64 unacknowledgedBytes(const CurlTransfer& transfer) const;

@@ -34,7 +34,8 @@ CurlTransfer::CurlTransfer(const URLRequest& request, URLConnectionClient& clien
     , request_(request)
     , body_(request)
     , stallWatch_(
-          request.timeout, [this] { return loop_->unacknowledgedBytes(*this); }, [this] { stalled(); }) {}
+          request.timeout, [this] { return loop_->unacknowledgedBytes(*this); }, [this] { stalled(); })
+    , sendPace_([this] { loop_->resumeSending(*this); }) {}
 
 CurlTransfer::~CurlTransfer() = default;
 
@@ -121,7 +122,10 @@ int CurlTransfer::requestWillBegin() {
 
 size_t CurlTransfer::readBody(char* buffer, size_t size) {
     stallWatch_.noteProgress();
-    const qint64 got = body_.read(buffer, static_cast<qint64>(size));
+    const qint64 allowed = sendPace_.take(static_cast<qint64>(size));
+    if (allowed == 0)
+        return CURL_READFUNC_PAUSE;
+    const qint64 got = body_.read(buffer, allowed);
     if (got >= 0)
         return static_cast<size_t>(got);
     // Aborting closes the connection, so that what has been sent cannot pass for a complete request.
@@ -173,7 +177,8 @@ HTTPResponse CurlTransfer::response() const {
 
 void CurlTransfer::headIsComplete() {
     const HTTPResponse received = response();
-    if (const auto challenge = passwordChallenge(received)) {
+    const auto challenge = passwordChallenge(received);
+    if (challenge && (challenge->challenge.isProxy || request_.takesLogin)) {
         // A digest login takes two requests, of which libcurl makes the second by itself when it can.
         const auto& login = challenge->challenge.isProxy ? proxyLogin_ : serverLogin_;
         if (login && login->scheme == ChallengeScheme::digest)

@@ -8,6 +8,7 @@
 #include "http/ProxySource.h"
 #include "http/RequestBody.h"
 #include "http/ResponseHead.h"
+#include "http/SendPace.h"
 #include "http/StallWatch.h"
 #include "http/URLConnection.h"
 
@@ -32,6 +33,7 @@ public:
 
     void start() { beginExchange(); }
     void cancel(); // the client is not called any more
+    void setMaxSendSpeed(qint64 bytesPerSecond) { sendPace_.setSpeed(bytesPerSecond); }
 
     CURL* handle() const { return easy_.get(); }
     // Called by the event loop, outside of libcurl.
@@ -95,6 +97,7 @@ private:
     URLRequest request_;
     RequestBody body_;
     StallWatch stallWatch_;
+    SendPace sendPace_;
     int redirects_ = 0;
     std::optional<Login> serverLogin_;
     std::optional<Login> proxyLogin_;

@@ -116,6 +116,12 @@ void GTMHTTPFetcher::setPostStream(std::shared_ptr<QIODevice> stream, qint64 len
     postStreamStart_.reset();
 }
 
+void GTMHTTPFetcher::setMaxSendSpeed(qint64 bytesPerSecond) {
+    maxSendSpeed_ = bytesPerSecond;
+    if (const auto& connection = attempt_->connection)
+        connection->setMaxSendSpeed(bytesPerSecond);
+}
+
 QString GTMHTTPFetcher::temporaryDownloadPath() const {
     const auto& file = attempt_->downloadFile;
     return file ? file->temporaryPath() : QString();

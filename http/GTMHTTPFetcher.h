@@ -102,6 +102,9 @@ public:
     std::shared_ptr<Authorizer> authorizer() const { return authorizer_; }
     void setAllowedInsecureSchemes(const QStringList& schemes) { settings_->allowedInsecureSchemes = schemes; }
     const QStringList& allowedInsecureSchemes() const { return settings_->allowedInsecureSchemes; }
+    // How fast the request's body may go out, in bytes per second; 0: no limit. At any time, also while it does.
+    virtual void setMaxSendSpeed(qint64 bytesPerSecond);
+    qint64 maxSendSpeed() const { return maxSendSpeed_; }
     void setAllowLocalhostRequest(bool allow) { settings_->allowLocalhostRequest = allow; }
     bool allowLocalhostRequest() const { return settings_->allowLocalhostRequest; }
     // The body goes into a temporary file beside the destination and is moved there when it is whole; the file that
@@ -312,6 +315,7 @@ private:
     QString downloadPath_;
     std::optional<qint64> postStreamStart_;
     RetryPolicy retry_;
+    qint64 maxSendSpeed_ = 0;
     int servicePriority_ = 0;
     unsigned retryCount_ = 0;
 

@@ -208,6 +208,8 @@ bool GTMHTTPFetcher::startConnection() {
     }
     state_ = State::connected;
     isStopNotificationNeeded_ = true;
+    if (maxSendSpeed_ > 0)
+        attempt.connection->setMaxSendSpeed(maxSendSpeed_);
     attempt.connection->start();
     qCDebug(httpLog, "%s", qUtf8Printable(requestDescription()));
     Q_EMIT notification(kGTMHTTPFetcherStartedNotification);

@@ -73,6 +73,7 @@ std::shared_ptr<GTMHTTPFetcher> GTMHTTPUploadFetcher::activeFetcher() {
 
 void GTMHTTPUploadFetcher::pauseFetching() {
     isPaused_ = true;
+    ++gateNumber_;
     takeChunkFetcher();
     if (isUploading_)
         givePlaceBack();
@@ -86,6 +87,12 @@ void GTMHTTPUploadFetcher::resumeFetching() {
         return; // the announcement is still on its way, or nothing is
     plan_.forgetFruitlessAnswers();
     beginRequest();
+}
+
+void GTMHTTPUploadFetcher::setMaxSendSpeed(qint64 bytesPerSecond) {
+    GTMHTTPFetcher::setMaxSendSpeed(bytesPerSecond);
+    if (chunkFetcher_)
+        chunkFetcher_->setMaxSendSpeed(bytesPerSecond);
 }
 
 int GTMHTTPUploadFetcher::statusCode() const { return chunkStatusCode_.value_or(GTMHTTPFetcher::statusCode()); }
@@ -132,6 +139,7 @@ void GTMHTTPUploadFetcher::requestDidSendData(qint64 bytes, qint64 totalBytes, q
 
 void GTMHTTPUploadFetcher::stopSubFetches() {
     isUploading_ = false;
+    ++gateNumber_;
     takeChunkFetcher();
 }
 
@@ -161,6 +169,7 @@ void GTMHTTPUploadFetcher::finishUpload(const QByteArray& data, const MaybeError
     if (location == Location::invalidate)
         setLocationURL({});
     locationChangeBlock_ = nullptr;
+    sendGate_ = nullptr;
     finishFetch(data, error);
 }
 

@@ -35,6 +35,7 @@ class GTMHTTPUploadFetcher : public GTMHTTPFetcher {
 
 public:
     using LocationChangeBlock = std::function<void(const QUrl& location)>; // empty: no longer valid
+    using SendGate = std::function<void(std::function<void()> goOn)>;
 
     // The chunk size is in bytes; the largest number sends everything in one chunk. The service, which may be absent,
     // lends its settings.
@@ -59,6 +60,10 @@ public:
     // Called on the fetcher's thread whenever the location changes; a caller that wants to resume in a later run
     // keeps what it is told.
     void setLocationChangeBlock(LocationChangeBlock block) { locationChangeBlock_ = std::move(block); }
+    // Asked before bytes of the file go out: after the announcement, and wherever the server has said how much it
+    // holds, which is currentOffset() then. They go when goOn is called, at once or later, on the fetcher's thread;
+    // until then the upload keeps its place. Once it was stopped, paused or asked again, an earlier goOn does nothing.
+    void setSendGate(SendGate gate) { sendGate_ = std::move(gate); }
     quint64 currentOffset() const { return currentOffset_; }
     // The fetcher of the chunk on its way, else this one.
     std::shared_ptr<GTMHTTPFetcher> activeFetcher();
@@ -67,6 +72,8 @@ public:
     void pauseFetching();
     void resumeFetching(); // asks the server first, as soon as the service has a place
     bool isPaused() const { return isPaused_; }
+
+    void setMaxSendSpeed(qint64 bytesPerSecond) override; // of the chunks as well
 
     bool isFetching() const override { return isUploading_ || GTMHTTPFetcher::isFetching(); }
     int statusCode() const override;
@@ -94,6 +101,7 @@ private:
     // Chunks (GTMHTTPUploadFetcherChunks.cpp)
     bool send(const UploadPlan::Piece& piece, const QVariantMap& fetcherProperties);
     void sendNext(const UploadPlan::Piece& piece, const QVariantMap& fetcherProperties);
+    bool maySendNext();
     URLRequest makeChunkRequest(const UploadPlan::Piece& piece) const;
     std::shared_ptr<GTMHTTPFetcher> makeChunkFetcher(const URLRequest& request, const UploadPlan::Piece& piece);
     void copyRetrySettings(GTMHTTPFetcher& chunk) const;
@@ -110,6 +118,8 @@ private:
     QUrl authorizedBase_; // the authorizer may go along to this origin
     QUrl locationURL_;
     LocationChangeBlock locationChangeBlock_;
+    SendGate sendGate_;
+    quint64 gateNumber_ = 0;   // of the latest question to the gate
     bool isUploading_ = false; // chunks are on their way, or paused
     bool isPaused_ = false;
     quint64 currentOffset_ = 0;

@@ -67,13 +67,28 @@ bool GTMHTTPUploadFetcher::send(const UploadPlan::Piece& piece, const QVariantMa
 }
 
 // Whoever was told the location may have paused the upload, stopped it, or even resumed it.
-void GTMHTTPUploadFetcher::sendNext(const UploadPlan::Piece& piece, const QVariantMap& fetcherProperties) {
+bool GTMHTTPUploadFetcher::maySendNext() {
     if (!isUploading_ || chunkFetcher_ || GTMHTTPFetcher::isFetching())
-        return;
+        return false;
     if (isPaused_)
         givePlaceBack();
-    else
+    return !isPaused_;
+}
+
+void GTMHTTPUploadFetcher::sendNext(const UploadPlan::Piece& piece, const QVariantMap& fetcherProperties) {
+    if (!maySendNext())
+        return;
+    const SendGate gate = sendGate_;
+    if (!gate) {
         send(piece, fetcherProperties);
+        return;
+    }
+    currentOffset_ = piece.offset;
+    gate([weak = weak_from_this(), number = ++gateNumber_, piece, fetcherProperties] {
+        const auto self = std::static_pointer_cast<GTMHTTPUploadFetcher>(weak.lock());
+        if (self && self->gateNumber_ == number && self->maySendNext())
+            self->send(piece, fetcherProperties);
+    });
 }
 
 URLRequest GTMHTTPUploadFetcher::makeChunkRequest(const UploadPlan::Piece& piece) const {
@@ -95,6 +110,7 @@ std::shared_ptr<GTMHTTPFetcher> GTMHTTPUploadFetcher::makeChunkFetcher(const URL
         chunk->setPostStream(source_.openWindow(piece.offset, piece.length), static_cast<qint64>(piece.length));
     else
         chunk->setPostData(emptyBody);
+    chunk->setMaxSendSpeed(maxSendSpeed());
     chunk->setAllowedInsecureSchemes(allowedInsecureSchemes());
     chunk->setAllowLocalhostRequest(allowLocalhostRequest());
     chunk->setCookieStorageMethod(cookieStorageMethod());

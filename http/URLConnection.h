@@ -60,6 +60,8 @@ public:
     virtual ~URLConnection() = default; // cancels
     virtual void start() = 0;
     virtual void cancel() = 0;
+    // How fast the body may go out, in bytes per second; 0: no limit. At any time. Only real ones have a speed.
+    virtual void setMaxSendSpeed(qint64) {}
 };
 
 // Makes a connection for a request, not yet started; nullptr when the request cannot be sent at all. The client must

@@ -31,6 +31,9 @@ struct URLRequest {
     // therefore none to use.
     bool shouldHandleCookies = false;
     bool reloadIgnoringLocalCache = false;
+    // What a server's 401 that asks for a user and a password is: a challenge; or, where there is no login to give, an
+    // answer like any other, with its body.
+    bool takesLogin = true;
 
     URLRequest() = default;
     explicit URLRequest(QUrl requestURL)

@@ -243,6 +243,8 @@ GTMOAuth2Authentication::tokenFetcherFor(const oauth2::TokenRequest& tokenReques
     URLRequest request(tokenURL_);
     request.httpMethod = QByteArrayLiteral("POST");
     request.headers.set(QByteArrayLiteral("Content-Type"), QByteArrayLiteral("application/x-www-form-urlencoded"));
+    // With 401, a token server asks for another client, and says in the body why (RFC 6749, section 5.2).
+    request.takesLogin = false;
     const auto fetcher = fetcherForOwnRequest(request);
     // Never queued: the fetchers that hold a host's places may be the ones that wait for this token.
     fetcher->setService(nullptr);

@@ -12,13 +12,17 @@ QString webSafeBase64(const QByteArray& bytes) {
     return QString::fromLatin1(bytes.toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals));
 }
 
-} // namespace
-
-QString makeCodeVerifier() {
+QString makeUnguessable() {
     std::array<quint32, 8> random{};
     QRandomGenerator::system()->fillRange(random.data(), random.size());
     return webSafeBase64(QByteArray(reinterpret_cast<const char*>(random.data()), sizeof(random)));
 }
+
+} // namespace
+
+QString makeCodeVerifier() { return makeUnguessable(); }
+
+QString makeState() { return makeUnguessable(); }
 
 QString codeChallengeForVerifier(const QString& verifier) {
     return webSafeBase64(QCryptographicHash::hash(verifier.toLatin1(), QCryptographicHash::Sha256));

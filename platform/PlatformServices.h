@@ -12,6 +12,7 @@
 #include "platform/Keyring.h"
 #include "platform/LoginItem.h"
 #include "platform/MoviePlayer.h"
+#include "platform/NetworkCost.h"
 #include "platform/Notifications.h"
 #include "platform/Opener.h"
 #include "platform/Pasteboard.h"
@@ -19,6 +20,7 @@
 #include "platform/ScreenshotQuery.h"
 #include "platform/SessionEnd.h"
 #include "platform/SingleInstance.h"
+#include "platform/SleepInhibitor.h"
 #include "platform/StatusItemHost.h"
 #include "platform/WebView.h"
 
@@ -54,6 +56,8 @@ struct PlatformServices {
     std::unique_ptr<ScreenshotQuery> screenshotQuery;
     std::unique_ptr<GlobalShortcuts> globalShortcuts;
     std::unique_ptr<LoginItem> loginItem;
+    std::unique_ptr<NetworkCost> networkCost;
+    std::unique_ptr<SleepInhibitor> sleepInhibitor;
     std::unique_ptr<SingleInstance> singleInstance;
     std::unique_ptr<SessionEnd> sessionEnd;
     std::unique_ptr<QObject> appearance; // keeps the program's palette like the desktop's

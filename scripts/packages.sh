@@ -20,6 +20,8 @@ packages_wayland="sway swaybg grim qt6-wayland pipewire wireplumber xdg-desktop-
 # What starts the login item, checks its entry, and changes the keyboard.
 packages_preferences="dex desktop-file-utils x11-xkb-utils libproxy1-plugin-gsettings"
 packages_test="$packages_build $packages_desktop $packages_capture $packages_preferences qt6-websockets-dev clang libclang-rt-dev openssl curl ca-certificates"
+# For scripts/oidc.sh, unless node and npm are there from elsewhere: some machines have a package of both in one.
+packages_node="nodejs npm"
 packages_bench="$packages_build $packages_desktop libbenchmark-dev openssl curl python3 valgrind chromium ffmpeg"
 packages_format="clang-format"
 

@@ -38,8 +38,9 @@ AccountSummary accountSummary(const GTLDriveAbout& about) {
         summary.displayName = user->displayName();
         summary.emailAddress = user->emailAddress();
     }
-    // Without a limit, the total means nothing.
-    const bool isLimited = about.quotaType() != QLatin1String("UNLIMITED");
+    // Without a limit, the total means nothing. Who says neither has none.
+    const QString type = about.quotaType();
+    const bool isLimited = type.isEmpty() ? about.quotaBytesTotal() > 0 : type != QLatin1String("UNLIMITED");
     const qint64 total = isLimited ? std::max<qint64>(about.quotaBytesTotal(), 0) : 0;
     summary.getBytesTotal = isLimited ? byteCountText(total) : QStringLiteral("unlimited storage");
     summary.getBytesUsed = QString::number(percentOf(bytesUsed(about), total)) + QLatin1Char('%');

@@ -6,6 +6,8 @@
 #include "oauth2/GTMOAuth2Authentication.h"
 #include "oauth2/GTMOAuth2SignIn.h"
 
+#include <QStringList>
+
 namespace quenby {
 namespace {
 
@@ -40,9 +42,19 @@ DriveConnection::makeFetcherService(const std::shared_ptr<FetchLogger>& logger,
     return service;
 }
 
+std::optional<DriveAccess> DriveConnection::accessIn(const QString& scope) const {
+    const QStringList granted = scope.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    if (granted.contains(endpoints_.driveScope))
+        return DriveAccess::everything;
+    if (granted.contains(endpoints_.driveFileScope))
+        return DriveAccess::ownFiles;
+    return std::nullopt;
+}
+
 std::shared_ptr<GTMOAuth2Authentication> DriveConnection::makeAuthentication() const {
+    const QString& scope = access_ == DriveAccess::ownFiles ? endpoints_.driveFileScope : endpoints_.driveScope;
     const auto authentication = GTMOAuth2SignIn::standardGoogleAuthenticationForScope(
-        endpoints_.driveScope, identity_.clientID, identity_.clientSecret, endpoints_, timeSource_);
+        scope, identity_.clientID, identity_.clientSecret, endpoints_, timeSource_);
     prepare(*authentication);
     return authentication;
 }

@@ -3,10 +3,12 @@
 #pragma once
 
 #include "app/account/ClientIdentity.h"
+#include "core/DriveAccess.h"
 #include "core/Endpoints.h"
 #include "core/TimeSource.h"
 
 #include <memory>
+#include <optional>
 
 namespace quenby {
 
@@ -27,6 +29,11 @@ public:
     // Of the authorizers to come; each keeps the one that it was made with to its end.
     const ClientIdentity& identity() const { return identity_; }
     void setIdentity(ClientIdentity identity) { identity_ = std::move(identity); }
+    // What they ask for; everything at first. A sign-in keeps what it was given.
+    DriveAccess access() const { return access_; }
+    void setAccess(DriveAccess access) { access_ = access; }
+    // What a sign-in was given, by the scope that came with it; absent: nothing of the Drive.
+    std::optional<DriveAccess> accessIn(const QString& scope) const;
     const std::shared_ptr<TimeSource>& timeSource() const { return timeSource_; }
     // Follows collections through all pages, and retries.
     const std::shared_ptr<GTLServiceDrive>& driveService() const { return driveService_; }
@@ -48,6 +55,7 @@ private:
 
     const Endpoints endpoints_;
     ClientIdentity identity_;
+    DriveAccess access_ = DriveAccess::everything;
     const std::shared_ptr<TimeSource> timeSource_;
     const std::shared_ptr<GTMHTTPFetcherService> accountFetcherService_;
     const std::shared_ptr<GTMHTTPFetcherService> pictureFetcherService_;

@@ -4,6 +4,7 @@
 #include "app/agent/CacheFolderNames.h"
 #include "app/agent/DefaultsTable.h"
 #include "app/agent/HandoverLines.h"
+#include "app/session/SignInAdvice.h"
 #include "driveapi/GTLServiceDrive.h"
 #include "http/GTMHTTPFetcherService.h"
 #include "workspace/window/AccountView.h"
@@ -46,9 +47,10 @@ void AppDelegate::becameSingleInstance(const Handover& handover) {
     if (const auto images = platform_.cacheFolders->create(cacheFolderName::images); !images)
         qCWarning(appLog, "%s", qPrintable(images.error().description()));
 
-    const PendingWork work = workFromHandover(handover);
-    openFromDocList_ = work.files + openFromDocList_;
-    heldUploads_ = work.uploads;
+    openFromDocList_ = filesFromHandover(handover) + openFromDocList_;
+    // From here on nobody else writes into it.
+    if (uploadJournal_)
+        uploads_.queue().setJournal(*uploadJournal_);
 
     loginAccess();
     platform_.statusItemHosts->start();
@@ -74,7 +76,7 @@ void AppDelegate::QuitClick() {
         session_.callToSignIn(tr("To quit Quenby, finish the sign-in or cancel it first."));
         return;
     }
-    if (!areCapturesNeeded()) {
+    if (!captures_.isRecording()) {
         Q_EMIT quitRequested();
         return;
     }
@@ -84,20 +86,16 @@ void AppDelegate::QuitClick() {
         return;
     }
     isQuitAskedInWindow_ = windowForAlerts() != nullptr;
-    quitQuestion_ =
-        platform_.alerts->show(windowForAlerts(),
-                               {tr("A capture is not finished yet"),
-                                tr("A screenshot or a recording is still being made, saved or uploaded. Quitting ends "
-                                   "that."),
-                                {},
-                                {tr("Quit"), tr("Cancel")}},
-                               this, [this](int button) {
-                                   if (button == 0)
-                                       Q_EMIT quitRequested();
-                               });
+    quitQuestion_ = platform_.alerts->show(windowForAlerts(),
+                                           {tr("A capture is not finished yet"),
+                                            tr("A recording is still being made or saved. Quitting ends that."),
+                                            {},
+                                            {tr("Quit"), tr("Cancel")}},
+                                           this, [this](int button) {
+                                               if (button == 0)
+                                                   Q_EMIT quitRequested();
+                                           });
 }
-
-bool AppDelegate::areCapturesNeeded() const { return captures_.areFilesNeeded(heldUploads_.all()); }
 
 void AppDelegate::applicationWillTerminate() {
     pages_.saveAllTabDetailsToDefaults();
@@ -105,7 +103,7 @@ void AppDelegate::applicationWillTerminate() {
     if (isSucceeded_ || !isLaunched_)
         return;
     // What is still on its way into the Drive, or into a movie, would be lost.
-    if (!areCapturesNeeded())
+    if (!captures_.areFilesNeeded())
         captures_.removeFiles();
     for (const QString& name : {cacheFolderName::images, cacheFolderName::copiedPictures})
         platform_.cacheFolders->remove(name);
@@ -113,8 +111,8 @@ void AppDelegate::applicationWillTerminate() {
 
 // What the next program is given is not finished here as well.
 Handover AppDelegate::handOver() {
-    holdUploads();
-    return handoverFromWork({openFromDocList_, heldUploads_});
+    uploads_.release();
+    return handoverFromFiles(openFromDocList_);
 }
 
 // --- The account ----------------------------------------------------------------------------------------------------
@@ -153,7 +151,8 @@ void AppDelegate::loginChecked(const MaybeError& keyringTrouble) {
         window_.welcomeView().showReady();
     }
     const auto goOn = [this, isAskedFor = !keyringTrouble] {
-        if (isAskedFor)
+        // Where there is something to choose first, the user begins it.
+        if (isAskedFor && !preferences_.access().isOffered())
             session_.makeLoginInGoogle(&window_);
         else
             captures_.showInterruptedRecordings();
@@ -193,24 +192,34 @@ void AppDelegate::Drive_Open() {
 
 void AppDelegate::accountFailed(const Error& error) {
     qCWarning(appLog, "An error occurred: %s", qPrintable(error.description()));
-    accountTrouble_ = tr("The Drive does not answer; Quenby goes on trying.");
+    const SignInAdvice advice = signInAdvice(error);
+    accountTrouble_ = advice.needsUser ? advice.sentence : tr("The Drive does not answer; Quenby goes on trying.");
     reopening_.failed();
     surroundings_.reviveDrive();
     setDisplayDataIfAvail();
 }
 
 void AppDelegate::signInEnded(const MaybeError& error) {
-    if (error)
-        window_.welcomeView().showTrouble(tr("The sign-in failed: ") + error->description());
-    else if (!session_.UserLogin())
+    if (error) {
+        qCWarning(appLog, "The sign-in failed: %s", qPrintable(error->description()));
+        isSignInRefused_ = true; // trying again means to sign in
+        window_.welcomeView().showTrouble(signInAdvice(*error).sentence);
+    } else if (!session_.UserLogin()) {
         window_.welcomeView().showReady();
+    }
     captures_.showInterruptedRecordings();
     refreshStatusItem();
 }
 
+// One that has begun asks for what was chosen before.
+void AppDelegate::beginSignInAnew() {
+    if (!session_.UserLogin() && session_.endSignIn())
+        session_.makeLoginInGoogle(&window_);
+}
+
 void AppDelegate::signInRefused() {
     isSignInRefused_ = true;
-    holdUploads();
+    uploads_.hold();
     pages_.suspend();
     leaveAccount();
     window_.welcomeView().showTrouble(
@@ -234,13 +243,16 @@ void AppDelegate::logoutUser() {
          {},
          {tr("Sign Out"), tr("Cancel")}},
         this, [this](int button) {
-            if (button == 0 && session_.UserLogin())
+            if (button != 0)
+                preferences_.keepFormerClient();
+            else if (session_.UserLogin())
                 logOut();
         });
 }
 
 void AppDelegate::logOut() {
     uploads_.cancelEverything();
+    uploads_.hold();
     pages_.closeAllTabs(); // before the cookies of their pages go
     session_.makeLogoutFromGoogle(this, [this] {
         if (!session_.UserLogin()) // somebody may have been faster than the keyring
@@ -264,6 +276,7 @@ void AppDelegate::leaveAccount() {
     pages_.setRootFolderId(details_.RootFolderId());
     reopening_.succeeded();
     accountTrouble_.clear();
+    window_.welcomeView().setOwnClient(preferences_.ownClient());
     window_.showWelcome();
     setDisplayDataIfAvail();
 }
@@ -292,48 +305,40 @@ void AppDelegate::setDisplayDataIfAvail() {
 // --- Files that wait ------------------------------------------------------------------------------------------------
 
 void AppDelegate::uploadPendingFiles() {
-    uploads_.resume(heldUploads_.take(account_));
+    uploads_.queue().setAccount(account_);
     if (!openFromDocList_.isEmpty())
         uploads_.UploadFilesToServer(std::exchange(openFromDocList_, {}));
     askAboutOtherAccounts();
 }
 
-void AppDelegate::holdUploads() {
-    heldUploads_.hold(account_, uploads_.remaining());
-    uploads_.cancelEverything();
-}
-
 void AppDelegate::askAboutOtherAccounts() {
-    const qsizetype count = heldUploads_.count();
-    if (count == 0 || otherAccountQuestion_.isPending())
+    const UploadQueue& queue = uploads_.queue();
+    const qsizetype count = queue.otherCount();
+    if (count == 0 || !session_.UserLogin() || otherAccountQuestion_.isPending() || othersKeptBeside_ == account_)
         return;
-    QStringList names = heldUploads_.accounts();
-    for (QString& name : names) {
-        if (name.isEmpty())
-            name = tr("an account that is not known");
-    }
     const QString files = count == 1 ? tr("One file was") : tr("%1 files were").arg(count);
     otherAccountQuestion_ = platform_.alerts->show(
         &window_,
         {tr("Uploads for another account"),
          files + tr(" on the way to the Drive of %1. Now %2 is signed in. Upload to this Drive instead?")
-                     .arg(names.join(tr(" and ")), account_),
+                     .arg(queue.otherAccounts().join(tr(" and ")), account_),
          {},
-         {tr("Upload Here"), tr("Don't Upload")}},
-        this, [this, asked = account_](int button) { otherAccountAnswered(asked, button == 0); });
+         {tr("Upload Here"), tr("Keep for Later"), tr("Don't Upload")}},
+        this, [this, asked = account_](int button) { otherAccountAnswered(asked, button); });
 }
 
-void AppDelegate::otherAccountAnswered(const QString& askedFor, bool isWanted) {
+void AppDelegate::otherAccountAnswered(const QString& askedFor, int button) {
     // Who is signed in may have changed in front of the question.
     if (!session_.UserLogin())
         return;
     if (account_ != askedFor)
         return askAboutOtherAccounts();
-    for (const QString& account : heldUploads_.accounts()) {
-        const QList<QByteArray> lines = heldUploads_.take(account);
-        if (isWanted)
-            uploads_.resume(lines);
-    }
+    if (button == 0)
+        uploads_.queue().adoptOthers();
+    else if (button == 2)
+        uploads_.queue().forgetOthers();
+    else
+        othersKeptBeside_ = account_; // until the next start they wait without another word
 }
 
 } // namespace quenby

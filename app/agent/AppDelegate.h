@@ -7,18 +7,19 @@
 #include "app/agent/AccountInputs.h"
 #include "app/agent/Captures.h"
 #include "app/agent/ChangesPopover.h"
-#include "app/agent/HeldUploads.h"
 #include "app/agent/Preferences.h"
 #include "app/agent/UploadListing.h"
 #include "app/changes/ChangeFeed.h"
 #include "app/changes/ChangeNotices.h"
 #include "app/pictures/FetchedPictures.h"
+#include "app/queuewindow/QueueWindow.h"
 #include "app/session/AccountDetails.h"
 #include "app/session/AccountSession.h"
 #include "app/session/Reopening.h"
 #include "app/statusitem/StatusItem.h"
 #include "app/statusitem/StatusMenus.h"
 #include "app/uploads/UploadPipeline.h"
+#include "app/uploads/journal/UploadJournal.h"
 #include "app/workspace/WorkspacePages.h"
 #include "platform/PlatformServices.h"
 #include "workspace/share/ShareWindows.h"
@@ -44,8 +45,9 @@ public:
         std::shared_ptr<HostReachability> reachability;
         // The local Drive may have died; does nothing for the provider's.
         std::function<void()> reviveDrive;
-        bool startsHidden = false; // the window stays closed as long as nothing has to be asked
-        QString placeDecidedBy{};  // see Preferences
+        bool startsHidden = false;  // the window stays closed as long as nothing has to be asked
+        QString placeDecidedBy{};   // see Preferences
+        QByteArray uploadJournal{}; // its file; empty: uploads are not kept
     };
 
     explicit AppDelegate(const Surroundings& surroundings);
@@ -92,8 +94,8 @@ private:
     void connectPages();
     void connectCaptures();
     void connectPreferences();
+    void connectSignInChoices();
     void countTransfers();
-    bool areCapturesNeeded() const;
 
     void becameSingleInstance(const Handover& handover);
     Handover handOver();
@@ -101,6 +103,7 @@ private:
     void loginChecked(const MaybeError& keyringTrouble);
     void becameSignedIn();
     void signInEnded(const MaybeError& error);
+    void beginSignInAnew();
     void signInRefused();
     void accountFailed(const Error& error);
     void logOut();
@@ -108,9 +111,8 @@ private:
     void setDisplayDataIfAvail();
 
     void uploadPendingFiles();
-    void holdUploads();
     void askAboutOtherAccounts();
-    void otherAccountAnswered(const QString& askedFor, bool isWanted);
+    void otherAccountAnswered(const QString& askedFor, int button);
 
     void carryOut(MenuCommand command);
     void bringWorkspaceToFront();
@@ -130,7 +132,10 @@ private:
     AccountSession session_;
     AccountDetails details_;
     Reopening reopening_;
+    std::unique_ptr<UploadJournal> uploadJournal_;
     UploadPipeline uploads_;
+    UploadRest uploadRest_;
+    QueueWindow queueWindow_;
     UploadRows uploadRows_;
     UploadListing uploadListing_;
     ShareWindows shareWindows_;
@@ -146,14 +151,14 @@ private:
     Preferences preferences_;
 
     QList<QByteArray> openFromDocList_; // wait for a sign-in
-    HeldUploads heldUploads_;
-    QString account_;        // whose the uploads are: who is signed in, or was last; see HeldUploads
-    QString accountTrouble_; // why there is nothing to tell of the account
+    QString account_;                   // whose the uploads are: who is signed in, or was last
+    QString othersKeptBeside_;          // the account beside which those of others were said to wait
+    QString accountTrouble_;            // why there is nothing to tell of the account
     bool isLaunched_ = false;
     bool isLoginChecked_ = false;
     bool isSucceeded_ = false;     // by a newer program
     QStringList earlyTroubles_;    // of the settings, before that
-    bool isSignInRefused_ = false; // the one in the keyring
+    bool isSignInRefused_ = false; // the one in the keyring, or a new one
     std::unique_ptr<Timer> keyringPatience_;
     bool isGaugeAwaited_ = true; // before the first page
     std::unique_ptr<Timer> gaugePatience_;

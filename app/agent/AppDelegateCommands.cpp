@@ -1,6 +1,7 @@
 // What the composition does when it is told to: the commands of the menus, and the windows that show what came of them.
 #include "app/account/DriveConnection.h"
 #include "app/agent/AppDelegate.h"
+#include "core/ResourceKey.h"
 
 namespace quenby {
 namespace {
@@ -28,6 +29,9 @@ void AppDelegate::carryOut(MenuCommand command) {
         return captures_.fetchLastFromClipBoard();
     case MenuCommand::recordScreen:
         return captures_.screenCastAction();
+    case MenuCommand::showUploads:
+        popover_.close();
+        return queueWindow_.open();
     case MenuCommand::preferences:
         popover_.close();
         return preferences_.OpenPreferenceWindow();
@@ -80,7 +84,8 @@ void AppDelegate::shareThisFile(const QString& identifier, const QString& name) 
         return;
     popover_.close();
     shareWindows_.setAccount(session_.webAccount());
-    shareWindows_.shareThisFile(session_.strSHARE() + identifier, name);
+    const QString address = session_.strSHARE() + identifier;
+    shareWindows_.shareThisFile(addressWithResourceKey(address, changeFeed_.resourceKeyOf(identifier)), name);
 }
 
 void AppDelegate::bringWorkspaceToFront() { window_.bringToFront(); }
@@ -95,7 +100,8 @@ bool AppDelegate::minimizeAllWindows() {
     const bool wereShareWindows = !shareWindows_.shareFileList().empty();
     shareWindows_.closeAll();
     const bool werePreferencesVisible = preferences_.minimizeWindow();
-    return wasPopoverVisible || wasWorkspaceVisible || wereShareWindows || werePreferencesVisible;
+    const bool wasQueueVisible = queueWindow_.minimize();
+    return wasPopoverVisible || wasWorkspaceVisible || wereShareWindows || werePreferencesVisible || wasQueueVisible;
 }
 
 // An alert of a window that is not there would not be there either.

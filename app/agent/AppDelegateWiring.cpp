@@ -17,7 +17,7 @@ namespace quenby {
 namespace {
 
 // Somebody who works offline for a while does not want to hear that an upload has failed.
-constexpr UploadLimits uploadLimits{.patience = std::chrono::hours(1)};
+constexpr UploadLimits uploadLimits{.patience = std::chrono::hours(1), .comesBack = true};
 
 } // namespace
 
@@ -30,11 +30,16 @@ AppDelegate::AppDelegate(const Surroundings& surroundings)
     , details_(surroundings.drive.driveService(), surroundings.drive.timeSource())
     , reopening_(surroundings.drive.endpoints().rpcURL.host(), surroundings.reachability,
                  surroundings.drive.timeSource())
+    , uploadJournal_(surroundings.uploadJournal.isEmpty() ? nullptr
+                                                          : std::make_unique<UploadJournal>(surroundings.uploadJournal))
     , uploads_(
           {[this] { return session_.UserLogin() ? surroundings_.drive.driveService() : nullptr; },
            surroundings.drive.timeSource(), *platform_.defaults, *platform_.notifications, *platform_.alerts,
            *platform_.filePanels, *platform_.pasteboard, *platform_.opener},
           [this] { return &window_; }, uploadLimits)
+    , uploadRest_(uploads_.queue(), *platform_.defaults, *platform_.networkCost, *platform_.sleepInhibitor)
+    , queueWindow_(
+          {uploads_.queue(), uploadRest_, *platform_.defaults, *platform_.fileBrowser, surroundings.drive.timeSource()})
     , uploadListing_(uploads_.queue(), uploadRows_)
     , shareWindows_(*platform_.webViews, surroundings.drive.timeSource())
     , pages_(window_, platform_, surroundings.drive.endpoints(), surroundings.drive.timeSource())
@@ -62,6 +67,7 @@ AppDelegate::AppDelegate(const Surroundings& surroundings)
     connectPages();
     connectCaptures();
     connectPreferences();
+    connectSignInChoices();
 }
 
 // The place where the status item stands still looks at it.
@@ -107,6 +113,14 @@ void AppDelegate::connectUploads() {
     connect(&uploads_, &UploadPipeline::statusItemRefreshWanted, this, &AppDelegate::refreshStatusItem);
     connect(&uploads_, &UploadPipeline::shareRequested, this, &AppDelegate::shareThisFile);
     connect(&uploads_, &UploadPipeline::RootFolderIdChanged, &details_, &AccountDetails::setRootFolderId);
+    connect(&queueWindow_, &QueueWindow::filesDropped, &uploads_, &UploadPipeline::UploadFilesToServer);
+    connect(&uploads_.queue(), &UploadQueue::wasRead, this, &AppDelegate::askAboutOtherAccounts);
+    if (uploadJournal_) {
+        connect(uploadJournal_.get(), &UploadJournal::troubled, this, [this](const Error& error) {
+            tell(tr("The list of uploads could not be kept"), error.detail(errorKey::reason).toString());
+        });
+    }
+    menus_.enable(MenuCommand::showUploads, true);
 }
 
 void AppDelegate::connectChanges() {
@@ -161,6 +175,8 @@ void AppDelegate::connectWindow() {
         statusItem_.redisplay();
     });
     connect(&window_.accountView(), &AccountView::uploadRequested, this, [this] { carryOut(MenuCommand::uploadFile); });
+    connect(&window_.accountView(), &AccountView::allUploadsRequested, this,
+            [this] { carryOut(MenuCommand::showUploads); });
     connectToolBar();
     connect(&window_.welcomeView(), &WelcomeView::signInRequested, this,
             [this] { session_.makeLoginInGoogle(&window_); });
@@ -220,12 +236,27 @@ void AppDelegate::connectPreferences() {
     connect(&preferences_, &Preferences::signInRequested, this, [this] { carryOut(MenuCommand::signIn); });
     // A sign-in as the former client would not be renewed any more after the next start.
     connect(&preferences_, &Preferences::clientChanged, this, [this] {
+        window_.welcomeView().setOwnClient(preferences_.ownClient());
         if (session_.UserLogin())
             logoutUser();
-        else if (session_.endSignIn())
-            session_.makeLoginInGoogle(&window_);
+        else
+            beginSignInAnew();
     });
+    connect(&preferences_, &Preferences::signInAgainRequested, this, &AppDelegate::logoutUser);
     menus_.enable(MenuCommand::preferences, true);
+}
+
+void AppDelegate::connectSignInChoices() {
+    WelcomeView& view = window_.welcomeView();
+    AccessChoice& access = preferences_.access();
+    view.setOffersAccess(access.isOffered());
+    view.setAccess(access.access());
+    connect(&view, &WelcomeView::accessChosen, &access, &AccessChoice::choose);
+    connect(&access, &AccessChoice::accessChanged, &view, &WelcomeView::setAccess);
+    connect(&access, &AccessChoice::accessChanged, this, &AppDelegate::beginSignInAnew);
+    view.setOffersOwnClient(preferences_.offersOwnClient());
+    view.setOwnClient(preferences_.ownClient());
+    connect(&view, &WelcomeView::ownClientRequested, this, [this] { preferences_.showOwnClient(&window_); });
 }
 
 void AppDelegate::countTransfers() {

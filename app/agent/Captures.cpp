@@ -19,13 +19,6 @@ const QStringList& foldersOfUploads() {
     return folders;
 }
 
-bool isAnyIn(const QByteArray& folder, const QList<QByteArray>& heldUploads) {
-    return std::any_of(heldUploads.begin(), heldUploads.end(), [below = QByteArray(folder + '/')](const auto& line) {
-        const auto request = requestFromLine(line);
-        return request && request->path.startsWith(below);
-    });
-}
-
 } // namespace
 
 Captures::Captures(PlatformServices& platform, UploadPipeline& uploads, const std::shared_ptr<TimeSource>& timeSource,
@@ -71,13 +64,12 @@ bool Captures::minimizeAllWindows() {
     return minimizeOtherWindows_() || wasReviewVisible;
 }
 
-bool Captures::areFilesNeeded(const QList<QByteArray>& heldUploads) const {
-    if (recordings_.isRecording() || recordings_.isSaving())
+bool Captures::areFilesNeeded() const {
+    if (isRecording())
         return true;
     const QStringList& folders = foldersOfUploads();
     return std::any_of(folders.begin(), folders.end(), [&](const QString& name) {
-        const QByteArray folder = QFile::encodeName(platform_.cacheFolders->path(name));
-        return uploads_.isAnyIn(folder) || isAnyIn(folder, heldUploads);
+        return uploads_.queue().isAnyIn(QFile::encodeName(platform_.cacheFolders->path(name)));
     });
 }
 

@@ -44,9 +44,11 @@ public:
     void fetchLastFromClipBoard() { clipboard_.fetchLastFromClipBoard(); }
     void screenCastAction() { recordings_.startRecordingSelf(); }
 
+    // Or saving what was recorded.
+    bool isRecording() const { return recordings_.isRecording() || recordings_.isSaving(); }
     // Whether something would be lost with the folders of captured files: a recording that runs or is being saved, an
-    // upload, among them those that wait elsewhere (lines of the upload pipeline).
-    bool areFilesNeeded(const QList<QByteArray>& heldUploads) const;
+    // upload that is not over.
+    bool areFilesNeeded() const;
     // At the end of the program, when they are not. Recordings that nobody was shown stay.
     void removeFiles();
 

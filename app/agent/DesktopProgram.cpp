@@ -10,6 +10,7 @@
 #include "app/cli/LocalDriveLauncher.h"
 #include "app/cli/Options.h"
 #include "app/statusitem/ApplicationIcon.h"
+#include "core/DefaultsKeys.h"
 #include "core/Endpoints.h"
 #include "driveapi/GTLServiceDrive.h"
 #include "http/FetchLog.h"
@@ -26,6 +27,9 @@
 
 namespace quenby {
 namespace {
+
+// A value of the setting apiRoad.
+const QString roadOfResources = QStringLiteral("rest");
 
 bool hasDisplay() {
     return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
@@ -91,8 +95,12 @@ private:
         if (!options_.httpLog.isEmpty())
             log = std::make_shared<FetchLog>(QFile::decodeName(options_.httpLog), QStringLiteral("quenby"),
                                              FetchLog::loggingDateStamp(timeSource_->now().toLocalTime()));
+        if (platform_.defaults->valueForKey(defaultsKey::apiRoad).toString() == roadOfResources)
+            endpoints.road = APIRoad::rest;
         drive_ = std::make_unique<DriveConnection>(std::move(endpoints), std::move(identity), timeSource_,
                                                    std::move(log), proxies_.source());
+        QObject::connect(drive_->driveService().get(), &GTLService::roadChanged, &context_,
+                         [this] { platform_.defaults->setValueForKey(defaultsKey::apiRoad, roadOfResources); });
         // Whoever has the patience for an upload takes it up again; waiting inside of a request would only hide it.
         drive_->driveService()->ticketSettings().maxRetryInterval = 4;
         delegate_ = std::make_unique<AppDelegate>(AppDelegate::Surroundings{
@@ -103,7 +111,8 @@ private:
             },
             options_.hidden,
             placeNamed(options_.statusItemPlace) ? QObject::tr("It was chosen on the command line, with --status-item.")
-                                                 : QString()});
+                                                 : QString(),
+            stateFolder() + (options_.local ? "/uploads-local.sqlite" : "/uploads.sqlite")});
         AppDelegate& delegate = *delegate_;
         if (launcher_)
             QObject::connect(launcher_.get(), &LocalDriveLauncher::revived, &delegate, [&delegate] {

@@ -4,35 +4,23 @@ namespace quenby {
 namespace {
 
 constexpr QByteArrayView filePrefix = "file ";
-constexpr QByteArrayView accountPrefix = "account "; // whose the uploads after it are
-constexpr QByteArrayView uploadPrefix = "upload ";
 
 } // namespace
 
-Handover handoverFromWork(const PendingWork& work) {
+Handover handoverFromFiles(const QList<QByteArray>& files) {
     Handover handover;
-    for (const QByteArray& path : work.files)
+    for (const QByteArray& path : files)
         handover.append(filePrefix.toByteArray() + path);
-    for (const QString& account : work.uploads.accounts()) {
-        handover.append(accountPrefix.toByteArray() + account.toUtf8());
-        for (const QByteArray& line : work.uploads.of(account))
-            handover.append(uploadPrefix.toByteArray() + line);
-    }
     return handover;
 }
 
-PendingWork workFromHandover(const Handover& handover) {
-    PendingWork work;
-    QString account;
+QList<QByteArray> filesFromHandover(const Handover& handover) {
+    QList<QByteArray> files;
     for (const QByteArray& entry : handover) {
         if (entry.startsWith(filePrefix))
-            work.files.append(entry.mid(filePrefix.size()));
-        else if (entry.startsWith(accountPrefix))
-            account = QString::fromUtf8(entry.mid(accountPrefix.size()));
-        else if (entry.startsWith(uploadPrefix))
-            work.uploads.hold(account, {entry.mid(uploadPrefix.size())});
+            files.append(entry.mid(filePrefix.size()));
     }
-    return work;
+    return files;
 }
 
 } // namespace quenby

@@ -1,18 +1,17 @@
-// What an ending program leaves to the next, as it travels between them.
+// What an ending program leaves to the next, as it travels between them. Its uploads are not among it: they stand in
+// the journal, which the next one reads.
 #pragma once
 
-#include "app/agent/HeldUploads.h"
 #include "platform/SingleInstance.h"
+
+#include <QByteArray>
+#include <QList>
 
 namespace quenby {
 
-struct PendingWork {
-    QList<QByteArray> files; // paths that were handed to the program and wait for a sign-in
-    HeldUploads uploads;
-};
-
-Handover handoverFromWork(const PendingWork& work);
+// Paths of files that were handed to the program and wait for a sign-in.
+Handover handoverFromFiles(const QList<QByteArray>& files);
 // Whatever has another form is left out: the other program may be of another version.
-PendingWork workFromHandover(const Handover& handover);
+QList<QByteArray> filesFromHandover(const Handover& handover);
 
 } // namespace quenby

@@ -6,6 +6,7 @@
 #include "app/session/AccountDetails.h"
 #include "app/session/AccountSession.h"
 #include "platform/PlatformServices.h"
+#include "preferences/account/OwnClientDialog.h"
 #include "preferences/window/PreferenceWindowController.h"
 
 namespace quenby {
@@ -19,6 +20,7 @@ Preferences::Preferences(const Surroundings& surroundings)
                  surroundings.placeDecidedBy.isEmpty() ? StatusItemPlaceSetting::DecidedBy::setting
                                                        : StatusItemPlaceSetting::DecidedBy::commandLine)
     , client_(surroundings.drive, surroundings.session, *platform_.defaults)
+    , access_(surroundings.drive, *platform_.defaults)
     , picture_(surroundings.drive, surroundings.details)
     , diagnostics_({surroundings.platform, surroundings.drive, surroundings.session, surroundings.details,
                     programVersion() + QStringLiteral(" (") + programBuild() + QLatin1Char(')')}) {
@@ -53,6 +55,7 @@ void Preferences::connectWindow() {
     PreferenceWindowController* const window = preference_.get();
     connect(window, &PreferenceWindowController::logoutUser, this, &Preferences::logoutUser);
     connect(window, &PreferenceWindowController::signInRequested, this, &Preferences::signInRequested);
+    connect(window, &PreferenceWindowController::signInAgainRequested, this, &Preferences::signInAgainRequested);
     connect(window, &PreferenceWindowController::copyDiagnosticsRequested, this, &Preferences::copyDiagnostics);
 }
 
@@ -63,10 +66,27 @@ bool Preferences::minimizeWindow() {
     return true;
 }
 
+void Preferences::leaveAccount() {
+    picture_.clear();
+    client_.take();
+}
+
+void Preferences::showOwnClient(QWidget* window) {
+    if (!ownClientSheet_) {
+        ownClientSheet_ = new OwnClientDialog(client_, *platform_.filePanels, *platform_.opener, window);
+        ownClientSheet_->setAttribute(Qt::WA_DeleteOnClose);
+        ownClientSheet_->open();
+    }
+    ownClientSheet_->raise();
+    ownClientSheet_->activateWindow();
+}
+
 void Preferences::setAccount(const AccountDisplay& account) {
     if (!preference_)
         return;
     preference_->setAccount(account, surroundings_.session.UserLogin());
+    if (access_.isOffered())
+        preference_->setAccess(surroundings_.drive.accessIn(surroundings_.session.grantedScope()));
     if (preference_->isVisible())
         picture_.fetch(); // also that of whoever signed in while the window was open
     showAccountDetails();

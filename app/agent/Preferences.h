@@ -5,6 +5,7 @@
 #pragma once
 
 #include "app/diagnostics/Diagnostics.h"
+#include "app/preferences/AccessChoice.h"
 #include "app/preferences/AccountPicture.h"
 #include "app/preferences/ClientChoice.h"
 #include "app/preferences/LoginItemSwitch.h"
@@ -14,6 +15,7 @@
 
 #include <QIcon>
 #include <QObject>
+#include <QPointer>
 
 #include <memory>
 
@@ -24,6 +26,7 @@ namespace quenby {
 class AccountDetails;
 class AccountSession;
 class DriveConnection;
+class OwnClientDialog;
 class PreferenceWindowController;
 struct PlatformServices;
 
@@ -51,10 +54,20 @@ public:
     // Whether there was one to be seen.
     bool minimizeWindow();
 
-    // Signed out: what is known of the user is forgotten.
-    void leaveAccount() { picture_.clear(); }
+    // Signed out: what is known of the user is forgotten, and the next sign-in is as the client that was chosen.
+    void leaveAccount();
     // Who is signed in, or why nobody is.
     void setAccount(const AccountDisplay& account);
+
+    // How much of the Drive the next sign-in asks for.
+    AccessChoice& access() { return access_; }
+    // Whether the next sign-in may be as a client of the user's own, and its identifier; empty: the program's.
+    bool offersOwnClient() const { return client_.decidedElsewhere().isEmpty(); }
+    QString ownClient() const { return client_.isProgramsOwn() ? QString() : client_.clientID(); }
+    // The way to one, as a sheet of that window. Once at a time.
+    void showOwnClient(QWidget* window);
+    // Another client was chosen, but whoever is signed in stays so.
+    void keepFormerClient() { client_.keepFormer(); }
 
 Q_SIGNALS:
     // The global shortcut.
@@ -63,7 +76,9 @@ Q_SIGNALS:
     void accountDataWanted();
     void logoutUser();
     void signInRequested();
-    // Another client was chosen: who is signed in is so as the former one.
+    // By somebody who is signed in, with other access.
+    void signInAgainRequested();
+    // Another client was chosen: who is signed in is so as the former one, until leaveAccount() or keepFormerClient().
     void clientChanged();
 
 private:
@@ -78,10 +93,12 @@ private:
     LoginItemSwitch loginItem_;
     StatusItemPlaceSetting itemPlace_;
     ClientChoice client_;
+    AccessChoice access_;
     AccountPicture picture_;
     Diagnostics diagnostics_;
     CompletionTicket diagnosticsTicket_;
     std::unique_ptr<PreferenceWindowController> preference_; // from the first opening on
+    QPointer<OwnClientDialog> ownClientSheet_;
 };
 
 } // namespace quenby

@@ -18,17 +18,21 @@ UploadListing::UploadListing(const UploadQueue& queue, UploadRows& rows)
     connect(&queue, &UploadQueue::started, this, &UploadListing::started);
     connect(&queue, &UploadQueue::progressed, this, &UploadListing::progressed);
     connect(&queue, &UploadQueue::troubled, this, &UploadListing::troubled);
-    connect(&queue, &UploadQueue::finished, this, [this](const UploadRequest& request) {
-        shownPercent_.erase(request.number);
-        rows_.remove(request.number);
-    });
-    connect(&queue, &UploadQueue::cancelled, this, [this] {
-        for (const auto& [number, percent] : shownPercent_)
-            rows_.remove(number);
-        shownPercent_.clear();
+    connect(&queue, &UploadQueue::finished, this, [this](const UploadRequest& request) { remove(request.number); });
+    connect(&queue, &UploadQueue::removed, this, &UploadListing::remove);
+    // Interrupted: it waits, or the user has to decide something.
+    connect(&queue, &UploadQueue::changed, this, [this](qint64 number) {
+        const QueuedUpload* upload = queue_.find(number);
+        if (upload && upload->state != UploadState::running)
+            remove(number);
     });
     connect(&queue, &UploadQueue::waitingCountChanged, this,
             [this] { rows_.setWaiting(static_cast<int>(queue_.waitingCount())); });
+}
+
+void UploadListing::remove(qint64 number) {
+    if (shownPercent_.erase(number) > 0)
+        rows_.remove(number);
 }
 
 void UploadListing::started(const UploadRequest& request) {

@@ -19,6 +19,7 @@ public:
     UploadListing(const UploadQueue& queue, UploadRows& rows);
 
 private:
+    void remove(qint64 number);
     void started(const UploadRequest& request);
     void progressed(const UploadRequest& request, qint64 sent, qint64 total);
     void troubled(const UploadRequest& request, const Error& error);

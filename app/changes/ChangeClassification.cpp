@@ -1,6 +1,7 @@
 #include "app/changes/ChangeClassification.h"
 
 #include "app/changes/ChangesLog.h"
+#include "core/ResourceKey.h"
 
 #include <algorithm>
 
@@ -96,8 +97,9 @@ ChangeRecord getDataDic(const FeedChange& change, const QString& strSHARE) {
     record.iconLink = change.file->iconLink;
     record.thumbnailLink = change.file->thumbnailLink.isEmpty() ? change.file->iconLink : change.file->thumbnailLink;
     record.mimeType = change.file->mimeType;
+    record.resourceKey = change.file->resourceKey;
     if (!change.file->isTrashed && !record.identifier.isEmpty() && !strSHARE.isEmpty())
-        record.share = strSHARE + record.identifier;
+        record.share = addressWithResourceKey(strSHARE + record.identifier, record.resourceKey);
     return record;
 }
 

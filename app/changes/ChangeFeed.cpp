@@ -2,6 +2,7 @@
 
 #include "app/changes/FeedAnswerReader.h"
 #include "app/changes/FeedPages.h"
+#include "app/changes/RefusedPlace.h"
 #include "core/DefaultsKeys.h"
 #include "driveapi/GTLDriveChange.h"
 #include "driveapi/GTLQueryDrive.h"
@@ -19,12 +20,15 @@ constexpr auto pollInterval = 30s;
 // The most that the server puts on a page. An account's whole feed has to fit into the pages that are followed.
 constexpr qint64 changesPerPage = 1000;
 
-std::shared_ptr<GTLQueryDrive> pollQuery(qint64 maxFileChangeId) {
+std::shared_ptr<GTLQueryDrive> pollQuery(const ChangeStore& store) {
     auto query = GTLQueryDrive::queryForChangesList();
-    if (maxFileChangeId == 0)
+    // A page token is good for the query that it came from.
+    if (store.isNextPollFirst() || store.isFirstPollCutOff)
         query->setIncludeDeleted(false);
-    else
-        query->setStartChangeId(maxFileChangeId + 1);
+    if (store.maxFileChangeId > 0)
+        query->setStartChangeId(store.maxFileChangeId + 1);
+    else if (!store.startPageToken.isEmpty())
+        query->setPageToken(store.startPageToken);
     query->setMaxResults(changesPerPage);
     query->setFields(feedAnswerFields());
     return query;
@@ -66,11 +70,19 @@ void ChangeFeed::addUploaded(const QString& identifier) {
     uploadedMeanwhile_.insert(identifier);
 }
 
+QString ChangeFeed::resourceKeyOf(const QString& identifier) const {
+    for (const ChangeRecord& record : store_.DriveChangeInfoAPI) {
+        if (record.identifier == identifier)
+            return record.resourceKey;
+    }
+    return {};
+}
+
 void ChangeFeed::poll() {
     giveUpPoll();
     pages_ = std::make_unique<FeedPages>(driveService_->parseQueue());
     ticket_ = driveService_->executeQuery(
-        pollQuery(store_.maxFileChangeId), this,
+        pollQuery(store_), this,
         [this, number = number_](const GTLServiceTicketPtr& ticket, const GTLObjectPtr&, const MaybeError& error) {
             if (number == number_)
                 answered(*ticket, error);
@@ -96,6 +108,9 @@ void ChangeFeed::answered(const GTLServiceTicket& ticket, const MaybeError& erro
                                         .notificationDisplay =
                                             defaults_.boolForKey(defaultsKey::notificationDisplay, true)};
     const std::unique_ptr<FeedPages> pages = std::move(pages_);
+    // What is given up after a failure, the number or the token, is what may have been refused.
+    if (error && store_.maxFileChangeId > 0 && isPlaceRefused(*error))
+        store_.areNumbersRefused = true;
     if (error || !pages || pages->isEmpty())
         return completed(pollCompleted(store_, std::nullopt, surroundings));
     const CompletionGate<PolledStore> gate(this, [this](PolledStore polled) {

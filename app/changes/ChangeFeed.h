@@ -1,7 +1,9 @@
 // Polls the Drive's change list while somebody is signed in, each poll 30 seconds after the one before was answered,
 // and keeps the store of the latest changes.
 //
-// A failed poll is repeated like any other, 30 seconds later; nobody is told of it.
+// A poll begins behind the last change of the answer before, by its number, or by a page token where the service gives
+// changes no numbers. A failed poll is repeated like any other, 30 seconds later, and from the beginning; nobody is
+// told of it. A service that refuses the numbers is followed by tokens from then on.
 //
 // Threads: the main thread; answers are taken apart on the Drive service's parse queue. What it is given outlives it.
 #pragma once
@@ -43,6 +45,8 @@ public:
     void addUploaded(const QString& identifier);
 
     const QList<ChangeRecord>& DriveChangeInfoAPI() const { return store_.DriveChangeInfoAPI; }
+    // Of a file in the list; empty for every other.
+    QString resourceKeyOf(const QString& identifier) const;
     // No first answer yet, and one is on its way, or will be asked for again.
     bool isFetchingFirst() const { return isPolling_ && !isAnswered_; }
 

@@ -113,6 +113,17 @@ QList<ChangeNotice> notificationifNeeded(ChangeStore& store, const Records& happ
     return notices;
 }
 
+// The numbers are followed wherever there are any.
+void keepPlace(ChangeStore& store, const std::optional<FeedAnswer>& answer) {
+    const QString token = answer ? answer->nextPageToken : QString();
+    const qint64 largest = answer ? std::max<qint64>(answer->largestChangeId, 0) : 0;
+    const bool goesOnWithFirst = store.isNextPollFirst() || store.isFirstPollCutOff;
+    const bool goesByToken = !token.isEmpty() && (largest == 0 || store.areNumbersRefused);
+    store.isFirstPollCutOff = goesByToken && answer->isCutOff && goesOnWithFirst;
+    store.startPageToken = goesByToken ? token : QString();
+    store.maxFileChangeId = goesByToken ? 0 : largest;
+}
+
 } // namespace
 
 PolledStore pollCompleted(ChangeStore store, const std::optional<FeedAnswer>& answer,
@@ -121,14 +132,14 @@ PolledStore pollCompleted(ChangeStore store, const std::optional<FeedAnswer>& an
     Records happened;
     if (!answer || answer->items.isEmpty()) {
         qCDebug(changesLog, "no changes detect in last 30 seconds");
-    } else if (store.maxFileChangeId == 0) {
+    } else if (store.isNextPollFirst()) {
         happened = rebuild(store, latestChanges(answer->items), surroundings.strSHARE);
     } else {
         for (const FeedChange* change : latestChanges(answer->items))
             classify(store, *change, surroundings.strSHARE);
         happened = store.DriveChangeInfoAPI;
     }
-    store.maxFileChangeId = answer ? std::max<qint64>(answer->largestChangeId, 0) : 0;
+    keepPlace(store, answer);
     const auto notices = notificationifNeeded(store, happened, before, surroundings.notificationDisplay);
     store.dateCheckList = surroundings.now;
     const bool hasNews = store.DriveChangeInfoAPI != before;

@@ -19,9 +19,15 @@ inline constexpr qsizetype mostRecordsOfFirstPoll = 15;
 struct ChangeStore {
     QList<ChangeRecord> DriveChangeInfoAPI;    // newest first, at most 16, at most one summary of deletions
     QSet<QString> trashFileList;               // identifiers of files known to be in the trash
-    qint64 maxFileChangeId = 0;                // of the last answer; 0: the next poll is a first one
+    qint64 maxFileChangeId = 0;                // of the last answer; 0: there is none
+    QString startPageToken;                    // where the next poll begins, when changes have no numbers
+    bool isFirstPollCutOff = false;            // the token goes on with a first poll's answer
+    bool areNumbersRefused = false;            // as the place to begin at: by the service
     QDateTime dateCheckList;                   // when the poll before finished; what is newer is notified
     QSet<QString> listNotificationDontDisplay; // identifiers of files that this process uploaded: each once
+
+    // Nobody knows where the answer before ended.
+    bool isNextPollFirst() const { return maxFileChangeId == 0 && startPageToken.isEmpty(); }
 };
 
 // One change of the answer, as far as it is looked at. Any of it may be missing: a text is empty then, a date invalid.
@@ -32,6 +38,7 @@ struct FeedChange {
         QString mimeType;
         QString iconLink;
         QString thumbnailLink;
+        QString resourceKey;
         QDateTime createdDate;
         QDateTime modifiedDate;
         bool isTrashed = false;
@@ -42,8 +49,10 @@ struct FeedChange {
 };
 
 struct FeedAnswer {
-    QList<FeedChange> items; // as the server listed them: of two changes of one moment, the later one follows
-    qint64 largestChangeId = 0;
+    QList<FeedChange> items;    // as the server listed them: of two changes of one moment, the later one follows
+    qint64 largestChangeId = 0; // absent where changes have no numbers
+    QString nextPageToken = {}; // of what follows the last page
+    bool isCutOff = false;      // there were more pages than are followed
 };
 
 struct FeedSurroundings {

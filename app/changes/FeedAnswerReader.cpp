@@ -18,6 +18,7 @@ FeedChange::File readFile(const GTLDriveFile& file) {
             .mimeType = file.mimeType(),
             .iconLink = file.iconLink(),
             .thumbnailLink = file.thumbnailLink(),
+            .resourceKey = file.resourceKey(),
             .createdDate = instantOf(file.createdDate()),
             .modifiedDate = instantOf(file.modifiedDate()),
             .isTrashed = labels && labels->trashed()};
@@ -35,12 +36,16 @@ FeedChange readChange(const GTLDriveChange& change) {
 
 QString feedAnswerFields() {
     return QStringLiteral("items(fileId,deleted,modificationDate,file(id,title,mimeType,iconLink,thumbnailLink,"
-                          "createdDate,modifiedDate,labels/trashed)),largestChangeId,nextPageToken");
+                          "resourceKey,createdDate,modifiedDate,labels/trashed)),largestChangeId,nextPageToken,"
+                          "newStartPageToken");
 }
 
 FeedAnswer feedAnswer(const GTLDriveChangeList& list) {
     FeedAnswer answer;
     answer.largestChangeId = list.largestChangeId();
+    // A feed of more pages than are followed at once goes on with the next poll.
+    answer.isCutOff = list.newStartPageToken().isEmpty() && !list.nextPageToken().isEmpty();
+    answer.nextPageToken = answer.isCutOff ? list.nextPageToken() : list.newStartPageToken();
     const auto items = list.items();
     if (!items)
         return answer;

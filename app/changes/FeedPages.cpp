@@ -25,6 +25,8 @@ FeedAnswer joined(std::vector<FeedAnswer> pages) {
     for (FeedAnswer& page : pages) {
         whole.items += std::move(page.items);
         whole.largestChangeId = page.largestChangeId; // the last one knows
+        whole.nextPageToken = page.nextPageToken;
+        whole.isCutOff = page.isCutOff;
     }
     return whole;
 }

@@ -6,6 +6,8 @@
 #include "core/TimeSource.h"
 #include "driveapi/GTLServiceTypes.h"
 
+#include <QDateTime>
+
 #include <memory>
 
 namespace quenby {
@@ -31,6 +33,9 @@ public:
 private:
     void poll();
     void polled(const GTLObjectPtr& object, const MaybeError& error);
+    bool beginsAnewAfter(const Error& error);
+    void keepPlace(const GTLDriveChangeList& changes);
+    bool wasListed(const GTLDriveChange& change) const;
     void list(const GTLDriveChangeList& changes);
     void tell(const GTLDriveChange& change, ChangeKinds::Status status);
 
@@ -39,7 +44,12 @@ private:
     const Settings settings_;
     GTLServiceTicketPtr ticket_;
     std::unique_ptr<Timer> timer_;
-    qint64 largestChangeId_ = 0; // 0: nothing was listed yet
+    // Where the next look begins: behind a number, or at a token where changes have none. Neither: at the beginning.
+    qint64 largestChangeId_ = 0;
+    QString startPageToken_;
+    bool areNumbersRefused_ = false;
+    QDateTime latest_;          // of the changes that were listed
+    bool isListedAnew_ = false; // the list begins at its beginning, though it was listed before
     ChangeKinds kinds_;
 };
 

@@ -15,8 +15,8 @@ MaybeError forTheTerminal(KeychainRead outcome, const MaybeError& error, const K
     case KeychainRead::authorized:
         return std::nullopt;
     case KeychainRead::notStored:
-        return because(QStringLiteral("nobody is signed in; start Quenby and sign in there, or use --local, the Drive "
-                                      "on this computer"));
+        return because(QStringLiteral("nobody is signed in; start Quenby and sign in there, or with \"quenby signin\", "
+                                      "or use --local, the Drive on this computer"));
     case KeychainRead::notOurs:
         return because(QStringLiteral("the kept sign-in can't be read any more; start Quenby and sign in again"));
     case KeychainRead::unavailable:
@@ -42,10 +42,10 @@ KeptSignIn::KeptSignIn(AccountStorage storage, const Endpoints& endpoints, std::
 
 void KeptSignIn::restore(const std::shared_ptr<GTMOAuth2Authentication>& authentication, QObject* context,
                          Restored restored) {
-    const CompletionGate<const MaybeError&> gate(context, std::move(restored));
+    const CompletionGate<KeychainRead, const MaybeError&> gate(context, std::move(restored));
     keychain_.authorizeFromKeychainForName(name_, authentication, this,
                                            [this, gate](KeychainRead outcome, const MaybeError& error) {
-                                               gate.deliver(forTheTerminal(outcome, error, *storage_.keyring));
+                                               gate.deliver(outcome, forTheTerminal(outcome, error, *storage_.keyring));
                                            });
 }
 

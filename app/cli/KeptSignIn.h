@@ -1,4 +1,4 @@
-// The sign-in that the desktop program keeps in the keyring, for a command that has no window to sign in with.
+// The sign-in that the desktop program keeps in the keyring, for commands.
 //
 // Threads: the main thread; nothing blocks. A locked keyring is waited for while the desktop asks the user for its
 // password.
@@ -21,7 +21,7 @@ class KeptSignIn : public QObject {
     Q_OBJECT
 
 public:
-    using Restored = std::function<void(const MaybeError& error)>;
+    using Restored = std::function<void(KeychainRead outcome, const MaybeError& error)>;
 
     KeptSignIn(AccountStorage storage, const Endpoints& endpoints, std::shared_ptr<TimeSource> timeSource);
 
@@ -29,7 +29,9 @@ public:
     const Defaults& defaults() const { return *storage_.defaults; }
     // The client that the sign-in was made with.
     ClientIdentity identity() const { return ClientIdentity::chosen(*storage_.defaults); }
-    // Reads it into the authorizer. The error says what to do.
+    // Why nothing can be kept, for people; empty when it can.
+    QString unavailableBecause() const { return storage_.keyring->unavailableBecause(); }
+    // Reads it into the authorizer. The error says what to do; there is none exactly for KeychainRead::authorized.
     void restore(const std::shared_ptr<GTMOAuth2Authentication>& authentication, QObject* context, Restored restored);
     // Replaces it by the authorizer's.
     void keep(const GTMOAuth2Authentication& authentication);

@@ -22,7 +22,7 @@ struct VerbRule {
 };
 
 constexpr std::array verbRules{
-    VerbRule{Verb::signin, "signin", "", "sign in, and keep the sign-in for the other verbs"},
+    VerbRule{Verb::signin, "signin", "", "sign in by the browser, and keep the sign-in for the other verbs"},
     VerbRule{Verb::about, "about", "", "show whose Drive it is and how much of it is used"},
     VerbRule{Verb::upload, "upload", "FILE...", "upload files; of a folder, the files in it but not in its folders"},
     VerbRule{Verb::changes, "changes", "", "list what changed in the Drive, the newest last"},

@@ -13,19 +13,13 @@ namespace quenby {
 Program::Program(Console& console, Options options, std::function<AccountStorage()> storage)
     : console_(console)
     , options_(std::move(options))
-    , session_(console_, {options_.local, options_.localData, options_.httpLog},
+    , session_(console_, {options_.local, options_.localData, options_.httpLog, options_.verb == Verb::signin},
                {Endpoints::provider(), std::move(storage)}, makeSystemTimeSource())
     , signals_({{SIGINT, true}, {SIGTERM, true}}, [this](int number) { end(exitCode::signalBase + number); }) {}
 
 Program::~Program() = default;
 
 int Program::run() {
-    if (options_.verb == Verb::signin && !options_.local) {
-        console_.error(Error(commandLineErrorDomain, exitCode::failed,
-                             {{errorKey::reason, QStringLiteral("signing in needs the desktop program's window; start "
-                                                                "Quenby and sign in there")}}));
-        return exitCode::failed;
-    }
     session_.open(&session_, [this](const MaybeError& error) {
         if (error) {
             console_.error(*error);

@@ -4,9 +4,11 @@
 #include "app/account/LocalSignInPage.h"
 #include "app/account/ProxySetting.h"
 #include "app/cli/Console.h"
+#include "app/cli/ConsoleOpener.h"
 #include "app/cli/Folders.h"
 #include "app/cli/KeptSignIn.h"
 #include "http/FetchLog.h"
+#include "oauth2/browser/BrowserSignIn.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -60,8 +62,11 @@ void Session::openKept() {
     compose(provider_.endpoints, kept_->identity());
     keyringPatience_ = timeSource_->startTimer(
         keyringPatience, [this] { console_.remark(QStringLiteral("waiting for the keyring; is it locked?")); });
-    kept_->restore(authentication_, this, [this](const MaybeError& error) {
+    kept_->restore(authentication_, this, [this](KeychainRead outcome, const MaybeError& error) {
         keyringPatience_.reset();
+        const bool onlySignInHelps = outcome == KeychainRead::notStored || outcome == KeychainRead::notOurs;
+        if (onlySignInHelps && settings_.signsIn)
+            return signInByBrowser();
         if (error)
             return opened_.deliver(error);
         keptToken_ = authentication_->refreshToken();
@@ -98,7 +103,7 @@ void Session::startWithoutSignIn() {
     authentication_ = connection_->makeAuthentication();
     connect(authentication_.get(), &GTMOAuth2Authentication::notification, this, [this](const QString& name) {
         // A sign-in under way is kept when it is complete; one that is just being read need not be.
-        if (name == kGTMOAuth2RefreshTokenChanged && !signInPage_ && !keyringPatience_ &&
+        if (name == kGTMOAuth2RefreshTokenChanged && !signInPage_ && !browserSignIn_ && !keyringPatience_ &&
             authentication_->refreshToken() != keptToken_)
             keepSignIn();
     });
@@ -124,6 +129,8 @@ void Session::checkSignIn() {
                 return opened_.deliver(MaybeError());
             if (authentication_->lastRefreshFailure() != RefreshFailure::refused)
                 return opened_.deliver(error);
+            if (kept_ && settings_.signsIn)
+                return signInByBrowser();
             if (kept_)
                 return opened_.deliver(MaybeError(error->withDetail(
                     errorKey::reason, QStringLiteral("the Drive no longer accepts the sign-in; start Quenby and sign "
@@ -139,6 +146,23 @@ void Session::signIn() {
                                                     timeSource_);
     signInPage_->signIn(this, [this](const MaybeError& error) {
         signInPage_.reset();
+        if (!error)
+            keepSignIn();
+        opened_.deliver(error);
+    });
+}
+
+void Session::signInByBrowser() {
+    // Whoever signs in would have to do it again for every command.
+    if (const QString reason = kept_->unavailableBecause(); !reason.isEmpty())
+        return opened_.deliver(MaybeError(Error(keyringErrorDomain, static_cast<qint64>(KeyringErrorCode::unavailable),
+                                                {{errorKey::reason, reason}})));
+    startWithoutSignIn();
+    opener_ = std::make_unique<ConsoleOpener>(console_);
+    browserSignIn_ = std::make_unique<BrowserSignIn>(authentication_, endpoints().authorizationURL, *opener_,
+                                                     SignInEnvironment{endpoints(), timeSource_, nullptr});
+    browserSignIn_->signIn(this, [this](const BrowserSignIn::Auth&, const MaybeError& error) {
+        browserSignIn_.reset();
         if (!error)
             keepSignIn();
         opened_.deliver(error);

@@ -16,7 +16,9 @@
 
 namespace quenby {
 
+class BrowserSignIn;
 class Console;
+class ConsoleOpener;
 class KeptSignIn;
 class LocalSignInPage;
 class ProxySetting;
@@ -30,6 +32,7 @@ public:
         bool local = false;   // the local Drive, not the provider's
         QByteArray localData; // its data folder, empty for the usual one; its sign-in is then kept there too
         QByteArray httpLog;   // folder for the fetch log; empty: none
+        bool signsIn = false; // there is somebody who can sign in to the provider's Drive by a browser
     };
     // The Drive that is meant without `local`, and where the desktop program keeps the sign-in to it.
     struct Provider {
@@ -42,7 +45,8 @@ public:
     ~Session() override;
 
     // Finds or starts the local Drive, and signs in there where no sign-in is kept or the kept one is refused. Only a
-    // person at a window can sign in to the provider's: without a good sign-in in the keyring, this fails.
+    // person can sign in to the provider's: without a good sign-in in the keyring, this asks for one by the browser
+    // when the settings allow it, and fails otherwise.
     void open(QObject* context, Opened opened);
     // To be waited for before the program ends: what is to be kept is kept then.
     void close(QObject* context, std::function<void()> closed);
@@ -67,6 +71,7 @@ private:
     void restoreSignIn();
     void checkSignIn();
     void signIn();
+    void signInByBrowser();
     void keepSignIn();
 
     Console& console_;
@@ -83,7 +88,9 @@ private:
     std::unique_ptr<DriveConnection> connection_;
     std::shared_ptr<GTMOAuth2Authentication> authentication_;
     std::unique_ptr<LocalSignInPage> signInPage_; // while a sign-in is under way
-    QString keptToken_;                           // the refresh token in the file or keyring; a secret
+    std::unique_ptr<ConsoleOpener> opener_;
+    std::unique_ptr<BrowserSignIn> browserSignIn_; // likewise, to the provider's
+    QString keptToken_;                            // the refresh token in the file or keyring; a secret
 };
 
 } // namespace quenby

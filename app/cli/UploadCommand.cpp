@@ -5,6 +5,7 @@
 #include "app/cli/Folders.h"
 #include "app/cli/Session.h"
 #include "app/uploads/transfer/DestinationFolder.h"
+#include "app/uploads/transfer/GeneratedIdentifiers.h"
 #include "core/ByteCountText.h"
 
 namespace quenby {
@@ -42,6 +43,7 @@ void UploadCommand::start() {
     session_.driveService()->ticketSettings().maxRetryInterval = maxRetryInterval;
     if (options_.chunkSize > 0)
         session_.driveService()->settings().serviceUploadChunkSize = options_.chunkSize;
+    identifiers_ = std::make_shared<GeneratedIdentifiers>(session_.driveService());
     collectFiles();
     if (options_.folder && !waiting_.empty())
         findFolder();
@@ -108,8 +110,10 @@ void UploadCommand::startFile(const QByteArray& path) {
     Running& file = running_[number];
     file.path = path;
     file.progress = progress_.begin(name, source->size());
+    UploadRun::Settings settings{folderId_, options_.verify, options_.patience};
+    settings.identifiers = identifiers_;
     file.run = std::make_unique<UploadRun>(session_.driveService(), session_.timeSource(), std::move(*source),
-                                           UploadRun::Settings{folderId_, options_.verify, options_.patience});
+                                           std::move(settings));
     connect(file.run.get(), &UploadRun::progressed, this,
             [this, id = file.progress](qint64 sent) { progress_.update(id, sent); });
     connect(file.run.get(), &UploadRun::troubled, this, [this, name](const Error& error) { tellTrouble(error, name); });

@@ -14,6 +14,7 @@
 namespace quenby {
 
 class DestinationFolder;
+class GeneratedIdentifiers;
 class Session;
 
 class UploadCommand : public Command {
@@ -45,6 +46,7 @@ private:
     ProgressReporter progress_;
     std::unique_ptr<DestinationFolder> folder_;
     QString folderId_;
+    std::shared_ptr<GeneratedIdentifiers> identifiers_;
     std::deque<QByteArray> waiting_;
     std::map<int, Running> running_; // by a number of our own
     int lastNumber_ = 0;

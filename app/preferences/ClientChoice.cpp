@@ -22,7 +22,7 @@ bool ClientChoice::isProgramsOwn() const { return clientID() == ClientIdentity::
 QString ClientChoice::clientID() const { return chosen().clientID; }
 
 QString ClientChoice::decidedElsewhere() const {
-    if (drive_.endpoints().isLocal)
+    if (hasNoConsole())
         return tr("The Drive on this computer takes Quenby's own client only.");
     if (ClientIdentity::isChosenByEnvironment())
         return tr("The client was chosen in the program's environment, by QUENBY_CLIENT_ID.");
@@ -47,8 +47,21 @@ void ClientChoice::use(const std::optional<OwnClient>& client) {
 
 bool ClientChoice::isSignedIn() const { return session_.isSignedIn(); }
 
+void ClientChoice::take() { drive_.setIdentity(chosen()); }
+
+void ClientChoice::keepFormer() {
+    const ClientIdentity& former = drive_.identity();
+    if (former == chosen())
+        return;
+    use(former == ClientIdentity::ofTheProgram() ? std::nullopt
+                                                 : std::optional(OwnClient{former.clientID, former.clientSecret}));
+}
+
+// Nobody can register clients there.
+bool ClientChoice::hasNoConsole() const { return drive_.endpoints().clientConsoleURL.isEmpty(); }
+
 ClientIdentity ClientChoice::chosen() const {
-    return drive_.endpoints().isLocal ? drive_.identity() : ClientIdentity::chosen(defaults_);
+    return hasNoConsole() ? drive_.identity() : ClientIdentity::chosen(defaults_);
 }
 
 void ClientChoice::settingChanged(const QString& key) {
@@ -59,10 +72,10 @@ void ClientChoice::settingChanged(const QString& key) {
 
 void ClientChoice::follow() {
     isToFollow_ = false;
-    const ClientIdentity identity = chosen();
-    if (identity == drive_.identity())
+    if (chosen() == drive_.identity())
         return;
-    drive_.setIdentity(identity);
+    if (!session_.UserLogin())
+        take();
     Q_EMIT clientChanged();
 }
 

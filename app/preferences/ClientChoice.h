@@ -1,5 +1,5 @@
 // Which client the program signs in as: the one in the settings, unless something else decides. Follows the settings,
-// whoever writes them.
+// whoever writes them; while somebody is signed in, only once it was decided that this sign-in ends.
 //
 // Threads: the main thread. What it is given outlives it.
 #pragma once
@@ -28,12 +28,18 @@ public:
     void use(const std::optional<OwnClient>& client) override;
     bool isSignedIn() const override;
 
+    // Nobody is signed in any more: the connection makes its authorizers for the chosen client.
+    void take();
+    // Who is signed in stays so: the settings name that client again.
+    void keepFormer();
+
 Q_SIGNALS:
-    // The connection makes its authorizers for another client from here on. Once for both settings when they change one
-    // right after the other. Who is signed in stays so with the former client.
+    // The settings name another client. Once for both of them when they change one right after the other. While
+    // somebody is signed in, take() or keepFormer() is to follow; else the connection has taken it already.
     void clientChanged();
 
 private:
+    bool hasNoConsole() const;
     ClientIdentity chosen() const;
     void settingChanged(const QString& key);
     void follow();

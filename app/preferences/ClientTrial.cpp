@@ -1,9 +1,9 @@
 #include "app/preferences/ClientTrial.h"
 
 #include "app/account/DriveConnection.h"
+#include "app/session/SignInAdvice.h"
 #include "http/GTMHTTPFetcher.h"
 #include "http/GTMHTTPFetcherService.h"
-#include "oauth2/GTMOAuth2Authentication.h"
 #include "oauth2/OAuth2Error.h"
 #include "oauth2/TokenRequest.h"
 
@@ -18,6 +18,8 @@ using namespace std::chrono_literals;
 
 constexpr auto patience = 20s; // with a server that says nothing
 constexpr int serverTrouble = 500;
+// Where a sign-in waits for its answer (RFC 8252, section 7.3); clients of programs may do so at any port.
+constexpr char redirectURI[] = "http://127.0.0.1";
 
 QString tr(const char* text) { return QCoreApplication::translate("quenby::ClientTrial", text); }
 
@@ -35,16 +37,8 @@ QString shortName(const QString& name) {
 QString refusal(const QString& name) {
     if (name == oauth2::errorInvalidGrant)
         return {};
-    if (name == oauth2::errorInvalidClient || name == oauth2::errorUnauthorizedClient)
-        return tr("The provider does not know this client, or its secret has changed. Download its file from the "
-                  "console again; a client that is new may take a few minutes to be known.");
-    if (name == QLatin1String("deleted_client"))
-        return tr("This client was deleted. Register another one in the provider's console.");
-    if (name == QLatin1String("disabled_client"))
-        return tr("This client is switched off. The provider's console says why.");
-    if (name == QLatin1String("redirect_uri_mismatch"))
-        return tr("The provider knows this client, but not as a program on a computer. Register one of the kind "
-                  "“Desktop app”.");
+    if (const auto advice = signInAdvice(name))
+        return advice->sentence;
     return tr("The provider does not accept this client (%1). Register another one in its console.").arg(name);
 }
 
@@ -83,7 +77,7 @@ CompletionTicket beginClientTrial(const DriveConnection& drive, const OwnClient&
     // Everything but the client and the code as a sign-in would have it.
     oauth2::TokenRequestInputs inputs;
     inputs.code = QStringLiteral("a-code-that-does-not-exist");
-    inputs.redirectURI = drive.makeAuthentication()->redirectURI();
+    inputs.redirectURI = QLatin1String(redirectURI);
     inputs.clientID = client.clientID;
     inputs.clientSecret = client.clientSecret;
     URLRequest request(drive.endpoints().tokenURL);

@@ -3,10 +3,12 @@
 #include "app/account/DriveConnection.h"
 #include "app/session/SecondChanceAuthorizer.h"
 #include "app/session/SharingAddress.h"
+#include "core/DefaultsKeys.h"
 #include "driveapi/GTLServiceDrive.h"
 #include "http/GTMHTTPFetcherService.h"
 #include "oauth2/GTMOAuth2Authentication.h"
 #include "oauth2/OAuth2Error.h"
+#include "oauth2/browser/BrowserSignInSheet.h"
 #include "oauth2/window/GTMOAuth2WindowController.h"
 #include "platform/Keyring.h"
 #include "platform/Opener.h"
@@ -68,6 +70,8 @@ std::optional<CredentialFacts> AccountSession::credentialFacts() const {
                            .scopes = authentication_->scope().split(QLatin1Char(' '), Qt::SkipEmptyParts).size()};
 }
 
+QString AccountSession::grantedScope() const { return authentication_ ? authentication_->scope() : QString(); }
+
 void AccountSession::loginCheck(QObject* context, Checked checked) {
     UserLogin_ = false;
     restoring_.cancel();
@@ -97,22 +101,32 @@ void AccountSession::makeLoginInGoogle(QWidget* window) {
 }
 
 void AccountSession::runSigninThenHandler(QWidget* window, std::function<void()> handler) {
-    if (signInWindow_)
+    if (signInWindow_ || signInSheet_)
         return;
     const DriveConnection& drive = surroundings_.drive;
+    const QUrl& page = drive.endpoints().authorizationURL;
+    const SignInEnvironment environment{drive.endpoints(), drive.timeSource(), surroundings_.reachability};
+    auto finished = [this, handler = std::move(handler)](const std::shared_ptr<GTMOAuth2Authentication>& authentication,
+                                                         const MaybeError& error) {
+        signInFinished(authentication, error, handler);
+    };
+    if (signsInByBrowser()) {
+        signInSheet_ =
+            std::make_unique<BrowserSignInSheet>(drive.makeAuthentication(), page, itemName(),
+                                                 BrowserSignInServices{keychain_, surroundings_.opener, environment});
+        signInSheet_->signInSheetModalForWindow(window, this, std::move(finished));
+        return;
+    }
     signInWindow_ = GTMOAuth2WindowController::controllerWithAuthentication(
-        drive.makeAuthentication(), drive.endpoints().authorizationURL, itemName(),
-        {surroundings_.webViews,
-         keychain_,
-         surroundings_.opener,
-         {drive.endpoints(), drive.timeSource(), surroundings_.reachability},
-         webAccount()});
-    signInWindow_->signInSheetModalForWindow(
-        window, this,
-        [this, handler = std::move(handler)](const std::shared_ptr<GTMOAuth2Authentication>& authentication,
-                                             const MaybeError& error) {
-            signInFinished(authentication, error, handler);
-        });
+        drive.makeAuthentication(), page, itemName(),
+        {surroundings_.webViews, keychain_, surroundings_.opener, environment, webAccount()});
+    signInWindow_->signInSheetModalForWindow(window, this, std::move(finished));
+}
+
+// A service that wants the browser refuses every other place: the settings cannot help it.
+bool AccountSession::signsInByBrowser() const {
+    return surroundings_.drive.endpoints().signInPlace == SignInPlace::browser ||
+           surroundings_.defaults.valueForKey(defaultsKey::signInPlace).toString() == QLatin1String("browser");
 }
 
 bool AccountSession::preventsApplicationTermination() const {
@@ -122,11 +136,14 @@ bool AccountSession::preventsApplicationTermination() const {
 void AccountSession::callToSignIn(const QString& notice) {
     if (signInWindow_)
         signInWindow_->callAttention(notice);
+    if (signInSheet_)
+        signInSheet_->callAttention(notice);
 }
 
 void AccountSession::signInFinished(const std::shared_ptr<GTMOAuth2Authentication>& authentication,
                                     const MaybeError& error, const std::function<void()>& handler) {
     signInWindow_.reset();
+    signInSheet_.reset();
     if (!error) {
         use(authentication);
         Q_EMIT signedIn();
@@ -136,7 +153,11 @@ void AccountSession::signInFinished(const std::shared_ptr<GTMOAuth2Authenticatio
     Q_EMIT signInEnded(isClosedByUser(error) ? MaybeError() : error);
 }
 
-bool AccountSession::endSignIn() { return std::exchange(signInWindow_, nullptr) != nullptr; }
+bool AccountSession::endSignIn() {
+    const bool hadWindow = std::exchange(signInWindow_, nullptr) != nullptr;
+    const bool hadSheet = std::exchange(signInSheet_, nullptr) != nullptr;
+    return hadWindow || hadSheet;
+}
 
 void AccountSession::makeLogoutFromGoogle(QObject* context, std::function<void()> done) {
     const CompletionGate<> gate(context, std::move(done));
@@ -173,6 +194,7 @@ void AccountSession::drop() {
     readingAgain_.cancel();
     patience_.reset();
     signInWindow_.reset();
+    signInSheet_.reset();
     UserLogin_ = false;
     strSHARE_.clear();
     keptToken_.clear();

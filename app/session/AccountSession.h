@@ -1,5 +1,5 @@
 // Who is signed in: restores the sign-in from the keyring, runs the sign-in dialog, signs out. There is one account, or
-// none.
+// none. The dialog shows the service's page, or sends the user to the browser, as the service or the settings want it.
 //
 // Threads: the main thread; nothing blocks. Everything referred to outlives the session.
 #pragma once
@@ -19,6 +19,7 @@ class QWidget;
 
 namespace quenby {
 
+class BrowserSignInSheet;
 class Defaults;
 class DriveConnection;
 class GTMOAuth2Authentication;
@@ -63,6 +64,8 @@ public:
     QString signedInUsername() const;
     // Absent while there are no credentials.
     std::optional<CredentialFacts> credentialFacts() const;
+    // What the sign-in was given access to, as the service names it; empty while there are no credentials.
+    QString grantedScope() const;
     // Under which the pages of the account keep their cookies. Empty where there is no keyring: there, nothing that
     // opens the account is left on the disk, cookies included.
     QString webAccount() const;
@@ -76,7 +79,8 @@ public:
     void makeLoginInGoogle(QWidget* window);
     // The handler is called after a sign-in that succeeded.
     void runSigninThenHandler(QWidget* window, std::function<void()> handler = {});
-    // While its dialog asks something that must be answered first: whether the program should not quit underneath it.
+    // While its dialog asks something that must be answered first: whether the program should not quit underneath it. A
+    // sign-in by the browser never keeps the program: its page can be opened again at any time.
     bool preventsApplicationTermination() const;
     // Brings that dialog to the front, with a line that says why.
     void callToSignIn(const QString& notice);
@@ -99,6 +103,7 @@ Q_SIGNALS:
     void signInRefused();
 
 private:
+    bool signsInByBrowser() const;
     void use(const std::shared_ptr<GTMOAuth2Authentication>& authentication);
     void drop();
     void readKeyringAgain();
@@ -117,6 +122,7 @@ private:
     QString strSHARE_;
     QString keptToken_;                                       // the refresh token as the keyring has it; a secret
     std::unique_ptr<GTMOAuth2WindowController> signInWindow_; // while it is open
+    std::unique_ptr<BrowserSignInSheet> signInSheet_;         // likewise, of a sign-in by the browser
     CompletionTicket restoring_;
     CompletionTicket readingAgain_; // after a refusal
     std::unique_ptr<Timer> patience_;

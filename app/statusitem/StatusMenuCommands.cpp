@@ -15,6 +15,7 @@ constexpr MenuCommandRow rows[] = {
     {MenuCommand::captureAndUploadScreenshot, "C&apture && Upload Screenshot", disabledWhenSignedOut},
     {MenuCommand::uploadClipboard, "Upload Clip&board", disabledWhenSignedOut},
     {MenuCommand::recordScreen, "&Record Screen", always},
+    {MenuCommand::showUploads, "Uploa&ds…", always},
     {MenuCommand::preferences, "&Preferences…", always},
     {MenuCommand::signIn, "Si&gn In", hiddenWhenSignedIn},
     {MenuCommand::signOut, "Sign &Out", hiddenWhenSignedOut},

@@ -16,6 +16,7 @@ enum class MenuCommand {
     captureAndUploadScreenshot,
     uploadClipboard,
     recordScreen,
+    showUploads, // the queue
     preferences,
     signIn,
     signOut,

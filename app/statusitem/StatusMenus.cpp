@@ -51,6 +51,9 @@ void StatusMenus::fillStatusMenu() {
         {MenuCommand::uploadFile, MenuCommand::uploadAndShareFile, MenuCommand::captureAndUploadScreenshot,
          MenuCommand::uploadClipboard, MenuCommand::recordScreen});
     statusMenu_->addSeparator();
+    add(*statusMenu_, {MenuCommand::showUploads});
+    statusMenu_->addAction(makeSwitch(QStringLiteral("Paus&e Uploads"), defaultsKey::uploadsPaused));
+    statusMenu_->addSeparator();
     statusMenu_->addAction(quotaLine_);
     statusMenu_->addSeparator();
     statusMenu_->addMenu(makeShowMenu());

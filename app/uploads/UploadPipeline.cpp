@@ -9,8 +9,6 @@
 
 #include <QLoggingCategory>
 
-#include <algorithm>
-
 #include <unistd.h>
 
 namespace quenby {
@@ -27,14 +25,23 @@ UploadPipeline::UploadPipeline(const UploadServices& services, WindowProvider wi
     : QObject(parent)
     , defaults_(services.defaults)
     , filePanels_(services.filePanels)
-    , timeSource_(services.timeSource)
-    , queue_(services.driveService, services.timeSource, limits)
     , folders_(services.driveService, services.timeSource, limits.patience)
+    , queue_(services.driveService, folders_, services.timeSource, limits)
     , notices_(services.notifications, services.pasteboard, services.opener, services.timeSource)
-    , failures_(services.alerts, std::move(windowForSheets)) {
+    , failures_(services.alerts, std::move(windowForSheets))
+    , captureLinks_({services.driveService, services.timeSource, services.defaults, services.notifications,
+                     services.pasteboard, services.opener, failures_}) {
+    // A change of ours, as an upload is.
+    connect(&captureLinks_, &CaptureLinks::movedToTrash, this, &UploadPipeline::uploaded);
     connect(&queue_, &UploadQueue::started, this, &UploadPipeline::started);
     connect(&queue_, &UploadQueue::progressed, this, &UploadPipeline::progressed);
     connect(&queue_, &UploadQueue::finished, this, &UploadPipeline::finished);
+    connect(&queue_, &UploadQueue::leftOut, this, &UploadPipeline::leftOut);
+    connect(&queue_, &UploadQueue::sourceChanged, this, &UploadPipeline::sourceChanged);
+    connect(&queue_, &UploadQueue::over, this, [](const UploadRequest& request) {
+        if (request.removeSource)
+            ::unlink(request.path.constData()); // files only: a folder stays
+    });
     connect(&folders_, &DestinationFolders::madeFolder, this, &UploadPipeline::RootFolderIdChanged);
 }
 
@@ -51,80 +58,39 @@ void UploadPipeline::SelectAndUploadFileAndShare(QWidget* window) {
 void UploadPipeline::selectAndUpload(QWidget* window, const QString& title, bool needToShare) {
     filePanels_.openFiles(window, title, QStringLiteral("Upload"), this,
                           [this, needToShare](const QList<QByteArray>& paths) {
+                              QList<UploadRequest> requests;
                               for (const QByteArray& path : paths)
-                                  add({path, plainType, {}, needToShare, false});
+                                  requests.append({.path = path, .typeUpload = plainType, .needToShare = needToShare});
+                              queue_.add(requests);
                           });
 }
 
 void UploadPipeline::UploadFilesToServer(const QList<QByteArray>& paths) {
+    QList<UploadRequest> requests;
     for (const QByteArray& path : paths)
-        add({path, plainType});
+        requests.append({.path = path, .typeUpload = plainType});
+    queue_.add(requests);
 }
 
 void UploadPipeline::uploadInGoogleDriveIn(const QString& folderName, const QByteArray& path) {
-    add({path, folderName, folderName});
+    queue_.add({.path = path, .typeUpload = folderName, .folderName = folderName, .isCapture = true});
 }
 
 void UploadPipeline::uploadInGoogleDriveIn(const QString& folderName, const QList<QByteArray>& paths) {
-    QList<int> numbers;
+    QList<UploadRequest> requests;
     for (const QByteArray& path : paths)
-        numbers.append(await({path, folderName, folderName}));
-    folders_.find(folderName, this,
-                  [this, numbers](const Result<QString>& identifier) { folderOfManyFound(numbers, identifier); });
+        requests.append(
+            {.path = path, .typeUpload = folderName, .folderName = folderName, .mayBeGone = true, .isCapture = true});
+    queue_.add(requests);
 }
 
 void UploadPipeline::uploadUsingThisQuery(const std::shared_ptr<GTLQueryDrive>& query, const QByteArray& path,
                                           bool needToShare, const QString& typeUpload, bool removeSource) {
-    add({path, typeUpload, {}, needToShare, removeSource, query});
-}
-
-void UploadPipeline::add(const UploadRequest& request) {
-    if (request.folderName.isEmpty())
-        return queue_.add(request);
-    const int number = await(request);
-    folders_.find(request.folderName, this,
-                  [this, number](const Result<QString>& identifier) { folderFound(number, identifier); });
-}
-
-int UploadPipeline::await(const UploadRequest& request) {
-    awaitingFolder_.emplace(++lastNumber_, request);
-    return lastNumber_;
-}
-
-void UploadPipeline::folderFound(int number, const Result<QString>& identifier) {
-    const auto request = awaitingFolder_.extract(number);
-    if (request.empty()) // cancelled on the way
-        return;
-    if (!identifier) {
-        qCWarning(uploadsLog, "%s was not uploaded: %s", qUtf8Printable(printablePath(request.mapped().path)),
-                  qUtf8Printable(identifier.error().description()));
-        return;
-    }
-    request.mapped().parentId = *identifier;
-    queue_.add(request.mapped());
-}
-
-void UploadPipeline::folderOfManyFound(const QList<int>& numbers, const Result<QString>& identifier) {
-    QList<int> left; // of those that were not cancelled on the way
-    QList<QByteArray> paths;
-    for (const int number : numbers) {
-        if (const auto request = awaitingFolder_.find(number); request != awaitingFolder_.end()) {
-            left.append(number);
-            paths.append(request->second.path);
-        }
-    }
-    lookAtFiles(timeSource_, paths, this, [this, left, identifier](const QList<FileKind>& kinds) {
-        leaveOutMissing(left, kinds);
-        for (const int number : left)
-            folderFound(number, identifier);
-    });
-}
-
-void UploadPipeline::leaveOutMissing(const QList<int>& numbers, const QList<FileKind>& kinds) {
-    for (qsizetype i = 0; i < numbers.size(); ++i) {
-        if (kinds.at(i) == FileKind::missing)
-            awaitingFolder_.erase(numbers.at(i));
-    }
+    queue_.add({.path = path,
+                .typeUpload = typeUpload,
+                .needToShare = needToShare,
+                .removeSource = removeSource,
+                .query = query});
 }
 
 void UploadPipeline::started(const UploadRequest& request) {
@@ -149,12 +115,26 @@ void UploadPipeline::finished(const UploadRequest& request, const Result<UploadR
     else
         giveErrorAlert(QStringLiteral("Error"), request.typeUpload + QStringLiteral(" Upload Failed"),
                        nameForPeople(request.path) + QStringLiteral(": ") + outcome.error().description());
-    if (request.removeSource)
-        ::unlink(request.path.constData()); // files only: a folder stays
+}
+
+// Nothing that the user has to do anything about.
+void UploadPipeline::leftOut(const UploadRequest& request, const Error& error) {
+    qCWarning(uploadsLog, "%s was not uploaded: %s", qUtf8Printable(printablePath(request.path)),
+              qUtf8Printable(error.description()));
+}
+
+void UploadPipeline::sourceChanged(const UploadRequest& request) {
+    forgetProgress();
+    giveErrorAlert(
+        tr("A file has changed"),
+        tr("It was not uploaded, because it is not the file any more that was meant. Retry it in the list of "
+           "uploads to upload it as it is now."),
+        nameForPeople(request.path));
 }
 
 void UploadPipeline::succeeded(const UploadRequest& request, const UploadRun::Outcome& outcome) {
-    if (defaults_.boolForKey(defaultsKey::notificationDisplay, true))
+    const bool isTold = captureLinks_.captured(request, outcome);
+    if (!isTold && defaults_.boolForKey(defaultsKey::notificationDisplay, true))
         notificationForSuccess(QStringLiteral("Quenby New Update!"),
                                nameForPeople(request.path) + QStringLiteral(" added"), outcome.alternateLink);
     Q_EMIT uploaded(outcome.identifier);
@@ -162,38 +142,26 @@ void UploadPipeline::succeeded(const UploadRequest& request, const UploadRun::Ou
         Q_EMIT shareRequested(outcome.identifier, outcome.originalFilename);
 }
 
-QList<QByteArray> UploadPipeline::remaining() const {
-    QList<QByteArray> lines;
-    for (const UploadRequest& request : queue_.remaining())
-        lines.append(lineFromRequest(request));
-    for (const auto& [number, request] : awaitingFolder_)
-        lines.append(lineFromRequest(request));
-    return lines;
-}
-
-bool UploadPipeline::isAnyIn(const QByteArray& folder) const {
-    const auto isIn = [below = QByteArray(folder + '/')](const UploadRequest& request) {
-        return request.path.startsWith(below);
-    };
-    const QList<UploadRequest> queued = queue_.remaining();
-    return std::any_of(queued.begin(), queued.end(), isIn) ||
-           std::any_of(awaitingFolder_.begin(), awaitingFolder_.end(),
-                       [&isIn](const auto& awaiting) { return isIn(awaiting.second); });
-}
-
-void UploadPipeline::resume(const QList<QByteArray>& lines) {
-    for (const QByteArray& line : lines) {
-        if (const auto request = requestFromLine(line))
-            add(*request);
-        else
-            qCWarning(uploadsLog, "an upload that was handed over can't be read and is left out");
-    }
-}
-
 void UploadPipeline::cancelEverything() {
-    awaitingFolder_.clear();
     folders_.cancelAll();
     queue_.cancelAll();
+    forgetProgress();
+}
+
+void UploadPipeline::hold() {
+    captureLinks_.forget();
+    queue_.setAccount({});
+    folders_.cancelAll();
+    forgetProgress();
+}
+
+void UploadPipeline::release() {
+    queue_.release();
+    folders_.cancelAll();
+    forgetProgress();
+}
+
+void UploadPipeline::forgetProgress() {
     slot_.release(0);
     Q_EMIT uploadStatusChanged();
 }

@@ -2,20 +2,19 @@
 // for their turn, go up, and their end is told: by a notification, or by an alert.
 //
 // Paths are bytes; names need not be text. Threads: the main thread; nothing here blocks it, whatever the files are.
-// Uploads are independent: one that fails stops no other. Destroying the pipeline cancels them all.
+// Uploads are independent: one that fails stops no other. Destroying the pipeline interrupts them all.
 #pragma once
 
+#include "app/uploads/CaptureLinks.h"
 #include "app/uploads/DestinationFolders.h"
 #include "app/uploads/FailureAlerts.h"
 #include "app/uploads/ProgressSlot.h"
 #include "app/uploads/SuccessNotices.h"
 #include "app/uploads/UploadQueue.h"
-#include "app/uploads/transfer/FileKinds.h"
 
 #include <QList>
 #include <QObject>
 
-#include <map>
 #include <memory>
 
 class QWidget;
@@ -56,7 +55,7 @@ public:
     // Into the folder of this name at the top of the Drive, which is made when there is none. When the folder can be
     // neither found nor made, this ends silently: only the log tells.
     void uploadInGoogleDriveIn(const QString& folderName, const QByteArray& path);
-    // The same for many, by one search. Those that are gone when the folder has been found are left out silently.
+    // The same for many. Those that are gone when their turn has come are left out silently.
     void uploadInGoogleDriveIn(const QString& folderName, const QList<QByteArray>& paths);
     // The query is an insert such as insertQueryForPath() makes (transfer/InsertQuery.h); whatever its media is, the
     // file at the path is sent, opened when its turn has come.
@@ -74,14 +73,15 @@ public:
 
     // For whoever lists the uploads.
     const UploadQueue& queue() const { return queue_; }
-    // What is not done yet, as lines of text without secrets, for resume() of another instance of the program.
-    QList<QByteArray> remaining() const;
-    // Whether a file in the folder (an absolute path) is among them.
-    bool isAnyIn(const QByteArray& folder) const;
-    // Lines that are none of those are left out.
-    void resume(const QList<QByteArray>& lines);
-    // At sign-out and termination: everything that waits or runs is forgotten, and no source is removed.
+    UploadQueue& queue() { return queue_; }
+    // What is not done yet, of the account.
+    QList<UploadRequest> remaining() const { return queue_.remaining(); }
+    // At sign-out: everything of the account that waits or runs is forgotten, and no source is removed.
     void cancelEverything();
+    // From now on everything rests and waits for its account.
+    void hold();
+    // Another instance of the program goes on with what is left.
+    void release();
     // Ends all pauses after trouble: the network is there again.
     void tryNow();
 
@@ -105,26 +105,22 @@ Q_SIGNALS:
 
 private:
     void selectAndUpload(QWidget* window, const QString& title, bool needToShare);
-    void add(const UploadRequest& request);
-    int await(const UploadRequest& request);
-    void folderFound(int number, const Result<QString>& identifier);
-    void folderOfManyFound(const QList<int>& numbers, const Result<QString>& identifier);
-    void leaveOutMissing(const QList<int>& numbers, const QList<FileKind>& kinds);
     void started(const UploadRequest& request);
     void progressed(const UploadRequest& request, qint64 sent, qint64 total);
     void finished(const UploadRequest& request, const Result<UploadRun::Outcome>& outcome);
     void succeeded(const UploadRequest& request, const UploadRun::Outcome& outcome);
+    void leftOut(const UploadRequest& request, const Error& error);
+    void sourceChanged(const UploadRequest& request);
+    void forgetProgress();
 
     Defaults& defaults_;
     FilePanels& filePanels_;
-    const std::shared_ptr<TimeSource> timeSource_;
-    UploadQueue queue_;
     DestinationFolders folders_;
+    UploadQueue queue_;
     SuccessNotices notices_;
     FailureAlerts failures_;
+    CaptureLinks captureLinks_;
     ProgressSlot slot_;
-    std::map<int, UploadRequest> awaitingFolder_; // by a number of our own, which grows
-    int lastNumber_ = 0;
 };
 
 } // namespace quenby

@@ -19,6 +19,8 @@ const QString pathKey = QStringLiteral("path"); // percent-encoded: a path's byt
 const QString typeKey = QStringLiteral("typeUpload");
 const QString folderKey = QStringLiteral("folder");
 const QString shareKey = QStringLiteral("needToShare");
+const QString goneKey = QStringLiteral("mayBeGone");
+const QString captureKey = QStringLiteral("isCapture");
 const QString removeKey = QStringLiteral("removeSource");
 const QString fileKey = QStringLiteral("file");             // the prepared insert's metadata
 const QString parametersKey = QStringLiteral("parameters"); // and its parameters
@@ -51,6 +53,10 @@ QByteArray lineFromRequest(const UploadRequest& request) {
                      {typeKey, request.typeUpload},
                      {shareKey, request.needToShare},
                      {removeKey, request.removeSource}};
+    if (request.mayBeGone)
+        json.insert(goneKey, true);
+    if (request.isCapture)
+        json.insert(captureKey, true);
     if (!request.folderName.isEmpty()) {
         json.insert(folderKey, request.folderName);
     } else if (request.query && request.query->bodyObject()) {
@@ -71,6 +77,8 @@ std::optional<UploadRequest> requestFromLine(const QByteArray& line) {
     request.folderName = json.value(folderKey).toString();
     request.needToShare = json.value(shareKey).toBool();
     request.removeSource = json.value(removeKey).toBool();
+    request.mayBeGone = json.value(goneKey).toBool();
+    request.isCapture = json.value(captureKey).toBool();
     request.query = queryFrom(request.path, json);
     return request;
 }

@@ -18,6 +18,8 @@ struct UploadRequest {
     bool needToShare = false;
     bool removeSource = false;                 // deletes the local file at the end, however it ends
     std::shared_ptr<GTLQueryDrive> query = {}; // the prepared insert; null: a plain file
+    bool mayBeGone = false;                    // a file that is gone at its turn is left out without a word
+    bool isCapture = false;                    // made by this program just now: its link is copied (CaptureLinks)
     QString parentId = {};                     // the folder's identifier, once found; empty: the top of the Drive
     qint64 number = 0;                         // given by the queue: its signals name the request by it
 };

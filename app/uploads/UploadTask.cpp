@@ -2,25 +2,31 @@
 
 #include "driveapi/GTLServiceDrive.h"
 
+#include <QPointer>
+
+#include <cerrno>
+
 namespace quenby {
 
-UploadTask::UploadTask(std::shared_ptr<GTLServiceDrive> service, std::shared_ptr<TimeSource> timeSource,
-                       UploadRequest request, std::chrono::milliseconds patience)
-    : service_(std::move(service))
-    , timeSource_(std::move(timeSource))
-    , request_(std::move(request))
-    , patience_(patience) {}
+UploadTask::UploadTask(Surroundings surroundings, QueuedUpload upload)
+    : surroundings_(std::move(surroundings))
+    , upload_(std::move(upload)) {}
 
 UploadTask::~UploadTask() = default;
 
-void UploadTask::start(QObject* context, UploadRun::Finished finished) {
-    finished_ = {context, std::move(finished)};
-    if (!service_) {
-        const QString reason = QStringLiteral("no user is signed in; sign in, then upload it again");
-        return finished_.deliver(Error(FetcherErrorCode::fetchCouldNotBegin, {{errorKey::reason, reason}}));
-    }
-    opening_ = std::make_unique<SourceOpening>(*timeSource_, request_.path, this,
-                                               [this](const Result<SourceFile>& source) { opened(source); });
+void UploadTask::start() {
+    const UploadRequest& request = upload_.request;
+    if (request.folderName.isEmpty() || !request.parentId.isEmpty())
+        return openSource();
+    surroundings_.folders.find(request.folderName, this, [this](const Result<QString>& identifier) {
+        if (!identifier) {
+            Q_EMIT leftOut(identifier.error());
+            return;
+        }
+        upload_.request.parentId = *identifier;
+        Q_EMIT folderFound(*identifier);
+        openSource();
+    });
 }
 
 void UploadTask::tryNow() {
@@ -28,19 +34,69 @@ void UploadTask::tryNow() {
         run_->tryNow();
 }
 
-void UploadTask::opened(const Result<SourceFile>& source) {
+void UploadTask::stop() {
+    isStopped_ = true;
+    deleteLater();
+}
+
+void UploadTask::setMaxSendSpeed(qint64 bytesPerSecond) {
+    maxSendSpeed_ = bytesPerSecond;
+    if (run_)
+        run_->setMaxSendSpeed(bytesPerSecond);
+}
+
+void UploadTask::openSource() {
+    Q_EMIT started();
+    if (!surroundings_.service) {
+        const QString reason = QStringLiteral("no user is signed in; sign in, then upload it again");
+        const Error error(FetcherErrorCode::fetchCouldNotBegin, {{errorKey::reason, reason}});
+        QMetaObject::invokeMethod(
+            this, [this, error] { Q_EMIT finished(error); }, Qt::QueuedConnection);
+        return;
+    }
+    opening_ = std::make_unique<SourceOpening>(*surroundings_.timeSource, upload_.request.path, this,
+                                               [this](const Result<SourceFile>& source) { sourceOpened(source); });
+}
+
+void UploadTask::sourceOpened(const Result<SourceFile>& source) {
     opening_.reset();
-    if (!source)
-        return finished_.deliver(source.error());
+    if (!source) {
+        if (upload_.request.mayBeGone && source.error().is(errorDomain::posix, ENOENT))
+            Q_EMIT leftOut(source.error());
+        else
+            Q_EMIT finished(source.error());
+        return;
+    }
+    if (isAnotherFile(source->facts())) {
+        Q_EMIT foundChange();
+        return;
+    }
+    Q_EMIT opened(source->facts());
+    send(*source);
+}
+
+// As long as nobody has interrupted it, a file that grows while it waits for its turn is the one that was meant.
+bool UploadTask::isAnotherFile(const SourceFacts& now) const {
+    return !upload_.isFresh && upload_.source && *upload_.source != now;
+}
+
+void UploadTask::send(const SourceFile& source) {
     UploadRun::Settings settings;
-    settings.patience = patience_;
-    settings.parentId = request_.parentId;
-    settings.query = request_.query;
-    run_ = std::make_unique<UploadRun>(service_, timeSource_, *source, settings);
+    settings.patience = surroundings_.patience;
+    settings.parentId = upload_.request.parentId;
+    settings.query = upload_.request.query;
+    settings.session = upload_.session;
+    settings.identifiers = surroundings_.identifiers;
+    settings.keep = [task = QPointer(this)](const UploadSession& session, const std::function<void()>& kept) {
+        if (task && !task->isStopped_)
+            task->surroundings_.keep(session, kept);
+    };
+    settings.maxSendSpeed = maxSendSpeed_;
+    run_ = std::make_unique<UploadRun>(surroundings_.service, surroundings_.timeSource, source, settings);
     connect(run_.get(), &UploadRun::progressed, this,
-            [this, total = source->size()](qint64 sent) { Q_EMIT progressed(sent, total); });
+            [this, total = source.size()](qint64 sent) { Q_EMIT progressed(sent, total); });
     connect(run_.get(), &UploadRun::troubled, this, &UploadTask::troubled);
-    run_->start(this, [this](const Result<UploadRun::Outcome>& outcome) { finished_.deliver(outcome); });
+    run_->start(this, [this](const Result<UploadRun::Outcome>& outcome) { Q_EMIT finished(outcome); });
 }
 
 } // namespace quenby

@@ -58,6 +58,7 @@ MethodTable fileMethods() {
         {QStringLiteral("drive.files.copy"), {writes, {file}, files::copy}},
         {QStringLiteral("drive.files.delete"), {writes, {file}, files::remove}},
         {QStringLiteral("drive.files.emptyTrash"), {writes, {}, files::emptyTrash}},
+        {QStringLiteral("drive.files.generateIds"), {reads, {}, files::generateIds}},
         {QStringLiteral("drive.files.get"), {reads, {file}, files::get}},
         {QStringLiteral("drive.files.insert"), {writes, {}, files::insert, true}},
         {QStringLiteral("drive.files.list"), {reads, {}, files::list}},
@@ -84,6 +85,7 @@ MethodTable driveMethods() {
         {QStringLiteral("drive.apps.get"), {reads, {QStringLiteral("appId")}, apps::get}},
         {QStringLiteral("drive.apps.list"), {reads, {}, apps::list}},
         {QStringLiteral("drive.changes.get"), {reads, {QStringLiteral("changeId")}, changes::get}},
+        {QStringLiteral("drive.changes.getStartPageToken"), {reads, {}, changes::getStartPageToken}},
         {QStringLiteral("drive.changes.list"), {reads, {}, changes::list}},
         {QStringLiteral("drive.changes.watch"), {writes, {body}, changes::watch}},
         {QStringLiteral("drive.channels.stop"), {writes, {body}, channels::stop}},
@@ -148,7 +150,7 @@ Session::Kind kindOf(const Method& method, const Parameters& params) {
     return method.handler == files::get && params.flag("updateViewedDate", false) ? writes : method.kind;
 }
 
-Result<QJsonObject> execute(DriveStore& store, const Method& method, const Parameters& params,
+Result<QJsonObject> execute(DriveStore& store, const Method& method, const Parameters& params, const FieldMask& mask,
                             const CallContext& context) {
     Work work(store, context, kindOf(method, params));
     Result<QJsonObject> result = method.handler(work, params);
@@ -157,6 +159,7 @@ Result<QJsonObject> execute(DriveStore& store, const Method& method, const Param
         return *failure;
     if (!result)
         return result;
+    result = mask.apply(result.value());
     if (context.beforeCommit)
         context.beforeCommit(work.session(), result.value());
     if (const Result<void> committed = work.commit(); !committed)
@@ -177,10 +180,7 @@ Result<QJsonObject> checkedCall(DriveStore& store, const QString& name, const QJ
     const Result<FieldMask> mask = FieldMask::parse(params.text("fields"));
     if (!mask)
         return mask.error();
-    const Result<QJsonObject> result = execute(store, *method, params, context);
-    if (!result)
-        return result.error();
-    return mask->apply(result.value());
+    return execute(store, *method, params, mask.value(), context);
 }
 
 } // namespace
@@ -194,8 +194,12 @@ QJsonObject RpcMethods::call(const QString& method, const QJsonObject& params, c
     return {{QStringLiteral("error"), toRpcError(result.error())}};
 }
 
-Result<void> RpcMethods::checkRoom(const QJsonObject& params, qint64 bytes) const {
+Result<void> RpcMethods::checkAnnounced(const QString& method, const QJsonObject& params, qint64 bytes) const {
     Session session(store_.database(), reads);
+    const Method* found = findMethod(method);
+    if (found && found->handler == files::insert)
+        if (const MaybeError refused = checkChosenId(session, params[body].toObject()))
+            return *refused;
     const auto replaced = FileRecord::find(session, params[file].toString());
     const qint64 more = replaced ? bytes - replaced->size : bytes;
     const MaybeError full = checkQuota(session, store_.settings().quotaBytesTotal, more);

@@ -41,9 +41,9 @@ public:
     // an unknown method (-32601). The parameter "fields" cuts the result down to what it names.
     QJsonObject call(const QString& method, const QJsonObject& params, const CallContext& context) const;
 
-    // Whether a content of so many bytes for a call with these parameters has room at this moment; 403 "quotaExceeded"
-    // when not. The call itself looks again.
-    Result<void> checkRoom(const QJsonObject& params, qint64 bytes) const;
+    // Whether a call with a content of so many bytes could be made at this moment: 403 "quotaExceeded" when there is no
+    // room, and what the id says that an inserted file shall have. The call itself looks again.
+    Result<void> checkAnnounced(const QString& method, const QJsonObject& params, qint64 bytes) const;
     // Whether the method takes a content, that is, may be announced at the upload address.
     static bool takesMedia(const QString& method);
     static QStringList names();

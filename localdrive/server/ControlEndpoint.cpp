@@ -8,6 +8,13 @@
 
 namespace quenby::localdrive {
 
+namespace {
+
+const QString rpcMember = QStringLiteral("rpc");
+const QString changeIdsMember = QStringLiteral("changeIds");
+
+} // namespace
+
 using httplib::Request;
 using httplib::Response;
 
@@ -31,6 +38,12 @@ void ControlEndpoint::addRoutes(HttpServer& server) {
                       response.status = 204;
                   }));
     server.Get("/control/state", guarded([this](const Request&, Response& response) { state(response); }));
+    server.Get("/control/service", guarded([this](const Request&, Response& response) {
+                   sendJson(response, 200,
+                            {{rpcMember, parts_.roads.isRpcOpen()}, {changeIdsMember, parts_.store.offersChangeIds()}});
+               }));
+    server.Post("/control/service",
+                guarded([this](const Request& request, Response& response) { setService(request, response); }));
     server.Get("/control/secrets", guarded([this](const Request&, Response& response) {
                    const auto secrets = QJsonArray::fromStringList(parts_.statistics.secrets());
                    sendJson(response, 200, {{QStringLiteral("secrets"), secrets}});
@@ -49,6 +62,19 @@ void ControlEndpoint::addFaults(const Request& request, Response& response) {
         return sendApiError(response, 400, "badRequest", QStringLiteral("The body must be a JSON list of rules."));
     if (const auto added = parts_.plan.add(document.array()); !added)
         return sendApiError(response, 400, "badRequest", added.error().detail(errorKey::reason).toString());
+    response.status = 204;
+}
+
+void ControlEndpoint::setService(const Request& request, Response& response) {
+    const QJsonObject wanted = QJsonDocument::fromJson(body(request)).object();
+    for (auto member = wanted.begin(); member != wanted.end(); ++member) {
+        const bool isKnown = member.key() == rpcMember || member.key() == changeIdsMember;
+        if (!isKnown || !member->isBool())
+            return sendApiError(response, 400, "badRequest",
+                                QStringLiteral("Known are: rpc and changeIds, true or false."));
+    }
+    parts_.roads.openRpc(wanted[rpcMember].toBool(parts_.roads.isRpcOpen()));
+    parts_.store.offerChangeIds(wanted[changeIdsMember].toBool(parts_.store.offersChangeIds()));
     response.status = 204;
 }
 

@@ -18,6 +18,8 @@ public:
         Statistics& statistics;
         UploadSessions& uploads;
         TokenStore& tokens;
+        Roads& roads;
+        DriveStore& store;
         const TokenEndpoint& tokenAnswers;
         Account owner;
         std::function<void()> shutdown; // from any thread; returns at once
@@ -32,6 +34,7 @@ public:
 private:
     void addFaults(const httplib::Request& request, httplib::Response& response);
     void state(httplib::Response& response);
+    void setService(const httplib::Request& request, httplib::Response& response);
     void grant(const httplib::Request& request, httplib::Response& response);
 
     const QByteArray token_;

@@ -13,6 +13,9 @@
 #include "localdrive/server/docs/ExportEndpoint.h"
 #include "localdrive/server/http/TlsContext.h"
 #include "localdrive/server/oauth/SignInEndpoint.h"
+#include "localdrive/server/rest/BatchEndpoint.h"
+#include "localdrive/server/rest/RestEndpoint.h"
+#include "localdrive/server/rest/RestUploadEndpoint.h"
 #include "localdrive/server/share/ShareEndpoint.h"
 #include "localdrive/server/upload/UploadEndpoint.h"
 #include "localdrive/server/web/AccountPages.h"
@@ -85,6 +88,7 @@ struct LocalServer::Parts {
     std::unique_ptr<UploadSessions> uploads;
     std::shared_ptr<SSL_CTX> tls;
     QUrl url;
+    Roads roads;
     FaultPlan faults;
     PageTemplates pages;
     FormGuard guard;
@@ -95,10 +99,14 @@ struct LocalServer::Parts {
     std::unique_ptr<HttpServer> http;
     std::unique_ptr<Authenticator> authenticator;
     std::unique_ptr<RpcEndpoint> rpcEndpoint;
+    std::unique_ptr<UploadReceiver> uploadReceiver;
     std::unique_ptr<UploadEndpoint> uploadEndpoint;
+    std::unique_ptr<RestUploadEndpoint> restUploadEndpoint;
     std::unique_ptr<SignInEndpoint> signInEndpoint;
     std::unique_ptr<TokenEndpoint> tokenEndpoint;
     std::unique_ptr<FileEndpoint> fileEndpoint;
+    std::unique_ptr<RestEndpoint> restEndpoint;
+    std::unique_ptr<BatchEndpoint> batchEndpoint;
     std::unique_ptr<PageGuard> pageGuard;
     std::unique_ptr<PageFrame> pageFrame;
     std::unique_ptr<PageEndpoint> pageEndpoint;
@@ -135,6 +143,8 @@ Result<void> LocalServer::Parts::openDrive(const ServerOptions& options) {
     if (!openedUploads)
         return openedUploads.error();
     uploads = std::move(*openedUploads);
+    roads.openRpc(!options.withoutRpc);
+    store->offerChangeIds(!options.withoutChangeIds);
     return {};
 }
 
@@ -148,7 +158,7 @@ Result<void> LocalServer::Parts::bind(const ServerOptions& options) {
     statistics = std::make_unique<Statistics>(options.hasControl());
     effects = std::make_unique<DriveFaultEffects>(*tokens, *uploads, clock);
     const auto control =
-        options.hasControl() ? std::optional(FaultControl{faults, *effects, *statistics}) : std::nullopt;
+        options.hasControl() ? std::optional(FaultControl{faults, *effects, *statistics, roads}) : std::nullopt;
     http = std::make_unique<HttpServer>(control, tls.get());
 
     const quint16 wanted = wantedPort(options);
@@ -169,12 +179,17 @@ void LocalServer::Parts::addEndpoints(const ServerOptions& options, std::functio
     const Account& owner = store->settings().account;
     methods = std::make_unique<RpcMethods>(*store);
     authenticator = std::make_unique<Authenticator>(*tokens, clock, url);
-    rpcEndpoint = std::make_unique<RpcEndpoint>(*methods, *authenticator);
-    uploadEndpoint = std::make_unique<UploadEndpoint>(*uploads, *methods, *rpcEndpoint, *authenticator, *statistics);
+    rpcEndpoint = std::make_unique<RpcEndpoint>(*methods, *authenticator, roads, options.controlToken);
+    uploadReceiver = std::make_unique<UploadReceiver>(*uploads, *methods, *authenticator, *statistics);
+    uploadEndpoint = std::make_unique<UploadEndpoint>(*uploadReceiver, *rpcEndpoint, *authenticator);
+    restUploadEndpoint =
+        std::make_unique<RestUploadEndpoint>(*uploadReceiver, *methods, store->blobs(), *authenticator);
     signInEndpoint = std::make_unique<SignInEndpoint>(*tokens, pages, guard, owner, *statistics);
     tokenEndpoint = std::make_unique<TokenEndpoint>(
         *tokens, TokenEndpoint::Clients{options.clients, options.onlyClients}, clock, url, *statistics);
-    fileEndpoint = std::make_unique<FileEndpoint>(*store, *methods, *authenticator);
+    fileEndpoint = std::make_unique<FileEndpoint>(*store, *authenticator);
+    restEndpoint = std::make_unique<RestEndpoint>(*methods, *authenticator, *fileEndpoint);
+    batchEndpoint = std::make_unique<BatchEndpoint>(*methods, *authenticator);
     pageGuard = std::make_unique<PageGuard>(*authenticator, store->pageTokenKey());
     pageFrame = std::make_unique<PageFrame>(*store, pages, *pageGuard);
     pageEndpoint = std::make_unique<PageEndpoint>(*tokens, pages, guard, owner);
@@ -191,9 +206,12 @@ void LocalServer::Parts::addEndpoints(const ServerOptions& options, std::functio
 
     rpcEndpoint->addRoutes(*http);
     uploadEndpoint->addRoutes(*http);
+    restUploadEndpoint->addRoutes(*http);
     signInEndpoint->addRoutes(*http);
     tokenEndpoint->addRoutes(*http);
     fileEndpoint->addRoutes(*http);
+    restEndpoint->addRoutes(*http);
+    batchEndpoint->addRoutes(*http);
     pageEndpoint->addRoutes(*http);
     listPages->addRoutes(*http);
     filePage->addRoutes(*http);
@@ -207,8 +225,8 @@ void LocalServer::Parts::addEndpoints(const ServerOptions& options, std::functio
     shareEndpoint->addRoutes(*http);
     if (options.hasControl()) {
         controlEndpoint = std::make_unique<ControlEndpoint>(
-            options.controlToken,
-            ControlEndpoint::Parts{faults, *statistics, *uploads, *tokens, *tokenEndpoint, owner, std::move(shutdown)});
+            options.controlToken, ControlEndpoint::Parts{faults, *statistics, *uploads, *tokens, roads, *store,
+                                                         *tokenEndpoint, owner, std::move(shutdown)});
         controlEndpoint->addRoutes(*http);
     }
     if (!options.quiet)

@@ -24,11 +24,15 @@ QList<QCommandLineOption> knownOptions() {
         option("token-lifetime", "Lifetime of an access token in seconds (3600).", "seconds"),
         option("idle-exit", "End after so many seconds without a request.", "seconds"),
         option("tls", "Serve https with this PEM certificate; the key is the next argument.", "certificate"),
-        option("client", "Pin a client id to its secret; may be repeated.", "id:secret"),
+        option("client", "Pin a client id to its secret, or as one that has none; may be repeated.", "id[:secret]"),
         option("only-clients", "Refuse clients that are not pinned."),
         option("control", "Switch on the control endpoint for requests with this token.", "token"),
         option("activity", "Invented people change files of their own, so many times a minute.", "rate"),
         option("activity-seed", "Which story they play (1).", "number"),
+        option("without-rpc", "Begin without the JSON-RPC road: calls are taken on the REST road alone."),
+        option("with-rpc", "Begin with it, whatever QUENBY_LOCALDRIVE_WITHOUT_RPC says."),
+        option("without-change-ids", "Give changes no numeric ids: lists go on by page tokens alone."),
+        option("with-change-ids", "Give them, whatever QUENBY_LOCALDRIVE_WITHOUT_CHANGE_IDS says."),
         option("quiet", "Write no line a request to standard error."),
         QCommandLineOption({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this text.")),
     };
@@ -63,13 +67,21 @@ Result<std::optional<TlsFiles>> tlsFiles(const QCommandLineParser& parser) {
     return std::optional<TlsFiles>(files);
 }
 
+// What the Drive is told to have lost. A variable reaches Drives too that other programs start.
+bool isLost(const QCommandLineParser& parser, const char* what, const char* variable) {
+    if (parser.isSet(QStringLiteral("with-") + QLatin1String(what)))
+        return false;
+    return parser.isSet(QStringLiteral("without-") + QLatin1String(what)) ||
+           qEnvironmentVariableIntValue(variable) != 0;
+}
+
 Result<QHash<QString, QString>> pinnedClients(const QCommandLineParser& parser) {
     QHash<QString, QString> clients;
     for (const QString& pair : parser.values(QStringLiteral("client"))) {
         const qsizetype colon = pair.indexOf(QLatin1Char(':'));
-        if (colon <= 0)
-            return usageError(QStringLiteral("--client takes an id and a secret with a colon between them."));
-        clients.insert(pair.left(colon), pair.mid(colon + 1));
+        if (pair.isEmpty() || colon == 0)
+            return usageError(QStringLiteral("--client takes an id, and a secret with a colon between them."));
+        clients.insert(pair.left(colon), colon < 0 ? QString() : pair.mid(colon + 1));
     }
     return clients;
 }
@@ -121,6 +133,8 @@ Result<ServerOptions> ServerOptions::parse(const QStringList& arguments) {
     options.clients = *clients;
     options.onlyClients = parser.isSet(QStringLiteral("only-clients"));
     options.controlToken = parser.value(QStringLiteral("control"));
+    options.withoutRpc = isLost(parser, "rpc", "QUENBY_LOCALDRIVE_WITHOUT_RPC");
+    options.withoutChangeIds = isLost(parser, "change-ids", "QUENBY_LOCALDRIVE_WITHOUT_CHANGE_IDS");
     options.quiet = parser.isSet(QStringLiteral("quiet"));
     return options;
 }

@@ -26,6 +26,8 @@ struct ServerOptions {
     QHash<QString, QString> clients; // pinned client id -> its secret; other ids are taken with any secret
     bool onlyClients = false;        // other ids are refused
     QString controlToken;            // empty: no control endpoint
+    bool withoutRpc = false;         // the JSON-RPC road is closed
+    bool withoutChangeIds = false;   // changes have no numeric ids
     bool quiet = false;              // no line a request, nor an event of the activity
     int activityRate = 0;            // events a minute of invented people; 0: there are none
     quint32 activitySeed = 1;        // of their story

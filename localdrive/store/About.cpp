@@ -1,6 +1,7 @@
 #include "localdrive/store/About.h"
 
 #include "localdrive/store/ChangeLog.h"
+#include "localdrive/store/Changes.h"
 #include "localdrive/store/Files.h"
 #include "localdrive/store/Identifiers.h"
 #include "localdrive/store/Links.h"
@@ -54,6 +55,8 @@ QJsonArray exportFormats() {
 } // namespace
 
 Result<QJsonObject> get(Work& work, const Parameters& params) {
+    if (const MaybeError refused = changes::checkStartChangeId(work, params))
+        return *refused;
     const Account& account = work.caller().user;
     QJsonObject about{
         {QStringLiteral("kind"), QStringLiteral("drive#about")},
@@ -73,7 +76,8 @@ Result<QJsonObject> get(Work& work, const Parameters& params) {
          QJsonArray{QJsonObject{{QStringLiteral("type"), QStringLiteral("*")},
                                 {QStringLiteral("size"), int64(work.store().settings().quotaBytesTotal)}}}}};
     addQuota(about, work);
-    addChanges(about, work, params);
+    if (work.store().offersChangeIds())
+        addChanges(about, work, params);
     about.insert(QStringLiteral("etag"), entityTag(QJsonDocument(about).toJson(QJsonDocument::Compact)));
     return about;
 }

@@ -26,9 +26,14 @@ QString resolvedId(Work& work, const QString& id) {
     return id == QLatin1String("root") ? work.store().rootFolderId() : id;
 }
 
+bool isShownTo(Work& work, const FileRecord& file) {
+    const CallingProgram& program = work.caller().program;
+    return !program.seesOwnFilesOnly || file.madeWith == program.clientId || file.id == work.store().rootFolderId();
+}
+
 Result<FileRecord> findFile(Work& work, const QString& id, Role needed) {
     std::optional<FileRecord> file = FileRecord::find(work.session(), resolvedId(work, id));
-    const Role role = file ? roleOf(work, file->id) : Role::none;
+    const Role role = file && isShownTo(work, *file) ? roleOf(work, file->id) : Role::none;
     if (role == Role::none)
         return apiError::notFound(QStringLiteral("File"), id);
     if (role < needed)

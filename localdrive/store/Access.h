@@ -16,6 +16,10 @@ QString permissionId(const QString& type, const QString& value, bool withLink);
 // The most that any permission of the file gives the caller.
 Role roleOf(Work& work, const QString& fileId);
 
+// Whether the calling program may know of the file at all: with full access of every one, else of those that it made,
+// and of the root folder.
+bool isShownTo(Work& work, const FileRecord& file);
+
 // The file of that id, "root" being the root folder's other name. A file that the caller can't see is 404 "notFound",
 // one that he can see but may not treat so is 403 "insufficientFilePermissions".
 Result<FileRecord> findFile(Work& work, const QString& id, Role needed = Role::reader);

@@ -43,6 +43,10 @@ Error conditionNotMet(const QString& message) { return make(412, QStringLiteral(
 
 Error duplicate(const QString& message) { return make(409, QStringLiteral("duplicate"), message); }
 
+Error fileIdInUse(const QString& id) {
+    return make(409, QStringLiteral("fileIdInUse"), QStringLiteral("A file with this id exists already: %1").arg(id));
+}
+
 Error methodNotFound(const QString& method) {
     return make(-32601, QStringLiteral("methodNotFound"), QStringLiteral("Method not found: %1").arg(method));
 }

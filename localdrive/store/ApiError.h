@@ -28,6 +28,7 @@ Error quotaExceeded();                                           // 403 quotaExc
 Error notDownloadable();                                         // 400 fileNotDownloadable
 Error conditionNotMet(const QString& message);                   // 412 conditionNotMet
 Error duplicate(const QString& message);                         // 409 duplicate
+Error fileIdInUse(const QString& id);                            // 409 fileIdInUse
 Error methodNotFound(const QString& method);                     // -32601 methodNotFound
 Error internal(const QString& message);                          // 500 backendError
 

@@ -14,6 +14,7 @@
 
 #include <QFile>
 
+#include <atomic>
 #include <memory>
 
 namespace quenby::localdrive {
@@ -48,6 +49,11 @@ public:
     // Signs page tokens; random, and the same for the life of the Drive.
     const QByteArray& pageTokenKey() const { return pageTokenKey_; }
 
+    // Whether changes have numeric ids. A Drive may be told to have given them up; page tokens then say where a list of
+    // changes goes on. They are numbered all the same, so that this can be taken back.
+    bool offersChangeIds() const { return offersChangeIds_; }
+    void offerChangeIds(bool offered) { offersChangeIds_ = offered; }
+
     Database& database() { return *database_; }
     BlobStore& blobs() { return *blobs_; }
 
@@ -68,6 +74,7 @@ private:
     std::unique_ptr<BlobStore> blobs_;
     QString rootFolderId_;
     QByteArray pageTokenKey_;
+    std::atomic<bool> offersChangeIds_ = true;
 };
 
 } // namespace quenby::localdrive

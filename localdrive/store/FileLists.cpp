@@ -21,12 +21,13 @@ struct FilePage {
 
 // The files of the page that the caller may see and that meet the condition.
 FilePage selectPage(Work& work, const SearchCondition& condition, const PageRequest& page) {
+    const CallingProgram& program = work.caller().program;
     const QString sql = FileRecord::select() +
                         QStringLiteral("WHERE f.seq < ? AND f.id <> ? AND EXISTS(SELECT 1 FROM permissions "
-                                       "WHERE file_id = f.id AND id = ?) AND ") +
+                                       "WHERE file_id = f.id AND id = ?) AND (? OR f.made_with = ?) AND ") +
                         condition.sql + QStringLiteral(" ORDER BY f.seq DESC LIMIT ?");
     QVariantList values{page.after.value_or(std::numeric_limits<qint64>::max()), work.store().rootFolderId(),
-                        work.caller().user.permissionId()};
+                        work.caller().user.permissionId(), !program.seesOwnFilesOnly, program.clientId};
     values += condition.values;
     values += page.limit + 1; // one more tells whether there is a next page
 

@@ -12,7 +12,7 @@ const QString& FileRecord::select() {
         QStringLiteral("SELECT f.seq, f.id, f.title, f.mime_type, f.original_filename, f.description, f.folder_color, "
                        "f.created, f.modified, f.modified_by, f.modified_by_me, f.viewed, f.shared_with_me, f.trashed, "
                        "f.explicitly_trashed, f.starred, f.hidden, f.restricted, f.writers_can_share, "
-                       "f.head_revision, f.quota_used, f.version, b.id, b.size, b.md5 "
+                       "f.head_revision, f.quota_used, f.version, f.made_with, b.id, b.size, b.md5 "
                        "FROM files f LEFT JOIN revisions r ON r.id = f.head_revision "
                        "LEFT JOIN blobs b ON b.id = r.blob_id ");
     return sql;
@@ -44,6 +44,7 @@ FileRecord FileRecord::fromRow(const Row& row) {
     file.headRevision = next().toString();
     file.quotaUsed = next().toLongLong();
     file.version = next().toLongLong();
+    file.madeWith = next().toString();
     file.blobId = next().toString();
     file.size = next().toLongLong();
     file.md5 = next().toString();
@@ -59,15 +60,16 @@ std::optional<FileRecord> FileRecord::find(Session& session, const QString& id) 
 QVariantList FileRecord::writtenValues() const {
     return {title,    searchKey(title), mimeType,     originalFilename, description,  folderColor, created,
             modified, modifiedBy,       modifiedByMe, viewed,           sharedWithMe, trashed,     explicitlyTrashed,
-            starred,  hidden,           restricted,   writersCanShare,  headRevision, quotaUsed,   id};
+            starred,  hidden,           restricted,   writersCanShare,  headRevision, quotaUsed,   madeWith,
+            id};
 }
 
 void FileRecord::insert(Session& session) {
     session.run(QStringLiteral("INSERT INTO files(title, title_key, mime_type, original_filename, description, "
                                "folder_color, created, modified, modified_by, modified_by_me, viewed, shared_with_me, "
                                "trashed, explicitly_trashed, starred, hidden, restricted, writers_can_share, "
-                               "head_revision, quota_used, id) "
-                               "VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+                               "head_revision, quota_used, made_with, id) "
+                               "VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
                 writtenValues());
     seq = session.value(QStringLiteral("SELECT last_insert_rowid()")).toLongLong();
 }
@@ -77,7 +79,7 @@ void FileRecord::update(Session& session) const {
                                "description = ?, folder_color = ?, created = ?, modified = ?, modified_by = ?, "
                                "modified_by_me = ?, viewed = ?, shared_with_me = ?, trashed = ?, "
                                "explicitly_trashed = ?, starred = ?, hidden = ?, restricted = ?, "
-                               "writers_can_share = ?, head_revision = ?, quota_used = ? WHERE id = ?"),
+                               "writers_can_share = ?, head_revision = ?, quota_used = ?, made_with = ? WHERE id = ?"),
                 writtenValues());
 }
 

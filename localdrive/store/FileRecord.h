@@ -33,6 +33,7 @@ struct FileRecord {
     QString headRevision;
     qint64 quotaUsed = 0; // bytes of the head and of pinned revisions
     qint64 version = 0;
+    QString madeWith; // client id of the program that made it
 
     // Of the head revision; read, never written from here.
     QString blobId; // empty for folders and native documents

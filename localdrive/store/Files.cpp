@@ -11,6 +11,7 @@
 #include "localdrive/store/NativeTypes.h"
 #include "localdrive/store/Permissions.h"
 #include "localdrive/store/Revisions.h"
+#include "localdrive/store/Text.h"
 
 #include <QJsonArray>
 
@@ -39,9 +40,20 @@ Result<QString> adoptContent(Work& work, const Parameters& params) {
     return work.adopt(*params.media());
 }
 
+// An id is spent for good: the change that tells of a deleted file goes on to name it.
+bool isTaken(Session& session, const QString& id) {
+    return session
+        .value(QStringLiteral("SELECT 1 FROM files WHERE id = ? UNION ALL SELECT 1 FROM changes WHERE file_id = ?"),
+               {id, id})
+        .isValid();
+}
+
+QString chosenId(const QJsonObject& resource) { return cleaned(resource.value(QLatin1String("id")).toString()); }
+
 FileRecord newRecord(Work& work) {
     FileRecord file;
     file.id = newFileId();
+    file.madeWith = work.caller().program.clientId;
     file.created = work.now();
     file.modified = work.now();
     file.modifiedBy = work.caller().user.emailAddress;
@@ -159,10 +171,45 @@ MaybeError checkQuota(Session& session, qint64 total, qint64 more) {
     return std::nullopt;
 }
 
+MaybeError checkChosenId(Session& session, const QJsonObject& resource) {
+    if (!resource.contains(QLatin1String("id")))
+        return std::nullopt;
+    const QString id = chosenId(resource);
+    if (!isPlausibleFileId(id))
+        return apiError::invalid(QStringLiteral("id"),
+                                 QStringLiteral("The provided file ID is not usable: %1").arg(id));
+    if (isTaken(session, id))
+        return apiError::fileIdInUse(id);
+    return std::nullopt;
+}
+
 namespace files {
+
+Result<QJsonObject> generateIds(Work& work, const Parameters& params) {
+    constexpr qint64 usual = 10;
+    constexpr qint64 most = 1000;
+    const qint64 count = params.number("maxResults").value_or(usual);
+    if (count < 1 || count > most)
+        return apiError::invalid(QStringLiteral("maxResults"), QStringLiteral("maxResults must be from 1 to 1000."));
+    const QString drive = QStringLiteral("drive");
+    if (const QString space = params.text("space"); !space.isEmpty() && space != drive)
+        return apiError::invalid(QStringLiteral("space"), QStringLiteral("The only space is drive."));
+    QJsonArray ids;
+    while (ids.size() < count)
+        if (const QString id = newFileId(); !isTaken(work.session(), id))
+            ids.append(id);
+    return QJsonObject{{QStringLiteral("kind"), QStringLiteral("drive#generatedIds")},
+                       {QStringLiteral("space"), drive},
+                       {QStringLiteral("ids"), ids}};
+}
 
 Result<QJsonObject> insert(Work& work, const Parameters& params) {
     FileRecord file = newRecord(work);
+    if (params.resource().contains(QLatin1String("id"))) {
+        file.id = chosenId(params.resource());
+        if (const MaybeError refused = checkChosenId(work.session(), params.resource()))
+            return *refused;
+    }
     file.mimeType = params.mediaType();
     if (const MaybeError wrong = applyMetadata(params.resource(), SettableDates::all, work.now(), file))
         return *wrong;
@@ -293,10 +340,12 @@ Result<QJsonObject> remove(Work& work, const Parameters& params) {
 }
 
 Result<QJsonObject> emptyTrash(Work& work, const Parameters&) {
+    const CallingProgram& program = work.caller().program;
     const QList<Row> trashed = work.session().rows(
         QStringLiteral("SELECT f.id FROM files f JOIN permissions p ON p.file_id = f.id AND p.id = ? AND p.role = ? "
-                       "WHERE f.trashed"),
-        {work.caller().user.permissionId(), static_cast<int>(Role::owner)});
+                       "WHERE f.trashed AND (? OR f.made_with = ?)"),
+        {work.caller().user.permissionId(), static_cast<int>(Role::owner), !program.seesOwnFilesOnly,
+         program.clientId});
     FileTree tree(work);
     for (const Row& row : trashed)
         tree.remove(row[0].toString());

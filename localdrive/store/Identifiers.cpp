@@ -2,6 +2,7 @@
 
 #include <QCryptographicHash>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 
 namespace quenby::localdrive {
 namespace {
@@ -24,6 +25,11 @@ QString randomId(const char* prefix, qsizetype length) {
 } // namespace
 
 QString newFileId() { return randomId("1", 44); }
+
+bool isPlausibleFileId(const QString& id) {
+    static const QRegularExpression form(QRegularExpression::anchoredPattern(QStringLiteral("[A-Za-z0-9_-]{25,64}")));
+    return form.match(id).hasMatch();
+}
 
 QString newRootFolderId() { return randomId("0A", 19); }
 

@@ -40,13 +40,16 @@ std::optional<qint64> pagePosition(const QByteArray& key, const QString& list, c
     return position;
 }
 
-Result<PageRequest> pageRequest(Work& work, const Parameters& params, const QString& list, PageLimits limits) {
+Result<PageRequest> pageRequest(Work& work, const Parameters& params, const QString& list, PageLimits limits,
+                                const QString& anyFilter) {
     PageRequest page{list, params.number("maxResults").value_or(limits.usual), std::nullopt};
     if (page.limit < 1)
         return apiError::invalid(QStringLiteral("maxResults"), QStringLiteral("maxResults must be at least 1."));
     page.limit = std::min(page.limit, limits.most);
     if (const QString token = params.text("pageToken"); !token.isEmpty()) {
         page.after = pagePosition(work.store().pageTokenKey(), list, token);
+        if (!page.after && !anyFilter.isEmpty())
+            page.after = pagePosition(work.store().pageTokenKey(), anyFilter, token);
         if (!page.after)
             return apiError::invalid(QStringLiteral("pageToken"),
                                      QStringLiteral("Invalid page token: begin again with the first page."));

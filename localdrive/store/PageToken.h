@@ -27,8 +27,10 @@ struct PageRequest {
     std::optional<qint64> after; // position of the last item of the page before
 };
 
-// Reads "maxResults" (at least 1) and "pageToken". `list` must tell lists of different filters apart.
-Result<PageRequest> pageRequest(Work& work, const Parameters& params, const QString& list, PageLimits limits);
+// Reads "maxResults" (at least 1) and "pageToken". `list` must tell lists of different filters apart. A token of
+// `anyFilter` is good as well.
+Result<PageRequest> pageRequest(Work& work, const Parameters& params, const QString& list, PageLimits limits,
+                                const QString& anyFilter = {});
 
 // For rows that were asked for with one more than the limit and have their position in the first column: takes the
 // surplus one off and returns the position of the last that stays; nothing when the page is the last.

@@ -80,6 +80,9 @@ QStringList driveSchema() {
         // What native documents hold, as JSON; a row from the first time on that one is written to.
         QStringLiteral("CREATE TABLE documents(file_id TEXT PRIMARY KEY REFERENCES files(id) ON DELETE CASCADE, "
                        "revision INTEGER NOT NULL, content TEXT NOT NULL)"),
+
+        // The client id of the program that made the file; empty for the Drive's own pages.
+        QStringLiteral("ALTER TABLE files ADD COLUMN made_with TEXT NOT NULL DEFAULT ''"),
     };
 }
 

@@ -12,6 +12,8 @@
 #include "platform/linux/login/AutostartLoginItem.h"
 #include "platform/linux/media/PluginMedia.h"
 #include "platform/linux/modules/ModuleFile.h"
+#include "platform/linux/network/DesktopSleepInhibitor.h"
+#include "platform/linux/network/NetworkManagerCost.h"
 #include "platform/linux/screencapture/ProcessScreenCaptureTool.h"
 #include "platform/linux/screenshots/FolderScreenshotQuery.h"
 #include "platform/linux/session/BusSingleInstance.h"
@@ -77,6 +79,8 @@ PlatformServices makeLinuxPlatform(const LinuxPlatformOptions& options, const st
     services.globalShortcuts = makeDesktopShortcuts();
     services.loginItem =
         std::make_unique<AutostartLoginItem>(autostartOptions(options.profile, options.loginArguments));
+    services.networkCost = std::make_unique<NetworkManagerCost>();
+    services.sleepInhibitor = std::make_unique<DesktopSleepInhibitor>();
     services.singleInstance = std::make_unique<BusSingleInstance>(QDBusConnection::sessionBus(), timeSource);
     services.sessionEnd = std::make_unique<PosixSessionEnd>();
     services.appearance = std::make_unique<DarkPreference>();

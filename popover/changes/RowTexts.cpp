@@ -1,5 +1,7 @@
 #include "popover/changes/RowTexts.h"
 
+#include "core/ResourceKey.h"
+
 #include <algorithm>
 
 namespace quenby {
@@ -62,10 +64,12 @@ QString nameOf(const ChangeRecord& record) {
 }
 
 // Everything after "id=". A link without it is none that this program made; of such a one all but its first three
-// characters is taken.
-QString fileIdentifier(const QString& share) {
+// characters is taken. The file's resource key, when it has one, stands behind its identifier.
+QString fileIdentifier(const RowTexts& texts) {
     const QLatin1String mark("id=");
-    return share.mid(std::max<qsizetype>(share.indexOf(mark), 0) + mark.size());
+    const QString identifier = texts.share.mid(std::max<qsizetype>(texts.share.indexOf(mark), 0) + mark.size());
+    const QString key = addressWithResourceKey({}, texts.resourceKey);
+    return !key.isEmpty() && identifier.endsWith(key) ? identifier.chopped(key.size()) : identifier;
 }
 
 } // namespace
@@ -92,19 +96,21 @@ bool isSummary(const ChangeRecord& record) { return record.status == Status::del
 
 RowTexts rowTexts(const ChangeRecord& record) {
     return {nameOf(record), record.status ? verbOf(*record.status) : QString(),
-            isGone(record) ? QString() : record.share};
+            isGone(record) ? QString() : record.share, record.resourceKey};
 }
 
 PageOpenRecord rowPage(const RowTexts& texts, const QUrl& webURL) {
     QString path = webURL.path(QUrl::FullyEncoded);
     if (!path.endsWith(QLatin1Char('/')))
         path += QLatin1Char('/');
-    path += QStringLiteral("file/d/") + QString::fromLatin1(QUrl::toPercentEncoding(fileIdentifier(texts.share))) +
+    path += QStringLiteral("file/d/") + QString::fromLatin1(QUrl::toPercentEncoding(fileIdentifier(texts))) +
             QStringLiteral("/view");
     PageOpenRecord page;
     page.title = texts.title();
     page.url = webURL;
     page.url.setPath(path, QUrl::StrictMode);
+    if (const QString key = resourceKeyItem(texts.resourceKey); !key.isEmpty())
+        page.url.setQuery(key, QUrl::StrictMode);
     return page;
 }
 

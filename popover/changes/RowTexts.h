@@ -15,6 +15,8 @@ struct RowTexts {
     QString
         share; // the file's link; empty when the row can be neither opened nor shared. Carries a secret: show nowhere
 
+    QString resourceKey = {}; // that the file's page asks for; mostly empty
+
     bool isOpenable() const { return !share.isEmpty(); }
     // "Report.pdf Added."
     QString title() const;

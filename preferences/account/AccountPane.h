@@ -5,6 +5,7 @@
 
 #include "core/AccountDisplay.h"
 #include "core/AccountUsage.h"
+#include "core/DriveAccess.h"
 
 #include <QImage>
 #include <QWidget>
@@ -25,6 +26,9 @@ public:
 
     // The display's names are empty, and what there is to tell stands in its quota, while nobody is signed in.
     void setAccount(const AccountDisplay& account, bool isSignedIn);
+    // What the sign-in opens to the program; absent: nothing of the Drive. Nothing is told of it before, nor to
+    // somebody who is not signed in.
+    void setAccess(const std::optional<DriveAccess>& granted);
     // Absent until the account was fetched.
     void setUsage(const std::optional<AccountUsage>& usage);
     // Null: a drawn face.
@@ -35,14 +39,19 @@ public:
 Q_SIGNALS:
     void logout_click();
     void signInRequested();
+    // For other access.
+    void signInAgainRequested();
     void ownClientRequested();
 
 private:
     void showQuota();
+    void showAccess();
 
     const std::unique_ptr<AccountPaneUi> ui_;
     AccountDisplay account_;
+    bool isSignedIn_ = false;
     std::optional<AccountUsage> usage_;
+    QString access_; // as a sentence; empty: there is nothing to tell
 };
 
 } // namespace quenby

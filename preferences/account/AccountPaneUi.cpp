@@ -29,7 +29,7 @@ QLayout* makeHeader(const AccountPaneUi& ui) {
     auto* lines = new QVBoxLayout;
     lines->setSpacing(lineSpacing);
     lines->addStretch(1);
-    for (QLabel* line : {ui.user_name, ui.account_name, ui.quota})
+    for (QLabel* line : {ui.user_name, ui.account_name, ui.quota, ui.access})
         lines->addWidget(line);
     lines->addStretch(1);
     auto* header = new QHBoxLayout;
@@ -45,6 +45,7 @@ QLayout* makeButtons(const AccountPaneUi& ui) {
     buttons->addWidget(ui.ownClientButton);
     buttons->addStretch(1);
     buttons->addWidget(ui.signInButton);
+    buttons->addWidget(ui.signInAgainButton);
     buttons->addWidget(ui.logoutButton);
     return buttons;
 }
@@ -56,18 +57,23 @@ AccountPaneUi::AccountPaneUi(QWidget* pane)
     , user_name(new ElidedLabel(pane))
     , account_name(new SecondaryLabel(pane))
     , quota(new SecondaryLabel(pane))
+    , access(new SecondaryLabel(pane))
     , usage(new ServiceUsageBar(pane))
     , ownClientButton(new QPushButton(AccountPane::tr("Use Own &Client…"), pane))
     , signInButton(new QPushButton(AccountPane::tr("Sign &In"), pane))
+    , signInAgainButton(new QPushButton(AccountPane::tr("Sign In &Again…"), pane))
     , logoutButton(new QPushButton(AccountPane::tr("Sign &Out"), pane)) {
     enlarge(*user_name);
     user_name->setObjectName(QStringLiteral("user_name"));
     account_name->setObjectName(QStringLiteral("account_name"));
     quota->setObjectName(QStringLiteral("quota"));
+    access->setObjectName(QStringLiteral("access"));
+    signInAgainButton->setToolTip(AccountPane::tr("Signs out; then another access can be chosen"));
+    signInAgainButton->setAccessibleDescription(signInAgainButton->toolTip());
     for (QLabel* label : {user_name, account_name})
         label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     logoutButton->setObjectName(QStringLiteral("logoutButton"));
-    for (QPushButton* button : {ownClientButton, signInButton, logoutButton})
+    for (QPushButton* button : {ownClientButton, signInButton, signInAgainButton, logoutButton})
         button->setAutoDefault(true); // so that Return presses it, too
 
     auto* layout = new QVBoxLayout(pane);
@@ -78,7 +84,8 @@ AccountPaneUi::AccountPaneUi(QWidget* pane)
     layout->addStretch(1);
     layout->addLayout(makeButtons(*this));
     QWidget::setTabOrder(ownClientButton, signInButton);
-    QWidget::setTabOrder(signInButton, logoutButton);
+    QWidget::setTabOrder(signInButton, signInAgainButton);
+    QWidget::setTabOrder(signInAgainButton, logoutButton);
 }
 
 } // namespace quenby

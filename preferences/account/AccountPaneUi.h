@@ -17,9 +17,11 @@ struct AccountPaneUi {
     QLabel* user_name;
     QLabel* account_name;
     QLabel* quota; // "4.3 GB of 15 GB used", or what there is to tell instead
+    QLabel* access;
     ServiceUsageBar* usage;
     QPushButton* ownClientButton;
     QPushButton* signInButton;
+    QPushButton* signInAgainButton;
     QPushButton* logoutButton;
 };
 

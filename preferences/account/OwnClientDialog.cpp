@@ -186,10 +186,11 @@ void OwnClientDialog::refresh() {
     if (!elsewhere.isEmpty())
         inUse += QLatin1Char(' ') + elsewhere;
     ui_->inUse->setText(inUse);
-    ui_->useStep->setExplanation(clients_.isSignedIn()
-                                     ? tr("You are signed in. Quenby signs you out, and you sign in again with the "
-                                          "other client.")
-                                     : tr("The next time that you sign in, it will be with this client."));
+    ui_->useStep->setExplanation(
+        (clients_.isSignedIn()
+             ? tr("You are signed in. Quenby signs you out, and you sign in again with the other client.")
+             : tr("The next time that you sign in, it will be with this client.")) +
+        QLatin1Char(' ') + tr("Should something be missing in the console even then, Quenby says what."));
     const auto trial = ui_->trialStep->state();
     ui_->tryButton->setEnabled(read_ && trial != StepView::State::checking);
     ui_->formerButton->setVisible(!isProgramsOwn && elsewhere.isEmpty());

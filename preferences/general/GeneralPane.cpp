@@ -59,8 +59,9 @@ void GeneralPane::connectShortcut() {
 }
 
 void GeneralPane::setValue() {
-    for (SettingCheckBox* box : {ui_->showMenubarIcon, ui_->showUsegeText, ui_->notificationDisplay, ui_->launchAtLogin,
-                                 ui_->screenshotShare, ui_->customShortcutEnabled})
+    for (SettingCheckBox* box :
+         {ui_->showMenubarIcon, ui_->showUsegeText, ui_->notificationDisplay, ui_->launchAtLogin, ui_->screenshotShare,
+          ui_->captureToLink, ui_->uploadsRestOnMetered, ui_->customShortcutEnabled})
         box->refresh();
     ui_->place->refresh();
     ui_->proxy->refresh();

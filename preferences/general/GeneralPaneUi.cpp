@@ -18,9 +18,9 @@ namespace quenby {
 namespace {
 
 constexpr int margin = 16;
-constexpr int verticalMargin = 12;
+constexpr int verticalMargin = 10;
 constexpr int columnDistance = 12;
-constexpr int rowDistance = 6;
+constexpr int rowDistance = 3;
 constexpr int controlDistance = 12; // of two in one row
 
 enum Column { captions, controls };
@@ -107,6 +107,10 @@ GeneralPaneUi::GeneralPaneUi(QWidget* pane, Defaults& defaults)
     , chooseFolder(makeButton(tr("&Choose…"), tr("Chooses the folder whose screenshots are uploaded"), pane))
     , searchedFolders(makeButton(tr("&Folders…"), tr("Shows in which folders screenshots are looked for"), pane))
     , folderNotice(new NoticeLine(NoticeLine::Kind::trouble, screenshotShare, pane))
+    , captureToLink(
+          new SettingCheckBox(tr("Copy the lin&k of captures"), defaults, defaultsKey::captureToLink, true, pane))
+    , uploadsRestOnMetered(new SettingCheckBox(tr("Pause uploads on &metered connections"), defaults,
+                                               defaultsKey::uploadsRestOnMetered, true, pane))
     , customShortcutEnabled(
           new SettingCheckBox(tr("Show the &window with"), defaults, defaultsKey::customShortcutEnabled, false, pane))
     , customShortcutView(new ShortcutRecorder(defaults, pane))
@@ -122,15 +126,17 @@ GeneralPaneUi::GeneralPaneUi(QWidget* pane, Defaults& defaults)
     form.addRow(tr("Screenshots:"), {screenshotShare});
     form.addRow({}, {folder, chooseFolder, searchedFolders}, folder);
     form.addNotice(folderNotice);
+    form.addRow(tr("Captures:"), {captureToLink});
+    form.addRow(tr("Uploads:"), {uploadsRestOnMetered});
     form.addRow(tr("Shortcut:"), {customShortcutEnabled, customShortcutView}, customShortcutView);
     form.addNotice(shortcutNotice);
     form.addNotice(keysHint);
     form.addRow(tr("Pro&xy:"), {proxy});
 
     QWidget* last = showMenubarIcon;
-    for (QWidget* next : std::initializer_list<QWidget*>{showUsegeText, place, notificationDisplay, launchAtLogin,
-                                                         screenshotShare, chooseFolder, searchedFolders,
-                                                         customShortcutEnabled, customShortcutView, proxy}) {
+    for (QWidget* next : std::initializer_list<QWidget*>{
+             showUsegeText, place, notificationDisplay, launchAtLogin, screenshotShare, chooseFolder, searchedFolders,
+             captureToLink, uploadsRestOnMetered, customShortcutEnabled, customShortcutView, proxy}) {
         QWidget::setTabOrder(last, next);
         last = next;
     }

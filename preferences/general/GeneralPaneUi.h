@@ -27,6 +27,8 @@ struct GeneralPaneUi {
     QPushButton* chooseFolder;
     QPushButton* searchedFolders;
     NoticeLine* folderNotice;
+    SettingCheckBox* captureToLink;
+    SettingCheckBox* uploadsRestOnMetered;
     SettingCheckBox* customShortcutEnabled;
     ShortcutRecorder* customShortcutView;
     NoticeLine* shortcutNotice;

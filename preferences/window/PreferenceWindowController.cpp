@@ -38,6 +38,7 @@ void PreferenceWindowController::windowDidLoad() {
             &PreferenceWindowController::showScreenshotFolders);
     connect(ui_.accountView, &AccountPane::logout_click, this, &PreferenceWindowController::logout_click);
     connect(ui_.accountView, &AccountPane::signInRequested, this, &PreferenceWindowController::signInRequested);
+    connect(ui_.accountView, &AccountPane::signInAgainRequested, this, &PreferenceWindowController::signInAgain);
     connect(ui_.accountView, &AccountPane::ownClientRequested, this, &PreferenceWindowController::showOwnClient);
     connect(ui_.aboutView, &AboutPane::copyDiagnosticsRequested, this,
             &PreferenceWindowController::copyDiagnosticsRequested);
@@ -86,6 +87,10 @@ void PreferenceWindowController::setAccount(const AccountDisplay& account, bool 
     ui_.accountView->setAccount(account, isSignedIn);
 }
 
+void PreferenceWindowController::setAccess(const std::optional<DriveAccess>& granted) {
+    ui_.accountView->setAccess(granted);
+}
+
 void PreferenceWindowController::setUsage(const std::optional<AccountUsage>& usage) {
     ui_.accountView->setUsage(usage);
 }
@@ -99,6 +104,11 @@ void PreferenceWindowController::diagnosticsCopied(const QString& trouble) {
 void PreferenceWindowController::logout_click() {
     window_->close();
     Q_EMIT logoutUser();
+}
+
+void PreferenceWindowController::signInAgain() {
+    window_->close();
+    Q_EMIT signInAgainRequested();
 }
 
 // --- Windows --------------------------------------------------------------------------------------------------------

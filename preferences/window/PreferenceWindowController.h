@@ -6,6 +6,7 @@
 
 #include "core/AccountDisplay.h"
 #include "core/AccountUsage.h"
+#include "core/DriveAccess.h"
 #include "preferences/about/AboutPane.h"
 #include "preferences/general/ScreenshotFolder.h"
 #include "preferences/window/PreferenceWindowUi.h"
@@ -61,6 +62,8 @@ public:
     void setShortcutEnabled(bool isEnabled);
 
     void setAccount(const AccountDisplay& account, bool isSignedIn);
+    // Of the sign-in; see AccountPane.
+    void setAccess(const std::optional<DriveAccess>& granted);
     void setUsage(const std::optional<AccountUsage>& usage);
     void setPicture(const QImage& picture);
     void diagnosticsCopied(const QString& trouble);
@@ -68,6 +71,7 @@ public:
 Q_SIGNALS:
     // The window has closed itself before.
     void logoutUser();
+    void signInAgainRequested();
     void signInRequested();
     void copyDiagnosticsRequested();
     // Once; through the event loop, and so after whatever was requested.
@@ -76,6 +80,7 @@ Q_SIGNALS:
 private:
     void windowDidLoad();
     void logout_click();
+    void signInAgain();
     void showScreenshotFolders();
     void showOwnClient();
     void windowClosed();

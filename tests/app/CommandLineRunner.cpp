@@ -32,6 +32,10 @@ CommandLineRunner::CommandLineRunner()
           std::pair("XDG_CONFIG_HOME", "config"), std::pair("XDG_CACHE_HOME", "cache")})
         environment_.insert(QString::fromLatin1(variable), home_.filePath(QString::fromLatin1(folder)));
     environment_.remove(QStringLiteral("QUENBY_POLL_SECONDS"));
+    // Nobody's keyring is asked, and no browser of whoever runs the tests is opened.
+    environment_.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QStringLiteral("unix:path=/nonexistent"));
+    environment_.remove(QStringLiteral("DISPLAY"));
+    environment_.remove(QStringLiteral("WAYLAND_DISPLAY"));
 }
 
 CommandLineRunner::~CommandLineRunner() {

@@ -61,7 +61,7 @@ private Q_SLOTS:
         row("download --local", 2, "exactly one");
         row("about", 1, "start Quenby and sign in there");
         row("upload missing.txt", 1, "start Quenby and sign in there");
-        row("signin", 1, "needs the desktop program's window");
+        row("signin", 1, "no session bus");
         row("upload missing.txt --local", 1, "missing.txt: no such file");
         row("download nosuchid --local", 1, "nosuchid: ");
     }
@@ -216,6 +216,31 @@ private Q_SLOTS:
         QCOMPARE(seen.count("first.txt"), 1); // told once
         QCOMPARE(::kill(static_cast<pid_t>(watcher->processId()), SIGINT), 0);
         QCOMPARE(runner_->waitFor(*watcher).exitCode, 128 + SIGINT);
+    }
+
+    // The local Drive ends under the eyes of the watcher, and comes back as one that gives changes no numbers.
+    void changesAreWatchedWhenTheirNumbersEnd() {
+        CommandLineRunner runner;
+        const QString first = runner.makeFile("first.txt", "1");
+        QCOMPARE(runner.run({QStringLiteral("upload"), QStringLiteral("--local"), first}).exitCode, 0);
+        runner.setEnvironment(QStringLiteral("QUENBY_POLL_SECONDS"), QStringLiteral("0.05"));
+        runner.setEnvironment(QStringLiteral("QUENBY_LOCALDRIVE_WITHOUT_CHANGE_IDS"), QStringLiteral("1"));
+        const auto watcher = runner.start(words("changes --local --watch --json"));
+        QByteArray seen;
+        QVERIFY(CommandLineRunner::waitForText(*watcher, QProcess::StandardOutput, "first.txt", seen));
+        QCOMPARE(::kill(static_cast<pid_t>(runner.localDrivePid()), SIGKILL), 0);
+        int number = 1;
+        for (const char* name : {"second.txt", "third.txt", "fourth.txt"}) {
+            const QString path = runner.makeFile(name, QByteArray::number(++number));
+            QCOMPARE(runner.run({QStringLiteral("upload"), QStringLiteral("--local"), path}).exitCode, 0);
+            QVERIFY(CommandLineRunner::waitForText(*watcher, QProcess::StandardOutput, name, seen));
+        }
+        QCOMPARE(::kill(static_cast<pid_t>(watcher->processId()), SIGINT), 0);
+        const Ended ended = runner.waitFor(*watcher);
+        QCOMPARE(ended.exitCode, 128 + SIGINT);
+        seen += ended.output;
+        QCOMPARE(seen.count("\"status\""), 4); // each is told once
+        QCOMPARE(seen.count("\"change\""), 1); // and only the first had a number
     }
 
     void downloadsNeverOverwriteUnasked() {

@@ -229,10 +229,10 @@ private:
             {QStringLiteral("method"), QStringLiteral("drive.children.list")},
             {QStringLiteral("params"), QJsonObject{{QStringLiteral("folderId"), folder}, {QStringLiteral("q"), q}}}};
         const RawReply reply = RawHttp::exchange(
-            drive_.url(),
-            RawHttp::request("POST", "/rpc",
-                             {"Authorization: Bearer " + drive_.newAccessToken(), "Content-Type: application/json-rpc"},
-                             QJsonDocument(call).toJson()));
+            drive_.url(), RawHttp::request("POST", "/rpc",
+                                           {"Authorization: Bearer " + drive_.newAccessToken(),
+                                            "Content-Type: application/json-rpc", LocalDriveProcess::controlHeader()},
+                                           QJsonDocument(call).toJson()));
         QStringList identifiers;
         const QJsonObject result = QJsonDocument::fromJson(reply.body)[QStringLiteral("result")].toObject();
         for (const QJsonValue& item : result[QStringLiteral("items")].toArray())

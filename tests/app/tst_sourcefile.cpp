@@ -52,6 +52,9 @@ private Q_SLOTS:
         const auto source = SourceFile::open(path.startsWith('/') ? path : at(path));
         QVERIFY(!source);
         QVERIFY2(source.error().description().contains(reason), qPrintable(source.error().description()));
+        const auto facts = SourceFacts::of(path.startsWith('/') ? path : at(path)); // without opening it
+        QVERIFY(!facts);
+        QCOMPARE(facts.error().description(), source.error().description());
     }
 
     void titlesShowWhatWasReplaced() {
@@ -64,10 +67,12 @@ private Q_SLOTS:
         write("changing", "one");
         const auto source = SourceFile::open(at("changing"));
         QVERIFY(source && source->isUnchanged());
+        QVERIFY(SourceFacts::of(at("changing")).value() == source->facts());
         QFile file(QFile::decodeName(at("changing")));
         QVERIFY(file.open(QIODevice::Append) && file.write("more") == 4);
         file.close();
         QVERIFY(!source->isUnchanged());
+        QVERIFY(SourceFacts::of(at("changing")).value() != source->facts());
     }
 
     void sameSizeIsAChangeToo() {

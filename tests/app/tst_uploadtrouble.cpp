@@ -2,7 +2,9 @@
 
 #include "app/account/SignInForm.h"
 #include "app/uploads/transfer/Patience.h"
+#include "app/uploads/transfer/UploadRefusal.h"
 #include "app/uploads/transfer/UploadTrouble.h"
+#include "driveapi/GTLErrorObject.h"
 #include "driveapi/GTLService.h"
 #include "tests/support/ManualTimeSource.h"
 
@@ -40,12 +42,42 @@ private Q_SLOTS:
             UploadTrouble::passing);
         row("server's own code behind 410", Error(errorDomain::jsonRPC, -1, {{gtlHTTPStatusKey, 410}}), true,
             UploadTrouble::lostSession);
+        const auto refused = [](int code, const char* list, const char* reason) {
+            return Error(errorDomain::httpStatus, code,
+                         {{errorKey::data, QByteArray("{\"error\": {\"" + QByteArray(list) + "\": [{\"reason\": \"" +
+                                                      reason + "\"}]}}")}});
+        };
+        row("too fast, a piece of an upload", refused(403, "data", "rateLimitExceeded"), true, UploadTrouble::passing);
+        row("too fast, a resource", refused(403, "errors", "userRateLimitExceeded"), false, UploadTrouble::passing);
+        row("too much for today", refused(403, "errors", "dailyLimitExceeded"), false, UploadTrouble::final);
+        row("too fast in sharing", refused(403, "errors", "sharingRateLimitExceeded"), false, UploadTrouble::final);
+        row("too fast, in a status that is none", refused(400, "data", "rateLimitExceeded"), false,
+            UploadTrouble::final);
+        row("a call's own 503", Error(errorDomain::jsonRPC, 503), false, UploadTrouble::passing);
         row("a number of another domain", Error(errorDomain::posix, 503), true, UploadTrouble::final);
     }
     void kinds() {
         QFETCH(Error, error);
         QFETCH(bool, hasLocation);
         QTEST(static_cast<int>(troubleOf(error, hasLocation)), "kind");
+    }
+
+    // Whichever way the Drive's words came, people are told what to do.
+    void refusals() {
+        const auto object = GTLErrorObject::object();
+        object->setCode(403);
+        const auto detail = GTLErrorObjectData::object();
+        detail->setReason(QStringLiteral("storageQuotaExceeded"));
+        object->setData(GTLArray<GTLErrorObjectData>::make({detail}));
+        const Error full = object->foundationError();
+        QVERIFY(refusalSentence(full).startsWith(QStringLiteral("The Drive is full: ")));
+        const QByteArray body =
+            R"({"error": {"errors": [{"reason": "new"}, {"reason": "insufficientFilePermissions"}]}})";
+        QVERIFY(refusalSentence(Error(errorDomain::httpStatus, 403, {{errorKey::data, body}}))
+                    .contains(QStringLiteral("ask its owner")));
+        for (const QByteArray& other :
+             {QByteArray(), QByteArray("<html>"), QByteArray("[]"), QByteArray(R"({"error": "x"})")})
+            QCOMPARE(refusalSentence(Error(errorDomain::httpStatus, 403, {{errorKey::data, other}})), QString());
     }
 
     void patienceEndsWithoutGain() {

@@ -35,7 +35,8 @@ const QByteArray wholeFile =
     "'alternateLink':'al','defaultOpenWithLink':'dl','downloadUrl':'du','embedLink':'el','iconLink':'il','selfLink':'"
     "sl',"
     "'thumbnailLink':'tl','webContentLink':'wc','webViewLink':'wv','description':'d','fileExtension':'png',"
-    "'originalFilename':'o','md5Checksum':'m','headRevisionId':'h','lastModifyingUserName':'l','fileSize':'"
+    "'originalFilename':'o','md5Checksum':'m','headRevisionId':'h','resourceKey':'k','lastModifyingUserName':'l','"
+    "fileSize':'"
     "9007199254740993',"
     "'quotaBytesUsed':'12','version':13,'appDataContents':true,'copyable':true,'editable':true,'explicitlyTrashed':"
     "true,"
@@ -91,7 +92,7 @@ private Q_SLOTS:
             QVERIFY(made->additionalJSONKeys().isEmpty()); // all of them declare "kind"
             classes.insert(registered);
         }
-        QCOMPARE(classes.size(), std::size_t(24));
+        QCOMPARE(classes.size(), std::size_t(26));
     }
 
     void listsDeclareTheirItems_data() {

@@ -65,10 +65,14 @@ private Q_SLOTS:
                    R"({"status": 403, "contentType": "application/json", "body": {"error": {"code": 403,
                        "message": "Slow down", "data": [{"reason": "userRateLimitExceeded"}]}}})",
                    success);
-        announcing("announcement 404", R"({"status": 404})", failure("HTTPStatus", 404));
-        announcing("announcement 410", R"({"status": 410})", failure("HTTPStatus", 410));
+        // There the first road's end is met, and the upload goes over: the second one has no fault.
+        const bool isOnFirstRoad = bench_.drive().startsWithRpc();
+        announcing("announcement 404", R"({"status": 404})", isOnFirstRoad ? success : failure("HTTPStatus", 404));
+        announcing("announcement 410", R"({"status": 410})", isOnFirstRoad ? success : failure("HTTPStatus", 410));
         announcing("announcement redirected for ever",
-                   R"({"redirect": {"url": "/upload/rpc?uploadType=resumable", "status": 307}})",
+                   isOnFirstRoad
+                       ? R"({"redirect": {"url": "/upload/rpc?uploadType=resumable", "status": 307}})"
+                       : R"({"redirect": {"url": "/upload/drive/v2/files?uploadType=resumable", "status": 307}})",
                    failure("URLErrorDomain", -1007), -1);
 
         for (const int status : {408, 429, 500, 502, 503, 504}) {

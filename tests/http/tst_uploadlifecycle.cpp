@@ -118,6 +118,27 @@ private Q_SLOTS:
         QCOMPARE(server.lines(), QByteArrayList({"POST", "PUT bytes */9000", "PUT bytes 1-8999/9000"}));
     }
 
+    // Bytes wait for whoever has to write down the location first; asking the server does not.
+    void gateHoldsBytes() {
+        UploadServer server({announced(), holding(1), created()});
+        GTMHTTPUploadFetcher& fetcher = upload(server, pattern(9000), noChunking);
+        std::vector<std::function<void()>> goOn;
+        fetcher.setSendGate([&goOn](std::function<void()> next) { goOn.push_back(std::move(next)); });
+        begin();
+        QTRY_COMPARE(goOn.size(), size_t(1));
+        fetcher.pauseFetching();
+        fetcher.resumeFetching();
+        goOn[0](); // too late: the server was asked meanwhile
+        QTRY_COMPARE(goOn.size(), size_t(2));
+        QCOMPARE(fetcher.currentOffset(), quint64(1));
+        QCOMPARE(server.lines(), QByteArrayList({"POST", "PUT bytes */9000"}));
+        goOn[1]();
+        goOn[1]();
+        QVERIFY(fetcher.waitForCompletionWithTimeout(std::chrono::seconds(20)));
+        QVERIFY2(!error_ && callbacks_ == 1, qPrintable(failure()));
+        QCOMPARE(server.lines(), QByteArrayList({"POST", "PUT bytes */9000", "PUT bytes 1-8999/9000"}));
+    }
+
     void stopIsSilentInEveryState_data() {
         QTest::addColumn<int>("stopAt");
         QTest::newRow("before the announcement arrived") << 0;

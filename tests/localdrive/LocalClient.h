@@ -35,8 +35,9 @@ public:
             .toJson(QJsonDocument::Compact);
     }
     QByteArray callRequest(const QString& method, const QJsonObject& params = {}) const {
-        return RawHttp::request("POST", "/rpc", {authorization(), "Content-Type: application/json-rpc"},
-                                callBody(method, params));
+        return RawHttp::request(
+            "POST", "/rpc", {authorization(), "Content-Type: application/json-rpc", LocalDriveProcess::controlHeader()},
+            callBody(method, params));
     }
     RawReply call(const QString& method, const QJsonObject& params = {}) const {
         return RawHttp::exchange(drive_.url(), callRequest(method, params));
@@ -56,8 +57,8 @@ public:
         const QJsonObject resource{{QStringLiteral("title"), title}};
         return RawHttp::request(
             "POST", "/upload/rpc?uploadType=resumable&prettyPrint=false",
-            {authorization(), "X-Upload-Content-Length: " + QByteArray::number(length),
-             "X-Upload-Content-Type: application/x-test"},
+            {authorization(), LocalDriveProcess::controlHeader(),
+             "X-Upload-Content-Length: " + QByteArray::number(length), "X-Upload-Content-Type: application/x-test"},
             callBody(QStringLiteral("drive.files.insert"), {{QStringLiteral("resource"), resource}}));
     }
     // The path and query at which the upload goes on; empty when it was refused.

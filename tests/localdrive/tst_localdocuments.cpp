@@ -519,7 +519,7 @@ private:
         return reply.startsWith("HTTP/1.1 200") ? unzipped(dechunked(reply.mid(body))) : QMap<QString, QByteArray>();
     }
 
-    LocalDriveProcess drive_;
+    LocalDriveProcess drive_{{u"--with-rpc"_s, u"--with-change-ids"_s}};
     std::unique_ptr<LocalClient> client_;
     QByteArray owner_; // cookies
     QByteArray stranger_;

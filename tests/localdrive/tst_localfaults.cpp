@@ -284,7 +284,7 @@ private Q_SLOTS:
     }
 
 private:
-    LocalDriveProcess drive_;
+    LocalDriveProcess drive_{{u"--with-rpc"_s}};
     std::optional<LocalClient> client_;
 };
 

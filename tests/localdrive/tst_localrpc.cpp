@@ -16,13 +16,14 @@ class LocalRpcTest : public QObject {
 
 private Q_SLOTS:
     void everyMethodIsThere() {
-        const QString all = u"about.get apps.get,list changes.get,list,watch channels.stop "
-                            "children.delete,get,insert,list comments.delete,get,insert,list,patch,update "
-                            "files.copy,delete,emptyTrash,get,insert,list,patch,touch,trash,untrash,update,watch "
-                            "parents.delete,get,insert,list "
-                            "permissions.delete,get,getIdForEmail,insert,list,patch,update "
-                            "properties.delete,get,insert,list,patch,update realtime.get,update "
-                            "replies.delete,get,insert,list,patch,update revisions.delete,get,list,patch,update"_s;
+        const QString all =
+            u"about.get apps.get,list changes.get,getStartPageToken,list,watch channels.stop "
+            "children.delete,get,insert,list comments.delete,get,insert,list,patch,update "
+            "files.copy,delete,emptyTrash,generateIds,get,insert,list,patch,touch,trash,untrash,update,watch "
+            "parents.delete,get,insert,list "
+            "permissions.delete,get,getIdForEmail,insert,list,patch,update "
+            "properties.delete,get,insert,list,patch,update realtime.get,update "
+            "replies.delete,get,insert,list,patch,update revisions.delete,get,list,patch,update"_s;
         QSet<QString> expected;
         for (const QString& resource : all.split(' '_L1))
             for (const QString& verb : resource.section('.'_L1, 1).split(','_L1))

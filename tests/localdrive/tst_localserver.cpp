@@ -168,6 +168,27 @@ private Q_SLOTS:
         QCOMPARE(userInfo(accessToken).status, 401);
     }
 
+    // A client without a secret has nothing but its challenge to prove itself by.
+    void publicClientsNeedAChallenge() {
+        const Fields challenge{{u"client_id"_s, u"public"_s},
+                               {u"code_challenge"_s, challengeFor(verifier_)},
+                               {u"code_challenge_method"_s, u"S256"_s}};
+        const QString loopback = u"http://127.0.0.1:4998/"_s;
+        const auto answerTo = [&](const Fields& asked, const QString& redirectUri, const Fields& with) {
+            Fields fields = authorizationFields(loopback, asked);
+            fields.removeFirst(); // the client is named among those
+            const RawReply allowed = decide(showPage(fields), u"allow"_s);
+            const QUrlQuery query(QUrl::fromEncoded(allowed.header("Location")));
+            return exchangeCode(query.queryItemValue(u"code"_s), redirectUri, u"public"_s, with);
+        };
+        const Fields proof{{u"code_verifier"_s, verifier_}};
+        QCOMPARE(answerTo(challenge, loopback, proof).status, 200);
+        QCOMPARE(answerTo(challenge, u"http://127.0.0.1:4997/"_s, proof).status, 400);
+        QCOMPARE(answerTo(challenge, loopback, {}).status, 400);
+        QCOMPARE(answerTo({{u"client_id"_s, u"public"_s}}, loopback, proof).status, 400);
+        QCOMPARE(answerTo(challenge, loopback, proof + Fields{{u"client_secret"_s, u"made up"_s}}).status, 401);
+    }
+
     void identityTokenTellsWhoSignedIn() {
         const QJsonObject answer = jsonOf(exchangeCode(newCode(), titleUri).body);
         const QStringList parts = answer["id_token"_L1].toString().split('.'_L1);
@@ -359,7 +380,7 @@ private:
         RawHttp::exchange(drive_.url(), RawHttp::request("GET", "/icons/folder.png"));
     }
 
-    LocalDriveProcess drive_{{u"--client"_s, u"pinned:secret"_s}};
+    LocalDriveProcess drive_{{u"--client"_s, u"pinned:secret"_s, u"--client"_s, u"public"_s}};
     const QString verifier_ = u"0123456789abcdefghijklmnopqrstuvwxyzABCDEFG"_s;
 };
 

@@ -236,7 +236,7 @@ private:
         return jsonOf(reply.body);
     }
 
-    LocalDriveProcess drive_;
+    LocalDriveProcess drive_{{u"--with-rpc"_s, u"--with-change-ids"_s}};
     std::unique_ptr<LocalClient> client_;
     QString refreshToken_;
     QString file_;

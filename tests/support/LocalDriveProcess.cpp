@@ -33,6 +33,12 @@ void LocalDriveProcess::leaveSecrets() const {
 
 QString LocalDriveProcess::program() { return QStringLiteral(QUENBY_LOCALDRIVE_PROGRAM); }
 
+bool LocalDriveProcess::startsWithRpc() const {
+    return arguments_.contains(QStringLiteral("--with-rpc")) ||
+           (!arguments_.contains(QStringLiteral("--without-rpc")) &&
+            qEnvironmentVariableIntValue("QUENBY_LOCALDRIVE_WITHOUT_RPC") == 0);
+}
+
 bool LocalDriveProcess::start() {
     process_.start(program(), QStringList{QStringLiteral("--data"), dataFolder(), QStringLiteral("--control"),
                                           QLatin1String(controlToken)} +
@@ -63,8 +69,8 @@ int LocalDriveProcess::terminate() {
 
 QByteArray LocalDriveProcess::control(const QByteArray& method, const QByteArray& path, const QByteArray& body,
                                       int* status) {
-    const QList<QByteArray> headers{"X-Control-Token: " + QByteArray(controlToken)};
-    const RawReply reply = RawHttp::exchange(url_, RawHttp::request(method, "/control/" + path, headers, body));
+    const RawReply reply =
+        RawHttp::exchange(url_, RawHttp::request(method, "/control/" + path, {controlHeader()}, body));
     if (status)
         *status = reply.status;
     return reply.body;
@@ -96,10 +102,22 @@ QStringList LocalDriveProcess::secrets() {
     return secrets_;
 }
 
-QJsonObject LocalDriveProcess::grant(const QString& email) {
+QByteArray LocalDriveProcess::controlHeader() { return QByteArray("X-Control-Token: ") + controlToken; }
+
+bool LocalDriveProcess::setService(const QByteArray& members) {
+    int status = 0;
+    control("POST", "service", members, &status);
+    return status == 204;
+}
+
+QJsonObject LocalDriveProcess::grant(const QString& email, const QString& clientId, const QString& scope) {
     QJsonObject asked;
     if (!email.isEmpty())
         asked.insert(QStringLiteral("email"), email);
+    if (!clientId.isEmpty())
+        asked.insert(QStringLiteral("client_id"), clientId);
+    if (!scope.isEmpty())
+        asked.insert(QStringLiteral("scope"), scope);
     return QJsonDocument::fromJson(control("POST", "grant", QJsonDocument(asked).toJson())).object();
 }
 

@@ -31,6 +31,8 @@ public:
     const QUrl& url() const { return url_; }
     QString dataFolder() const { return folder_.filePath(QStringLiteral("drive")); }
     static QString program();
+    // Whether it starts with its JSON-RPC road: the arguments say it, else the environment.
+    bool startsWithRpc() const;
 
     // Orders faults, given as a JSON list of rules (docs/LOCAL-DRIVE.md). False when the program refuses them.
     bool orderFaults(const QByteArray& rules);
@@ -41,8 +43,13 @@ public:
     // Everything secret that the program gave out or was shown, of every start, for searching logs. With the variable
     // QUENBY_SECRETS_DIR set, each object leaves its list there for a search of the whole suite's output.
     QStringList secrets();
-    // A token answer as a sign-in would have ended with, for the owner or for another address.
-    QJsonObject grant(const QString& email = {});
+    // A header line with which JSON-RPC is open to a test even when the Drive's client finds it closed.
+    static QByteArray controlHeader();
+    // Takes something away or gives it back while the program runs: {"rpc": false, "changeIds": false}.
+    bool setService(const QByteArray& members);
+    // A token answer as a sign-in would have ended with, for the owner or for another address; with full access for a
+    // client named "test" when nothing else is said.
+    QJsonObject grant(const QString& email = {}, const QString& clientId = {}, const QString& scope = {});
     QByteArray newAccessToken();
 
     // Everything that the program has written to its standard error, of every start.

@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QListView>
 #include <QPushButton>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -28,6 +29,7 @@ AccountView::AccountView(QWidget* parent)
     : QWidget(parent)
     , ui_(std::make_unique<AccountViewUi>(this)) {
     connect(ui_->uploadButton, &QPushButton::clicked, this, &AccountView::uploadRequested);
+    connect(ui_->allUploadsButton, &QToolButton::clicked, this, &AccountView::allUploadsRequested);
     setAccount({});
     countUploads();
 }
@@ -37,6 +39,7 @@ AccountView::~AccountView() = default;
 void AccountView::setAccount(const AccountDisplay& account) {
     ui_->userName->setText(account.userName);
     ui_->accountName->setText(account.accountName);
+    ui_->quotaText->setWordWrap(!account.percentUsed); // a sentence
     ui_->quotaText->setText(account.quota);
     // An empty bar would say that nothing is used, which is not the same as not knowing, or as no limit.
     ui_->quotaBar->setVisible(account.percentUsed.has_value());

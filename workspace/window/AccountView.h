@@ -35,6 +35,8 @@ public:
 
 Q_SIGNALS:
     void uploadRequested();
+    // The whole queue, with what waits, rests or failed.
+    void allUploadsRequested();
 
 private:
     void countUploads();

@@ -2,12 +2,14 @@
 
 #include "widgets/QuotaBar.h"
 #include "widgets/SecondaryLabel.h"
+#include "workspace/window/AccountView.h"
 #include "workspace/window/UploadRowDelegate.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QListView>
 #include <QPushButton>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -66,6 +68,7 @@ QVBoxLayout* makeLayout(const AccountViewUi& ui, QWidget* view) {
     drop->setSpacing(8);
     drop->addWidget(ui.dropPlace);
     drop->addWidget(ui.uploadButton);
+    drop->addWidget(ui.allUploadsButton, 0, Qt::AlignRight);
     layout->addLayout(drop);
     layout->addWidget(ui.uploads);
     return layout;
@@ -94,6 +97,7 @@ AccountViewUi::AccountViewUi(QWidget* view)
     , dropPlace(new QWidget(view))
     , dropLayout(new QVBoxLayout(dropPlace))
     , uploadButton(new QPushButton(QStringLiteral("&Upload File"), view))
+    , allUploadsButton(new QToolButton(view))
     , uploads(new QWidget(view))
     , uploadCount(new SecondaryLabel(uploads))
     , uploadList(new QListView(uploads)) {
@@ -102,6 +106,10 @@ AccountViewUi::AccountViewUi(QWidget* view)
         label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     uploadButton->setAutoDefault(true); // so that Return presses it, too
     uploadButton->setMinimumHeight(buttonHeight);
+    allUploadsButton->setText(AccountView::tr("All Uploads…"));
+    allUploadsButton->setAutoRaise(true);
+    allUploadsButton->setFocusPolicy(Qt::TabFocus);
+    allUploadsButton->setToolTip(AccountView::tr("Shows every upload, and what can be done with it"));
     dropLayout->setContentsMargins(0, 0, 0, 0);
     dropPlace->hide();
     setUpUploadList(*uploadList);
@@ -110,7 +118,8 @@ AccountViewUi::AccountViewUi(QWidget* view)
     makeLayout(*this, view);
     setDropHeight(false);
 
-    QWidget::setTabOrder(uploadButton, uploadList);
+    QWidget::setTabOrder(uploadButton, allUploadsButton);
+    QWidget::setTabOrder(allUploadsButton, uploadList);
 }
 
 void AccountViewUi::setDropHeight(bool isSmall) {

@@ -4,6 +4,7 @@
 class QLabel;
 class QListView;
 class QPushButton;
+class QToolButton;
 class QVBoxLayout;
 class QWidget;
 
@@ -25,6 +26,7 @@ struct AccountViewUi {
     QWidget* dropPlace;
     QVBoxLayout* dropLayout;
     QPushButton* uploadButton;
+    QToolButton* allUploadsButton;
     QWidget* uploads; // what is said of them; hidden while there are none
     QLabel* uploadCount;
     QListView* uploadList;

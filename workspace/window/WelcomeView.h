@@ -3,6 +3,8 @@
 // Threads: the main thread.
 #pragma once
 
+#include "core/DriveAccess.h"
+
 #include <QWidget>
 
 #include <memory>
@@ -30,6 +32,13 @@ public:
 
     // On at first; for a program that is on the local Drive already there is nothing to offer.
     void setOffersLocalDrive(bool offers);
+    // The next two are off at first: they are for a provider that verifies the clients of its users.
+    void setOffersAccess(bool offers);
+    void setOffersOwnClient(bool offers);
+    // What the next sign-in asks for; everything at first.
+    void setAccess(DriveAccess access);
+    // The identifier of the user's own client that the next sign-in uses; empty: the program's.
+    void setOwnClient(const QString& identifier);
     // All commands, behind a button in the corner. Not owned.
     void setCommandsMenu(QMenu* menu);
     // Puts the keyboard's focus where it is wanted first.
@@ -39,6 +48,9 @@ Q_SIGNALS:
     void signInRequested();
     void localDriveRequested();
     void tryAgainRequested();
+    // By the user; not by setAccess().
+    void accessChosen(quenby::DriveAccess access);
+    void ownClientRequested();
 
 private:
     const std::unique_ptr<WelcomeViewUi> ui_;

@@ -5,6 +5,7 @@
 
 class QLabel;
 class QPushButton;
+class QRadioButton;
 class QWidget;
 
 namespace quenby {
@@ -18,8 +19,15 @@ struct WelcomeViewUi {
     void setStatus(const QString& text);
 
     QPushButton* menuButton;
+    QWidget* column; // all below; a window that is too low for it scrolls
     QLabel* picture;
+    QWidget* access; // the two choices with what they mean
+    QRadioButton* everything;
+    QRadioButton* ownFiles;
     QPushButton* signInButton;
+    QWidget* ownClient; // the button and the line below it
+    QPushButton* ownClientButton;
+    QLabel* clientInUse;
     QPushButton* localDriveButton;
     QWidget* statusRow;
     ActivityIndicator* activityIndicator;

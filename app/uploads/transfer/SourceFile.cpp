@@ -2,6 +2,7 @@
 
 #include "app/cli/Folders.h"
 #include "app/cli/OwnedDescriptor.h"
+#include "app/uploads/transfer/SourceRefusal.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -11,51 +12,6 @@
 #include <sys/stat.h>
 
 namespace quenby {
-namespace {
-
-Error refusal(int code, const QString& reason) { return Error(errorDomain::posix, code, {{errorKey::reason, reason}}); }
-
-Error openError(const QByteArray& path) {
-    const int code = errno;
-    struct stat status {};
-    if (code == ENOENT && ::lstat(path.constData(), &status) == 0)
-        return refusal(code, QStringLiteral("is a link to nothing; give the file it should lead to"));
-    switch (code) {
-    case ENOENT:
-        return refusal(code, QStringLiteral("no such file; check the name"));
-    case ENOTDIR:
-        return refusal(code, QStringLiteral("a part of the path is no folder; check the name"));
-    case ELOOP:
-        return refusal(code, QStringLiteral("is a link that leads back to itself; give the file it should lead to"));
-    case EACCES:
-    case EPERM:
-        return refusal(code, QStringLiteral("may not be read; change its permissions"));
-    default:
-        return fileError(code, QStringLiteral("can't open"), path);
-    }
-}
-
-// The error for what is not a regular file; nothing for what is.
-MaybeError refuseSpecialFile(mode_t mode) {
-    if (S_ISREG(mode))
-        return std::nullopt;
-    if (S_ISDIR(mode))
-        return refusal(EISDIR, QStringLiteral("is a folder; give the files in it"));
-    if (S_ISFIFO(mode))
-        return refusal(EINVAL, QStringLiteral("is a pipe, which has no size; save its contents to a file first"));
-    if (S_ISSOCK(mode))
-        return refusal(EINVAL, QStringLiteral("is a socket; only regular files can be uploaded"));
-    return refusal(EINVAL, QStringLiteral("is a device; only regular files can be uploaded"));
-}
-
-} // namespace
-
-bool SourceFile::State::operator==(const State& other) const {
-    return size == other.size && modified.tv_sec == other.modified.tv_sec && modified.tv_nsec == other.modified.tv_nsec;
-}
-
-SourceFile::State SourceFile::stateOf(const struct stat& status) { return {status.st_size, status.st_mtim}; }
-
 Result<SourceFile> SourceFile::open(const QByteArray& path) {
     // Looked at before it is opened, because opening a device can have effects; and after, because it may have been
     // replaced in between.
@@ -72,7 +28,7 @@ Result<SourceFile> SourceFile::open(const QByteArray& path) {
 
     SourceFile source;
     source.path_ = path;
-    source.state_ = stateOf(status);
+    source.facts_ = SourceFacts::of(status);
     source.handle_ = std::make_shared<QFile>();
     if (!source.handle_->open(descriptor.get(), QIODevice::ReadOnly | QIODevice::Unbuffered,
                               QFileDevice::AutoCloseHandle))
@@ -85,7 +41,7 @@ QString titleOfPath(const QByteArray& path) { return QString::fromUtf8(lastCompo
 
 bool SourceFile::isUnchanged() const {
     struct stat status {};
-    return ::fstat(handle_->handle(), &status) == 0 && stateOf(status) == state_;
+    return ::fstat(handle_->handle(), &status) == 0 && SourceFacts::of(status) == facts_;
 }
 
 Result<FolderListing> filesInFolder(const QByteArray& path) {

@@ -1,6 +1,7 @@
 // A local file that is about to be sent: opened by its very bytes, and watched for changes while it is.
 #pragma once
 
+#include "app/uploads/transfer/SourceFacts.h"
 #include "core/Result.h"
 
 #include <QByteArray>
@@ -8,8 +9,6 @@
 #include <QList>
 
 #include <memory>
-
-#include <sys/stat.h>
 
 namespace quenby {
 
@@ -23,24 +22,17 @@ public:
 
     const QByteArray& path() const { return path_; }
     QString title() const { return titleOfPath(path_); }
-    qint64 size() const { return state_.size; } // when it was opened
+    const SourceFacts& facts() const { return facts_; } // of the moment it was opened
+    qint64 size() const { return facts_.size; }
     const std::shared_ptr<QFile>& handle() const { return handle_; }
 
     // Whether size and date of modification are still those of the moment it was opened.
     bool isUnchanged() const;
 
 private:
-    struct State {
-        qint64 size = 0;
-        timespec modified{};
-        bool operator==(const State& other) const;
-    };
-
-    static State stateOf(const struct stat& status);
-
     QByteArray path_;
     std::shared_ptr<QFile> handle_;
-    State state_;
+    SourceFacts facts_;
 };
 
 // The regular files in a folder in the order of their names, as paths; of other things in it only the number.

@@ -9,6 +9,7 @@
 #include "app/uploads/transfer/FileDigest.h"
 #include "app/uploads/transfer/Patience.h"
 #include "app/uploads/transfer/SourceFile.h"
+#include "app/uploads/transfer/UploadSession.h"
 #include "core/CompletionGate.h"
 #include "driveapi/GTLService.h"
 
@@ -24,6 +25,7 @@ namespace quenby {
 inline const QString uploadErrorDomain = QStringLiteral("org.quenby.Upload");
 enum class UploadErrorCode : int { fileChanged = 1, copyDiffers = 2, sumMissing = 3 };
 
+class GeneratedIdentifiers;
 class GTLServiceDrive;
 class GTLDriveFile;
 class GTLQueryDrive;
@@ -39,6 +41,15 @@ public:
         // The insert to execute, with the file as its media. Null: one with the file's name as title in the folder
         // above.
         std::shared_ptr<GTLQueryDrive> query{};
+        // What an earlier run came to; a location that is no longer valid, or that the server has forgotten, is given
+        // up, the identifier never.
+        UploadSession session{};
+        // Where an identifier is had before anything is sent. Null: none is asked for.
+        std::shared_ptr<GeneratedIdentifiers> identifiers{};
+        // Told whenever the session is another; nothing more is sent before `kept` was called, which may happen at
+        // once or later, on the main thread, or never. Null: nobody keeps it.
+        std::function<void(const UploadSession& session, std::function<void()> kept)> keep{};
+        qint64 maxSendSpeed = 0; // bytes per second; 0: no limit
     };
     struct Outcome {
         QString identifier;
@@ -55,8 +66,10 @@ public:
     ~UploadRun() override;
 
     void start(QObject* context, Finished finished);
-    // Ends a pause after trouble: what stood in the way is gone.
+    // Ends a pause after trouble: what stood in the way is gone. Not one that the server has asked for.
     void tryNow();
+    // Bytes per second; 0: no limit. At once, also in the middle of a chunk.
+    void setMaxSendSpeed(qint64 bytesPerSecond);
 
 Q_SIGNALS:
     // Bytes of the file that were sent so far; goes back when the server holds less than was sent.
@@ -65,17 +78,38 @@ Q_SIGNALS:
     void troubled(const quenby::Error& error);
 
 private:
+    using Step = void (UploadRun::*)();
+
+    // The session
+    void begin();
+    void takeIdentifier();
+    void identifierTaken(const Result<QString>& identifier);
+    void giveUpLocation();
+    void noteLocation(const QUrl& location);
+    void keepSession(std::function<void()> then);
+
+    // Sending
     void send();
     void watch(const GTLServiceTicketPtr& ticket);
+    void holdBytes(const GTLServiceTicketPtr& ticket);
     void noteProgress(const GTLServiceTicketPtr& ticket, qint64 sent, qint64 total);
+    void bytesAreNext(qint64 held, std::function<void()> goOn);
+    bool maySendAgain(const GTLServiceTicketPtr& ticket, bool suggested, const Error& error);
     bool shouldRetry(const Error& error);
     void finishedSending(const GTLObjectPtr& object, const MaybeError& error);
-    void recover(const Error& error);
-    void beginAnew();
-    void conclude();
-    MaybeError compare() const;
-    void finish(const Result<Outcome>& outcome);
+
+    // Trouble
+    void recover(const Error& error, Step step);
+    void pause(Step step);
+    void lookForCopy(const Error& reason);
+    void look();
+    void looked(const GTLObjectPtr& object, const MaybeError& error);
+    bool mayBeThere(const Error& error) const;
     Error explained(const Error& error) const;
+
+    void startDigest();
+    void conclude();
+    void finish(const Result<Outcome>& outcome);
 
     const std::shared_ptr<GTLServiceDrive> service_;
     const std::shared_ptr<TimeSource> timeSource_;
@@ -84,15 +118,23 @@ private:
     const std::shared_ptr<GTLQueryDrive> query_; // never executed itself: a copy of it for each try
     CompletionGate<Result<Outcome>> finished_;
 
+    UploadSession session_;
+    UploadSession kept_;       // as it was kept last
+    quint64 keepNumber_ = 0;   // of the latest question to keep it
+    bool isGivenNone_ = false; // the Drive gives no identifiers
+    qint64 maxSendSpeed_;
+
     GTLServiceTicketPtr ticket_;
-    QUrl location_;        // of the running session; a secret
-    qint64 confirmed_ = 0; // bytes that the server said it holds
+    qint64 confirmed_ = 0; // the most bytes that the server said it holds
     int lostSessions_ = 0;
     Patience patience_;
     std::unique_ptr<Timer> retryTimer_;
+    Step afterPause_ = nullptr;
+    std::chrono::milliseconds demandedPause_{0}; // by the server, with its latest refusal
     std::unique_ptr<FileDigest> digest_;
     std::optional<Result<QByteArray>> localSum_;
     std::shared_ptr<GTLDriveFile> copy_; // what the Drive says it holds
+    MaybeError doubt_;                   // why the copy was looked for
 };
 
 } // namespace quenby

@@ -1,7 +1,6 @@
 #include "app/uploads/transfer/UploadTrouble.h"
 
-#include "driveapi/GTLErrorObject.h"
-#include "driveapi/GTLService.h"
+#include "app/uploads/transfer/DriveAnswer.h"
 
 #include <algorithm>
 #include <array>
@@ -9,6 +8,7 @@
 namespace quenby {
 namespace {
 
+constexpr int forbidden = 403;
 constexpr std::array passingStatuses{408, 429, 500, 502, 503, 504};
 constexpr std::array lostSessionStatuses{404, 410};
 constexpr std::array passingNetworkErrors{
@@ -25,15 +25,11 @@ bool contains(const Codes& codes, qint64 code) {
     return std::any_of(codes.begin(), codes.end(), [code](auto known) { return static_cast<qint64>(known) == code; });
 }
 
-// A 403 that only asks to be slower: the same request is welcome later.
+// A 403 that only asks to be slower: the same request is welcome later. What is used up for the day is none of these.
 bool asksToBeSlower(const Error& error) {
-    const auto object = GTLErrorObject::underlyingObjectForError(error);
-    if (!object || !object->data())
-        return false;
-    return std::any_of(object->data()->begin(), object->data()->end(), [](const auto& detail) {
-        return detail->reason() == QLatin1String("rateLimitExceeded") ||
-               detail->reason() == QLatin1String("userRateLimitExceeded");
-    });
+    const QStringList reasons = driveReasonsOf(error);
+    return reasons.contains(QLatin1String("rateLimitExceeded")) ||
+           reasons.contains(QLatin1String("userRateLimitExceeded"));
 }
 
 } // namespace
@@ -43,8 +39,10 @@ UploadTrouble troubleOf(const Error& error, bool hasLocation) {
     const bool isStatus = error.domain() == errorDomain::httpStatus;
     if ((isStatus || error.domain() == errorDomain::url) && contains(passingNetworkErrors, error.code()))
         return UploadTrouble::passing;
-    const qint64 status = isStatus ? error.code() : error.detail(gtlHTTPStatusKey).toLongLong();
-    if (error.is(FetcherErrorCode::chunkUploadFailed) || contains(passingStatuses, status) || asksToBeSlower(error))
+    const qint64 status = driveStatusOf(error);
+    if (error.is(FetcherErrorCode::chunkUploadFailed) || contains(passingStatuses, status))
+        return UploadTrouble::passing;
+    if (status == forbidden && asksToBeSlower(error))
         return UploadTrouble::passing;
     if (hasLocation && contains(lostSessionStatuses, status))
         return UploadTrouble::lostSession;

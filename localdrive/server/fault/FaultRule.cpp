@@ -70,6 +70,14 @@ const Member<FaultRule>::Table& matchTable() {
 
 OrderedReply& replyOf(FaultAction& action) { return action.reply ? *action.reply : action.reply.emplace(); }
 
+// The status under which the API gives most reasons of this kind. A "status" in the rule, which comes later, wins.
+bool takeErrorReason(FaultAction& action, const QJsonValue& value) {
+    OrderedReply& reply = replyOf(action);
+    reply.errorReason = value.toString();
+    reply.status = 403;
+    return !reply.errorReason.isEmpty();
+}
+
 bool takeHeaders(FaultAction& action, const QJsonValue& value) {
     const QJsonObject object = value.toObject();
     for (auto header = object.begin(); header != object.end(); ++header)
@@ -129,6 +137,7 @@ const Member<FaultAction>::Table& actionTable() {
          [](FaultAction& a, const QJsonValue& v) {
              return replyOf(a).body = QByteArray(v.toInteger(), 'x'), v.isDouble();
          }},
+        {QStringLiteral("errorReason"), takeErrorReason},
         {QStringLiteral("commitFirst"), flag(&FaultAction::commitFirst)},
         {QStringLiteral("reset"), point(&FaultAction::reset)},
         {QStringLiteral("drop"), point(&FaultAction::drop)},
@@ -157,8 +166,13 @@ const Member<FaultAction>::Table& actionTable() {
 
 } // namespace
 
+bool FaultMatch::coversPath(const RequestFacts& request) const {
+    const bool standsIn = !request.formerPath.isEmpty() && request.formerPath.startsWith(pathPrefix);
+    return standsIn || request.path().startsWith(pathPrefix);
+}
+
 bool FaultMatch::covers(const RequestFacts& request) const {
-    return (method.isEmpty() || method == request.method) && request.path().startsWith(pathPrefix) &&
+    return (method.isEmpty() || method == request.method) && coversPath(request) &&
            (rpcMethod.isEmpty() || request.rpcMethods.contains(rpcMethod)) &&
            uploadPut.value_or(request.isUploadPut()) == request.isUploadPut() &&
            statusQuery.value_or(request.isStatusQuery) == request.isStatusQuery;

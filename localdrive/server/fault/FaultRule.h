@@ -21,6 +21,9 @@ struct FaultMatch {
     std::optional<bool> statusQuery;
 
     bool covers(const RequestFacts& request) const;
+
+private:
+    bool coversPath(const RequestFacts& request) const;
 };
 
 // A moment in an exchange, exact to the byte.
@@ -43,6 +46,7 @@ struct Stall {
 struct OrderedReply {
     int status = 200;
     QByteArray body;
+    QString errorReason = {}; // not empty: the body is an error of the API with this reason, in the road's form
 };
 
 using HeaderList = std::vector<std::pair<QByteArray, QByteArray>>;

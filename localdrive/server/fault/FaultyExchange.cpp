@@ -1,17 +1,36 @@
 #include "localdrive/server/fault/FaultyExchange.h"
 
 #include "localdrive/server/fault/RawReply.h"
+#include "localdrive/server/http/HttpMessages.h"
+#include "localdrive/server/rest/BatchBody.h"
+#include "localdrive/server/rest/RestMethods.h"
 
+#include <QJsonDocument>
 #include <QUrl>
 #include <QUrlQuery>
 
 namespace quenby::localdrive {
+namespace {
+
+FaultAction withErrorBody(FaultAction action, const RequestFacts& request) {
+    if (!action.reply || action.reply->errorReason.isEmpty())
+        return action;
+    const QByteArray path = request.path();
+    const bool isRest = path.startsWith(restBase) || path.startsWith(restUploadBase) || isBatchPath(path);
+    const QString message = QStringLiteral("This was ordered: %1").arg(action.reply->errorReason);
+    const QJsonObject body = apiErrorBody(action.reply->status, action.reply->errorReason, message,
+                                          isRest ? ErrorForm::rest : ErrorForm::rpc);
+    action.reply->body = QJsonDocument(body).toJson(QJsonDocument::Compact);
+    return action;
+}
+
+} // namespace
 
 FaultyExchange::FaultyExchange(ClientConnection& connection, RequestFacts request, FaultAction action,
                                FaultEffects& effects)
     : connection_(connection)
     , request_(std::move(request))
-    , action_(std::move(action))
+    , action_(withErrorBody(std::move(action), request_))
     , effects_(effects) {}
 
 bool FaultyExchange::run(const Process& process) {
@@ -38,6 +57,8 @@ void FaultyExchange::applyEffects() {
 
 bool FaultyExchange::sendRewritten(ShapedStream& stream) {
     RawReply reply = RawReply::parse(stream.heldBack());
+    if (action_.reply && !action_.reply->errorReason.isEmpty())
+        reply.setHeader("Content-Type", "application/json");
     if (action_.changeLocation)
         reply.setHeader("Location", changedLocation(reply.header("Location")));
     reply.falsify(action_);

@@ -1,5 +1,8 @@
 #include "localdrive/server/fault/RequestFacts.h"
 
+#include "localdrive/server/rest/BatchBody.h"
+#include "localdrive/server/rest/RestMethods.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -22,14 +25,35 @@ QByteArray RequestFacts::uploadId() const {
     return QUrlQuery(QUrl::fromEncoded(target).query()).queryItemValue(QStringLiteral("upload_id")).toUtf8();
 }
 
-bool RequestFacts::isUploadPut() const { return method == "PUT" && path().startsWith("/upload/"); }
+bool RequestFacts::isUploadPut() const {
+    return method == "PUT" && path().startsWith("/upload/") && !uploadId().isEmpty();
+}
+
+bool RequestFacts::isRpcCall() const { return method == "POST" && (path() == "/rpc" || path() == "/upload/rpc"); }
+
+bool RequestFacts::isBatch() const { return method == "POST" && isBatchPath(path()); }
 
 bool RequestFacts::needsBody() const {
-    return method == "POST" && (path() == "/rpc" || path() == "/upload/rpc") && !expectsContinue && bodyLength > 0 &&
-           bodyLength <= longestCall;
+    return (isRpcCall() || isBatch()) && !expectsContinue && bodyLength > 0 && bodyLength <= longestCall;
+}
+
+void RequestFacts::forgetRpc() {
+    const bool isOfUploads = path().startsWith(restUploadBase);
+    if (isRpcCall())
+        rpcMethods.clear();
+    else if (isOfUploads && (isUploadPut() || !rpcMethods.isEmpty()))
+        formerPath = "/upload/rpc";
+    else if (isBatch() || !rpcMethods.isEmpty())
+        formerPath = "/rpc";
 }
 
 void RequestFacts::readBody(QByteArrayView body) {
+    if (isBatch()) {
+        for (const BatchCall& call : batchCalls(contentType, body.toByteArray()).value_or(QList<BatchCall>()))
+            if (const auto called = calledMethod(call.verb, call.target))
+                rpcMethods.append(called->name);
+        return;
+    }
     const QJsonDocument document = QJsonDocument::fromJson(body.toByteArray());
     const QJsonArray calls = document.isArray() ? document.array() : QJsonArray{document.object()};
     for (const QJsonValue& call : calls)
@@ -58,7 +82,11 @@ std::optional<RequestFacts> RequestFacts::ofHead(QByteArrayView bytes) {
             facts.expectsContinue = true;
         else if (sameName(name, "Content-Range"))
             facts.isStatusQuery = value.startsWith("bytes */");
+        else if (sameName(name, "Content-Type"))
+            facts.contentType = value;
     }
+    if (const auto called = calledMethod(facts.method, facts.target))
+        facts.rpcMethods.append(called->name);
     return facts;
 }
 

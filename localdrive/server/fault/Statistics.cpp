@@ -32,6 +32,15 @@ void Statistics::uploadReceived(const QString& session, qint64 bytes, qint64 dup
     count.duplicates += duplicates;
 }
 
+void Statistics::uploadRefused(const QString& digest, qint64 bytes) {
+    if (!isKept_)
+        return;
+    const std::lock_guard lock(mutex_);
+    RefusedCount& count = refused_[digest];
+    ++(bytes > 0 ? count.puts : count.queries);
+    count.bytes += bytes;
+}
+
 void Statistics::secretIssued(const QByteArray& secret) {
     if (!isKept_ || secret.isEmpty())
         return;
@@ -46,7 +55,14 @@ QJsonObject Statistics::toJson() const {
         uploads.insert(upload.key(), QJsonObject{{QStringLiteral("received"), upload->received},
                                                  {QStringLiteral("duplicates"), upload->duplicates}});
     }
+    QJsonObject refused;
+    for (auto upload = refused_.begin(); upload != refused_.end(); ++upload) {
+        refused.insert(upload.key(), QJsonObject{{QStringLiteral("puts"), upload->puts},
+                                                 {QStringLiteral("bytes"), upload->bytes},
+                                                 {QStringLiteral("queries"), upload->queries}});
+    }
     return {{QStringLiteral("requests"), countsToJson(requests_)},
+            {QStringLiteral("refusedUploads"), refused},
             {QStringLiteral("rpcMethods"), countsToJson(rpcMethods_)},
             {QStringLiteral("uploads"), uploads}};
 }

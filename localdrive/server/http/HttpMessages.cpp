@@ -50,14 +50,18 @@ void sendJson(httplib::Response& response, int status, const QJsonObject& object
     send(response, status, QJsonDocument(object).toJson(QJsonDocument::Compact), "application/json");
 }
 
-void sendApiError(httplib::Response& response, int status, const char* reason, const QString& message) {
+QJsonObject apiErrorBody(int status, const QString& reason, const QString& message, ErrorForm form) {
     const QJsonObject detail{{QStringLiteral("domain"), QStringLiteral("global")},
-                             {QStringLiteral("reason"), QString::fromLatin1(reason)},
+                             {QStringLiteral("reason"), reason},
                              {QStringLiteral("message"), message}};
-    const QJsonObject error{{QStringLiteral("code"), status},
-                            {QStringLiteral("message"), message},
-                            {QStringLiteral("data"), QJsonArray{detail}}};
-    sendJson(response, status, {{QStringLiteral("error"), error}});
+    const QString details = form == ErrorForm::rest ? QStringLiteral("errors") : QStringLiteral("data");
+    const QJsonObject error{
+        {QStringLiteral("code"), status}, {QStringLiteral("message"), message}, {details, QJsonArray{detail}}};
+    return {{QStringLiteral("error"), error}};
+}
+
+void sendApiError(httplib::Response& response, int status, const char* reason, const QString& message, ErrorForm form) {
+    sendJson(response, status, apiErrorBody(status, QString::fromLatin1(reason), message, form));
 }
 
 bool equalSecrets(const QByteArray& a, const QByteArray& b) {

@@ -25,8 +25,12 @@ QByteArray body(const httplib::Request& request);
 
 void send(httplib::Response& response, int status, const QByteArray& content, const char* contentType);
 void sendJson(httplib::Response& response, int status, const QJsonObject& object);
+// The two roads of the API differ in how an error names its details: "data" or "errors".
+enum class ErrorForm { rpc, rest };
 // {"error": {"code", "message", "data": [{"domain", "reason", "message"}]}}, the form that API clients understand.
-void sendApiError(httplib::Response& response, int status, const char* reason, const QString& message);
+QJsonObject apiErrorBody(int status, const QString& reason, const QString& message, ErrorForm form = ErrorForm::rpc);
+void sendApiError(httplib::Response& response, int status, const char* reason, const QString& message,
+                  ErrorForm form = ErrorForm::rpc);
 
 // Never true early: the time it takes does not tell where the texts differ.
 bool equalSecrets(const QByteArray& a, const QByteArray& b);

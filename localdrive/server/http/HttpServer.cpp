@@ -114,10 +114,15 @@ bool HttpServer::exchange(ClientConnection& connection) {
         lastEnd_ = std::chrono::steady_clock::now();
         --running_;
     });
-    const auto request = faults_ ? peek(connection) : std::nullopt;
+    auto request = faults_ ? peek(connection) : std::nullopt;
     if (request && !request->path().startsWith(controlPath)) {
+        const bool isRpcOpen = faults_->roads.isRpcOpen();
+        if (!isRpcOpen)
+            request->forgetRpc();
         faults_->statistics.requestSeen(*request);
-        if (const auto action = faults_->plan.strike(*request)) {
+        // Calls at a closed address are answered as such: a rule is for those that are handled.
+        const bool isClosed = !isRpcOpen && request->isRpcCall();
+        if (const auto action = isClosed ? std::nullopt : faults_->plan.strike(*request)) {
             return FaultyExchange(connection, *request, *action, faults_->effects)
                 .run([this](httplib::Stream& stream, FaultyExchange::Work work) { return process(stream, work); });
         }

@@ -1,6 +1,7 @@
 // The HTTP library's server on our own connections: prompt at stopping, cheap at uploads, and with a place for faults.
 #pragma once
 
+#include "localdrive/server/Roads.h"
 #include "localdrive/server/fault/FaultPlan.h"
 #include "localdrive/server/fault/FaultyExchange.h"
 #include "localdrive/server/fault/Statistics.h"
@@ -15,6 +16,7 @@ struct FaultControl {
     FaultPlan& plan;
     FaultEffects& effects;
     Statistics& statistics;
+    const Roads& roads;
 };
 
 // Routes are added before listening; the handlers run on the connections' threads, many at a time.

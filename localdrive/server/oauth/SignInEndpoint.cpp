@@ -6,6 +6,8 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
+
 namespace quenby::localdrive {
 namespace {
 
@@ -25,11 +27,19 @@ QString clientName(const QString& clientId) {
 
 QString scopeSentences(const QString& scope) {
     QStringList sentences;
-    if (scope.contains(QLatin1String("/auth/drive"))) {
+    const QStringList scopes = scope.split(QLatin1Char(' '));
+    const auto isOfOwnFiles = [](const QString& one) { return one.endsWith(QLatin1String("/auth/drive.file")); };
+    const auto isOfAnyFile = [&](const QString& one) {
+        return one.contains(QLatin1String("/auth/drive")) && !isOfOwnFiles(one);
+    };
+    if (std::any_of(scopes.begin(), scopes.end(), isOfAnyFile)) {
         sentences.append(QStringLiteral("See, change, add and delete the files in your Drive"));
         sentences.append(QStringLiteral("Change who may see them"));
         sentences.append(QStringLiteral("See your name, your e-mail address and how much room is left"));
     } else {
+        if (std::any_of(scopes.begin(), scopes.end(), isOfOwnFiles))
+            sentences.append(
+                QStringLiteral("See, change, add and delete the files that it makes in your Drive itself"));
         if (scope.contains(QLatin1String("email")))
             sentences.append(QStringLiteral("See your e-mail address"));
         if (scope.contains(QLatin1String("profile")))

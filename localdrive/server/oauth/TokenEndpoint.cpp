@@ -78,12 +78,13 @@ void TokenEndpoint::token(const httplib::Request& request, httplib::Response& re
 }
 
 Result<TokenEndpoint::Client> TokenEndpoint::authenticate(const httplib::Request& request) const {
-    Client client{parameter(request, "client_id"), parameter(request, "client_secret").toUtf8()};
+    Client client{parameter(request, "client_id"), parameter(request, "client_secret").toUtf8(), false};
     const QByteArray authorization = header(request, "Authorization");
     if (authorization.startsWith("Basic ")) {
         const QByteArray pair = QByteArray::fromBase64(authorization.mid(6));
         const qsizetype colon = pair.indexOf(':');
-        client = {QUrl::fromPercentEncoding(pair.left(colon)), QByteArray::fromPercentEncoding(pair.mid(colon + 1))};
+        client = {QUrl::fromPercentEncoding(pair.left(colon)), QByteArray::fromPercentEncoding(pair.mid(colon + 1)),
+                  false};
     }
     if (client.id.isEmpty())
         return oauthError(QStringLiteral("invalid_request"), QStringLiteral("client_id is missing."));
@@ -92,6 +93,7 @@ Result<TokenEndpoint::Client> TokenEndpoint::authenticate(const httplib::Request
         return oauthError(QStringLiteral("invalid_client"), QStringLiteral("The client is unknown."), 401);
     if (pinned != clients_.pinned.end() && !equalSecrets(pinned->toUtf8(), client.secret))
         return oauthError(QStringLiteral("invalid_client"), QStringLiteral("The client secret is wrong."), 401);
+    client.isPublic = pinned != clients_.pinned.end() && pinned->isEmpty();
     statistics_.secretIssued(client.secret);
     return client;
 }
@@ -112,7 +114,7 @@ Result<IssuedTokens> TokenEndpoint::issue(const httplib::Request& request, const
     if (grantType == QLatin1String("authorization_code")) {
         const auto code = needed("code");
         return code ? tokens_.redeemCode(*code, client.id, parameter(request, "redirect_uri"),
-                                         parameter(request, "code_verifier").toUtf8())
+                                         parameter(request, "code_verifier").toUtf8(), client.isPublic)
                     : code.error();
     }
     if (grantType == QLatin1String("refresh_token")) {

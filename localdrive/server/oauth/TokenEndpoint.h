@@ -12,7 +12,8 @@ namespace quenby::localdrive {
 // Threads: any.
 class TokenEndpoint {
 public:
-    // Which programs may come: pinned ids with their secrets, and unless `only` is set others with any secret.
+    // Which programs may come: pinned ids with their secrets, and unless `only` is set others with any secret. A pinned
+    // id without a secret is a public client (RFC 6749, section 2.1), which proves itself by a code challenge.
     struct Clients {
         QHash<QString, QString> pinned;
         bool only = false;
@@ -29,6 +30,7 @@ private:
     struct Client {
         QString id;
         QByteArray secret;
+        bool isPublic = false;
     };
 
     void token(const httplib::Request& request, httplib::Response& response);

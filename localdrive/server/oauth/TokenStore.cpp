@@ -96,7 +96,7 @@ Result<QByteArray> TokenStore::issueCode(const Grant& grant, const CodeBinding& 
 }
 
 Result<IssuedTokens> TokenStore::redeemCode(const QByteArray& code, const QString& clientId, const QString& redirectUri,
-                                            const QByteArray& codeVerifier) {
+                                            const QByteArray& codeVerifier, bool needsChallenge) {
     Session session(database_, Session::Kind::write);
     const Row row = session.row(
         QStringLiteral("SELECT grant_id, redirect_uri, challenge, codes.expires, used, client, email, name, scope "
@@ -120,6 +120,8 @@ Result<IssuedTokens> TokenStore::redeemCode(const QByteArray& code, const QStrin
     if (facts.clientId != clientId || row[1].toString() != redirectUri)
         return invalidGrant(QStringLiteral("The code was given to another client or redirect address."));
     const QByteArray challenge = row[2].toString().toLatin1();
+    if (challenge.isEmpty() && needsChallenge)
+        return invalidGrant(QStringLiteral("The code was asked for without a challenge, which this client must send."));
     if (!challenge.isEmpty() && !verifies(codeVerifier, challenge))
         return invalidGrant(QStringLiteral("The code verifier does not match the challenge."));
 

@@ -41,8 +41,9 @@ public:
     // A code for ten minutes and one use.
     Result<QByteArray> issueCode(const Grant& grant, const CodeBinding& binding);
     // A code that comes back a second time has leaked: then everything it led to is revoked (RFC 6749, 4.1.2).
+    // `needsChallenge`: of clients that have nothing else to prove who they are; a code without one is no good to them.
     Result<IssuedTokens> redeemCode(const QByteArray& code, const QString& clientId, const QString& redirectUri,
-                                    const QByteArray& codeVerifier);
+                                    const QByteArray& codeVerifier, bool needsChallenge);
     Result<IssuedTokens> refresh(const QByteArray& refreshToken, const QString& clientId);
     // Tokens without a code, for tests.
     Result<IssuedTokens> issueDirectly(const Grant& grant);

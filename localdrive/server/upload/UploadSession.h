@@ -12,13 +12,18 @@
 
 namespace quenby::localdrive {
 
+// On which road an upload was announced. It is answered on the same one.
+enum class UploadRoad { rpc, rest };
+
 // What the announcing request said. It does not change.
 struct UploadFacts {
     QString part;     // name of the part file; no secret
-    QJsonObject call; // the announcing JSON-RPC call
+    QJsonObject call; // the announced call: "method", "params" and, of JSON-RPC, "id"
     QString mediaType;
     qint64 length = 0;
     Account user;
+    CallingProgram program = {};
+    UploadRoad road = UploadRoad::rpc;
 };
 
 // Threads: any. Several connections may carry bytes of one upload, when a client gave one up and began another before

@@ -17,14 +17,16 @@ constexpr std::chrono::milliseconds lifetime = 7 * 24h;
 QStringList schema() {
     return {QStringLiteral("CREATE TABLE uploads (digest TEXT PRIMARY KEY, part TEXT NOT NULL, call TEXT NOT NULL, "
                            "media_type TEXT NOT NULL, length INTEGER NOT NULL, email TEXT NOT NULL, "
-                           "name TEXT NOT NULL, expires INTEGER NOT NULL, result TEXT) WITHOUT ROWID")};
+                           "name TEXT NOT NULL, expires INTEGER NOT NULL, result TEXT) WITHOUT ROWID"),
+            QStringLiteral("ALTER TABLE uploads ADD COLUMN road TEXT NOT NULL DEFAULT 'rpc'"),
+            QStringLiteral("ALTER TABLE uploads ADD COLUMN client TEXT NOT NULL DEFAULT ''"),
+            QStringLiteral("ALTER TABLE uploads ADD COLUMN own_files_only INTEGER NOT NULL DEFAULT 0")};
 }
 
-const QString columns = QStringLiteral("part, call, media_type, length, email, name, result, expires");
-
-QString digest(const QByteArray& uploadId) {
-    return QString::fromLatin1(QCryptographicHash::hash(uploadId, QCryptographicHash::Sha256).toHex());
-}
+const QString columns = QStringLiteral("part, call, media_type, length, email, name, result, expires, road, client, "
+                                       "own_files_only");
+const QString restRoad = QStringLiteral("rest");
+const QString rpcRoad = QStringLiteral("rpc");
 
 QString compact(const QJsonObject& object) {
     return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
@@ -55,6 +57,10 @@ UploadSessions::UploadSessions(Database& database, BlobStore& blobs, const Serve
     , blobs_(blobs)
     , clock_(clock) {}
 
+QString UploadSessions::digest(const QByteArray& uploadId) {
+    return QString::fromLatin1(QCryptographicHash::hash(uploadId, QCryptographicHash::Sha256).toHex());
+}
+
 Result<void> UploadSessions::sweep() {
     QSet<QString> open;
     Session session(database_, Session::Kind::write);
@@ -71,11 +77,12 @@ Result<QByteArray> UploadSessions::create(UploadFacts facts) {
     const QByteArray uploadId = randomSecret();
     facts.part = QString::fromLatin1(randomSecret(18));
     Session session(database_, Session::Kind::write);
-    session.run(QStringLiteral("INSERT INTO uploads (digest, part, call, media_type, length, email, name, expires) "
-                               "VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
-                {digest(uploadId), facts.part, compact(facts.call), facts.mediaType, facts.length,
-                 facts.user.emailAddress, facts.user.displayName,
-                 clock_.now().toMSecsSinceEpoch() + static_cast<qint64>(lifetime.count())});
+    session.run(
+        QStringLiteral("INSERT INTO uploads (digest, part, call, media_type, length, email, name, expires, road, "
+                       "client, own_files_only) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+        {digest(uploadId), facts.part, compact(facts.call), facts.mediaType, facts.length, facts.user.emailAddress,
+         facts.user.displayName, clock_.now().toMSecsSinceEpoch() + static_cast<qint64>(lifetime.count()),
+         facts.road == UploadRoad::rest ? restRoad : rpcRoad, facts.program.clientId, facts.program.seesOwnFilesOnly});
     if (const auto committed = session.commit(); !committed)
         return committed.error();
     return uploadId;
@@ -101,8 +108,13 @@ Result<std::shared_ptr<UploadSession>> UploadSessions::find(const QByteArray& up
 
 // The session object of a row: the live one, since two for one part file would disturb each other.
 Result<std::shared_ptr<UploadSession>> UploadSessions::load(const Row& row) {
-    const UploadFacts facts{row[0].toString(), objectOf(row[1]), row[2].toString(), row[3].toLongLong(),
-                            Account{row[5].toString(), row[4].toString()}};
+    const UploadFacts facts{row[0].toString(),
+                            objectOf(row[1]),
+                            row[2].toString(),
+                            row[3].toLongLong(),
+                            Account{row[5].toString(), row[4].toString()},
+                            CallingProgram{row[9].toString(), row[10].toBool()},
+                            row[8].toString() == restRoad ? UploadRoad::rest : UploadRoad::rpc};
     const std::lock_guard lock(mutex_);
     if (const auto* live = live_.object(facts.part))
         return *live;

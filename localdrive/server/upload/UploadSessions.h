@@ -25,6 +25,9 @@ public:
     // The upload goes on under a new id, which is returned; empty when there is none of that id.
     QByteArray rename(const QByteArray& uploadId);
 
+    // By which an upload id is known where the secret itself must not stand.
+    static QString digest(const QByteArray& uploadId);
+
     // To be written in the transaction that completes the upload.
     static void noteResult(Session& session, const UploadFacts& facts, const QJsonObject& result);
 

@@ -1,5 +1,6 @@
 #include "localdrive/server/web/FileEndpoint.h"
 
+#include "localdrive/server/rest/RestCall.h"
 #include "localdrive/server/web/ContentReply.h"
 #include "localdrive/server/web/Drawing.h"
 
@@ -8,8 +9,6 @@ namespace quenby::localdrive {
 void FileEndpoint::addRoutes(HttpServer& server) {
     using httplib::Request;
     using httplib::Response;
-    server.Get("/drive/v2/files/([^/]+)",
-               [this](const Request& request, Response& response) { file(request, response); });
     server.Get("/thumbnails/([^/]+)",
                [this](const Request& request, Response& response) { thumbnail(request, response); });
     server.Get("/icons/([a-z]+)\\.png", [](const Request& request, Response& response) {
@@ -25,30 +24,14 @@ void FileEndpoint::addRoutes(HttpServer& server) {
     });
 }
 
-void FileEndpoint::file(const httplib::Request& request, httplib::Response& response) {
-    const auto caller = authenticator_.byTokenOrPage(request, response);
+void FileEndpoint::content(const QString& fileId, const httplib::Request& request, httplib::Response& response) {
+    const auto caller = authenticator_.byTokenOrPage(request, response, ErrorForm::rest);
     if (!caller)
         return;
-    const QString id = pathPart(request, 1);
-    if (parameter(request, "alt") != QLatin1String("media"))
-        return sendResource(*caller, id, request, response);
-    auto content = store_.content(*caller, id, parameter(request, "revisionId"));
+    auto content = store_.content(*caller, fileId, parameter(request, "revisionId"));
     if (!content)
-        return sendCallError(response, content.error());
+        return sendRestAnswer(response, restError(content.error()));
     sendContent(request, response, std::move(*content));
-}
-
-void FileEndpoint::sendResource(const Caller& caller, const QString& id, const httplib::Request& request,
-                                httplib::Response& response) const {
-    CallContext context;
-    static_cast<Caller&>(context) = caller;
-    QJsonObject params{{QStringLiteral("fileId"), id}};
-    if (request.has_param("fields"))
-        params.insert(QStringLiteral("fields"), parameter(request, "fields"));
-    const QJsonObject outcome = methods_.call(QStringLiteral("drive.files.get"), params, context);
-    if (outcome.contains(QLatin1String("error")))
-        return sendCallError(response, outcome[QLatin1String("error")].toObject());
-    sendJson(response, 200, outcome[QLatin1String("result")].toObject());
 }
 
 // Only pictures have one, and it is the picture: whoever shows it scales it.

@@ -139,7 +139,7 @@ void WebCalls::upload(const Request& request, Response& response, const httplib:
         {QStringLiteral("title"), parameter(request, "title")},
         {QStringLiteral("parents"), QJsonArray{QJsonObject{{QStringLiteral("id"), parameter(request, "folder")}}}}};
     const qint64 length = header(request, "Content-Length").toLongLong();
-    if (const auto room = methods_.checkRoom({}, length); !room) {
+    if (const auto room = methods_.checkAnnounced(QStringLiteral("drive.files.insert"), {}, length); !room) {
         discardBody(read);
         return refuse(response, toRpcError(room.error()));
     }

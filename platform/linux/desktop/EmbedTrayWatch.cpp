@@ -23,7 +23,7 @@ int screenNumber() {
 
 EmbedTrayWatch::EmbedTrayWatch() {
     const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (!x11) {
+    if (!x11 || !x11->connection()) { // as on a screen that is none
         setState(State::absent);
         return;
     }

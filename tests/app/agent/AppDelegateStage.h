@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/agent/AppDelegate.h"
+#include "core/DefaultsKeys.h"
 #include "driveapi/GTLServiceDrive.h"
 #include "oauth2/window/GTMOAuth2WindowUi.h"
 #include "tests/app/session/KeptGrant.h"
@@ -18,6 +19,7 @@
 #include "tests/platform/fakes/FakeKeyring.h"
 #include "tests/platform/fakes/FakeLoginItem.h"
 #include "tests/platform/fakes/FakeMoviePlayer.h"
+#include "tests/platform/fakes/FakeNetworkCost.h"
 #include "tests/platform/fakes/FakeNotifications.h"
 #include "tests/platform/fakes/FakeOpener.h"
 #include "tests/platform/fakes/FakePasteboard.h"
@@ -25,11 +27,14 @@
 #include "tests/platform/fakes/FakeScreenshotQuery.h"
 #include "tests/platform/fakes/FakeSessionEnd.h"
 #include "tests/platform/fakes/FakeSingleInstance.h"
+#include "tests/platform/fakes/FakeSleepInhibitor.h"
 #include "tests/platform/fakes/FakeStatusItemHost.h"
 #include "tests/platform/fakes/FakeWebViews.h"
 #include "tests/support/ManualTimeSource.h"
+#include "workspace/uploads/UploadQueueWindow.h"
 #include "workspace/window/WorkspaceWindow.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QFile>
 #include <QLabel>
@@ -53,8 +58,9 @@ protected Q_SLOTS:
         QVERIFY2(local_->start(), local_->log().constData());
         time_ = std::make_shared<ManualTimeSource>();
         network_ = std::make_shared<FakeReachability>();
-        drive_ =
-            std::make_unique<DriveConnection>(Endpoints::localDrive(local_->url()), grantedClient(), time_, nullptr);
+        Endpoints endpoints = Endpoints::localDrive(local_->url());
+        endpoints.clientConsoleURL = console_;
+        drive_ = std::make_unique<DriveConnection>(endpoints, grantedClient(), time_, nullptr);
         drive_->driveService()->ticketSettings().maxRetryInterval = 4;
         platform_ = std::make_unique<PlatformServices>();
         defaults_ = place(platform_->defaults, std::make_unique<FakeDefaults>());
@@ -74,12 +80,14 @@ protected Q_SLOTS:
         place(platform_->screenshotQuery, std::make_unique<FakeScreenshotQuery>());
         shortcuts_ = place(platform_->globalShortcuts, std::make_unique<FakeGlobalShortcuts>());
         loginItem_ = place(platform_->loginItem, std::make_unique<FakeLoginItem>());
+        networkCost_ = place(platform_->networkCost, std::make_unique<FakeNetworkCost>());
+        sleepInhibitor_ = place(platform_->sleepInhibitor, std::make_unique<FakeSleepInhibitor>());
         platform_->makeStopItemHosts = [] { return std::make_unique<FakeStatusItemHosts>(); };
         webViews_ = place(platform_->webViews, std::make_unique<FakeWebViews>());
         instance_ = place(platform_->singleInstance, std::make_unique<FakeSingleInstance>());
         sessionEnd_ = place(platform_->sessionEnd, std::make_unique<FakeSessionEnd>());
-        delegate_ = std::make_unique<AppDelegate>(
-            AppDelegate::Surroundings{*platform_, *drive_, network_, [this] { ++revivals_; }});
+        journals_ = std::make_unique<QTemporaryDir>();
+        makeDelegate();
         revivals_ = 0;
     }
     void cleanup() {
@@ -94,6 +102,18 @@ protected:
         service = std::move(fake);
         return placed;
     }
+    // The former one goes first, as if its program had ended.
+    void makeDelegate() {
+        delegate_.reset();
+        if (!platform_->statusItemHosts) // it went with the former one
+            hosts_ = place(platform_->statusItemHosts, std::make_unique<FakeStatusItemHosts>());
+        delegate_ = std::make_unique<AppDelegate>(
+            AppDelegate::Surroundings{.platform = *platform_,
+                                      .drive = *drive_,
+                                      .reachability = network_,
+                                      .reviveDrive = [this] { ++revivals_; },
+                                      .uploadJournal = QFile::encodeName(journals_->filePath(u"uploads.sqlite"_s))});
+    }
     void launch() {
         delegate_->applicationWillFinishLaunching();
         delegate_->applicationDidFinishLaunching();
@@ -102,6 +122,15 @@ protected:
         const KeyringItem item = itemOf(drive_->endpoints());
         keyring_->setItem(item, grant);
         defaults_->setValueForKey(KeychainPersistence::prefsKeyForName(item.serviceName), true);
+    }
+    // Begins again, on a Drive that gives access to clients as people have registered them.
+    void playProvider() {
+        cleanup();
+        console_ = Endpoints::provider().clientConsoleURL;
+        init();
+        console_.clear();
+        defaults_->setValueForKey(defaultsKey::clientID, grantedClient().clientID);
+        defaults_->setValueForKey(defaultsKey::clientSecret, grantedClient().clientSecret);
     }
     QByteArray makeFile(const char* name) {
         QFile file(files_.filePath(QString::fromLatin1(name)));
@@ -115,6 +144,12 @@ protected:
         for (const QJsonValue& upload : local_->state()["uploads"_L1].toArray())
             complete += upload["complete"_L1].toBool();
         return complete;
+    }
+    // As the queue's window lists them.
+    int queuedUploads() {
+        choose(u"Uploads…"_s);
+        const auto* list = topLevel<UploadQueueWindow>()->findChild<QAbstractItemView*>();
+        return list->model()->rowCount();
     }
     template <typename Window>
     static Window* topLevel() {
@@ -160,6 +195,7 @@ protected:
         action->trigger();
     }
 
+    QUrl console_; // where clients are registered
     std::unique_ptr<LocalDriveProcess> local_;
     std::shared_ptr<ManualTimeSource> time_;
     std::shared_ptr<FakeReachability> network_;
@@ -178,6 +214,9 @@ protected:
     FakeScreenCaptureTool* captureTool_ = nullptr;
     FakeGlobalShortcuts* shortcuts_ = nullptr;
     FakeLoginItem* loginItem_ = nullptr;
+    FakeNetworkCost* networkCost_ = nullptr;
+    FakeSleepInhibitor* sleepInhibitor_ = nullptr;
+    std::unique_ptr<QTemporaryDir> journals_;
     std::unique_ptr<AppDelegate> delegate_;
     int revivals_ = 0;
 };

@@ -4,8 +4,10 @@
 #include "popover/window/PopoverWindow.h"
 #include "preferences/account/AccountFace.h"
 #include "preferences/account/AccountPane.h"
+#include "preferences/account/OwnClientDialog.h"
 #include "preferences/window/PreferenceWindow.h"
 #include "tests/app/agent/AppDelegateStage.h"
+#include "workspace/window/WelcomeView.h"
 #include "workspace/window/WorkspaceToolBar.h"
 
 #include <QAction>
@@ -14,6 +16,7 @@
 using namespace quenby;
 using namespace quenby::testing;
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 class AppDelegatePreferencesTest : public AppDelegateStage {
     Q_OBJECT
@@ -117,6 +120,85 @@ private Q_SLOTS:
         QVERIFY(look() == robin);
     }
 
+    // Who is signed in goes on as the former client, or ends and signs in as the other one.
+    void anotherClient_data() {
+        QTest::addColumn<int>("answer"); // -1: nothing is asked
+        QTest::newRow("nothing to lose") << -1;
+        QTest::newRow("all the same") << 0;
+        QTest::newRow("rather not") << 1;
+    }
+    void anotherClient() {
+        QFETCH(int, answer);
+        playProvider();
+        QVERIFY(local_->orderFaults(R"([{"match":{"pathPrefix":"/upload","times":1000},"action":{"status":503}}])"));
+        signIn();
+        if (answer >= 0)
+            delegate_->application_openFiles({makeFile("under way")});
+        defaults_->setValueForKey(defaultsKey::clientSecret, u"hush"_s);
+        defaults_->setValueForKey(defaultsKey::clientID, u"other"_s);
+        if (answer >= 0) {
+            QTRY_COMPARE(alerts_->waiting(), 1);
+            QCOMPARE(drive_->identity(), grantedClient());
+            alerts_->answer(answer);
+        }
+        if (answer == 1) {
+            QTRY_COMPARE(defaults_->valueForKey(defaultsKey::clientID).toString(), grantedClient().clientID);
+            QCOMPARE(defaults_->valueForKey(defaultsKey::clientSecret).toString(), grantedClient().clientSecret);
+            QTest::qWait(0); // what follows from that
+            QVERIFY(delegate_->isSignedIn() && alerts_->waiting() == 0);
+            QCOMPARE(drive_->identity(), grantedClient());
+            return;
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(!delegate_->isSignedIn() && shows(u"your client other"_s), patiently);
+        QCOMPARE(drive_->identity().clientID, u"other"_s);
+    }
+
+    // Nothing begins by itself where something is to be chosen first; what has begun begins anew with it.
+    void choicesBeforeASignIn() {
+        playProvider();
+        launch();
+        const auto& view = window()->welcomeView();
+        QTRY_VERIFY(view.isVisible() && button(view, u"Sign In"_s)->isEnabled());
+        QTest::qWait(0);
+        QVERIFY(!visibleSheet());
+        button(view, u"Only files that Quenby uploads"_s)->click();
+        QCOMPARE(defaults_->valueForKey(defaultsKey::driveAccess).toString(), u"files"_s);
+        QCOMPARE(drive_->makeAuthentication()->scope(), drive_->endpoints().driveFileScope);
+        button(view, u"Sign In"_s)->click();
+        QTRY_VERIFY(visibleSheet());
+        const QPointer<GTMOAuth2Window> first = visibleSheet();
+        defaults_->removeValueForKey(defaultsKey::driveAccess); // by another program
+        QTRY_VERIFY(!first && visibleSheet());
+        QVERIFY(button(view, u"Everything in the Drive"_s)->isChecked());
+        visibleSheet()->reject();
+        button(view, u"Use Your Own Client…"_s)->click();
+        auto* dialog = window()->findChild<OwnClientDialog*>();
+        QVERIFY(dialog && dialog->isVisible() && dialog->windowModality() == Qt::WindowModal);
+        Q_EMIT window()->welcomeView().ownClientRequested();
+        QCOMPARE(window()->findChildren<OwnClientDialog*>().size(), 1);
+    }
+
+    void theAccountPaneTellsTheAccess() {
+        playProvider();
+        signIn();
+        openPreferences();
+        QTRY_VERIFY_WITH_TIMEOUT(showsIn(*preferences(), u"Access: everything"_s), patiently);
+        button(*preferences(), u"Sign In Again…"_s)->click();
+        QTRY_VERIFY_WITH_TIMEOUT(!delegate_->isSignedIn(), patiently);
+        QTRY_VERIFY(button(window()->welcomeView(), u"Everything in the Drive"_s)->isVisible());
+    }
+
+    // What only people can put right is told to them; the rest is tried again.
+    void aDriveThatIsSwitchedOffIsTold() {
+        keep(keptGrant(*local_, owner));
+        QVERIFY(local_->orderFaults(R"([{"match":{"pathPrefix":"/rpc","times":1000},"action":{"status":403,
+            "body":{"error":{"code":403,"message":"Off.","data":[{"reason":"accessNotConfigured"}]}}}}])"));
+        launch();
+        QTRY_VERIFY_WITH_TIMEOUT((time_->advance(1s), shows(u"enable the Google Drive API"_s)), patiently);
+        local_->clearFaults();
+        QTRY_VERIFY_WITH_TIMEOUT((time_->advance(1min), shows(u"% of"_s)), patiently);
+    }
+
     // The program's windows are not in its own screenshots.
     void capturesMinimiseTheWindow() {
         signIn();
@@ -144,6 +226,13 @@ private:
         keep(keptGrant(*local_, owner));
         launch();
         QTRY_VERIFY_WITH_TIMEOUT(hosts_->fake() && hosts_->fake()->face() && true, patiently);
+    }
+    static QAbstractButton* button(const QWidget& view, const QString& text) {
+        for (auto* candidate : view.findChildren<QAbstractButton*>()) {
+            if (candidate->text().remove(u'&') == text)
+                return candidate;
+        }
+        qFatal("no button %s", qPrintable(text));
     }
     static PreferenceWindow* preferences() { return topLevel<PreferenceWindow>(); }
     static bool showsIn(const QWidget& window, const QString& text) {

@@ -45,6 +45,11 @@ QJsonObject changeList(const QJsonArray& items, qint64 largestChangeId) {
     return {{u"items"_s, items}, {u"largestChangeId"_s, QString::number(largestChangeId)}};
 }
 
+// Of a service that gives changes no numbers; one without a token names no place at all.
+QJsonObject tokenList(const QJsonArray& items, const QString& token) {
+    return {{u"items"_s, items}, {u"newStartPageToken"_s, token}};
+}
+
 // One thread, that can be kept busy.
 class Queue final : public QThreadPool {
 public:
@@ -159,6 +164,73 @@ private Q_SLOTS:
         QCOMPARE(told_, QStringList{u"c added"_s});
     }
 
+    void followsTokensWhereChangesHaveNoNumbers() {
+        feed_->GetChangeListGoogleDrive();
+        answer(tokenList({change(u"a"_s, -90, -60), change(u"b"_s, -80, -70)}, u"one"_s));
+        QCOMPARE(feed_->DriveChangeInfoAPI().at(0).title, u"a"_s); // the later one
+        for (const QString& token : {u"one"_s, u"two"_s}) {        // also after an answer without changes
+            time_->advance(30s);
+            answer(tokenList({}, u"two"_s));
+            QCOMPARE(lastParameters().value(u"pageToken"_s), token);
+            QVERIFY(!lastParameters().contains(u"startChangeId"_s) && !lastParameters().contains(u"includeDeleted"_s));
+        }
+        QCOMPARE(changed_->size(), 2);
+        time_->advance(30s);
+        answer(tokenList({change(u"a"_s, -90, 80), change(u"c"_s, 70, 75)}, u"three"_s));
+        QCOMPARE(told_, (QStringList{u"a updated"_s, u"c added"_s}));
+
+        time_->advance(30s);
+        refuse(410); // the token is too old
+        time_->advance(30s);
+        answer(tokenList({change(u"a"_s, -90, 80), change(u"c"_s, 70, 75), change(u"d"_s, 130, 135)}, u"four"_s));
+        QCOMPARE(lastParameters().value(u"includeDeleted"_s), false);
+        QVERIFY(!lastParameters().contains(u"pageToken"_s));
+        QCOMPARE(told_.mid(2), QStringList{u"d added"_s});
+        time_->advance(30s);
+        answer(changeList({}, 100)); // has got numbers
+        QCOMPARE(lastParameters().value(u"pageToken"_s), u"four"_s);
+        time_->advance(30s);
+        answer(changeList({}, 100));
+        QCOMPARE(lastParameters().value(u"startChangeId"_s).toVariant().toLongLong(), 101);
+    }
+
+    void numbersThatAreRefused_data() {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<bool>("goesByToken");
+        for (const int status : {400, 404, 410, 403, 500})
+            QTest::addRow("%d", status) << status << (status != 403 && status != 500);
+    }
+    void numbersThatAreRefused() {
+        QFETCH(int, status);
+        QFETCH(bool, goesByToken);
+        const auto both = [](const QJsonArray& items) {
+            QJsonObject list = changeList(items, 100);
+            list.insert(u"newStartPageToken"_s, u"token"_s);
+            return list;
+        };
+        feed_->GetChangeListGoogleDrive();
+        answer(both({change(u"a"_s, -90, -60)}));
+        time_->advance(30s);
+        refuse(status);
+        QCOMPARE(lastParameters().value(u"startChangeId"_s).toVariant().toLongLong(), 101);
+        for (int round = 0; round < 2; ++round) {
+            time_->advance(30s);
+            answer(both({change(u"a"_s, -90, -60)}));
+            QVERIFY(round > 0 || lastParameters().contains(u"includeDeleted"_s));
+        }
+        QCOMPARE(lastParameters().contains(u"startChangeId"_s), !goesByToken);
+        QCOMPARE(lastParameters().value(u"pageToken"_s).toString(), goesByToken ? u"token"_s : QString());
+        QVERIFY(told_.isEmpty());
+        QCOMPARE(feed_->DriveChangeInfoAPI().size(), 1);
+
+        feed_->clear(); // another account may be on another service
+        feed_->GetChangeListGoogleDrive();
+        answer(both({}));
+        time_->advance(30s);
+        answer(both({}));
+        QVERIFY(lastParameters().contains(u"startChangeId"_s));
+    }
+
     // Whenever the user signs out and in again, one chain is left, and it is about the new account alone.
     void signOutAndInAgain_data() {
         QTest::addColumn<QString>("during");
@@ -227,16 +299,22 @@ private Q_SLOTS:
         QCOMPARE(time_->pendingTimers(), 0U);
     }
 
+    void longAnswers_data() {
+        QTest::addColumn<bool>("hasNumbers");
+        QTest::newRow("numbers") << true;
+        QTest::newRow("tokens") << false;
+    }
     void longAnswers() {
-        constexpr int perPage = 1000;
+        QFETCH(bool, hasNumbers);
+        const int perPage = hasNumbers ? 1000 : 10;
         network_->isHolding = false;
-        network_->handler = [this](const URLRequest& request) {
+        network_->handler = [this, hasNumbers, perPage](const URLRequest& request) {
             const QJsonObject call = QJsonDocument::fromJson(request.body).object();
             const int page = call["params"_L1]["pageToken"_L1].toString().toInt();
             QJsonArray items;
             for (int i = page * perPage; i < (page + 1) * perPage; ++i)
                 items.append(change(u"f%1"_s.arg(i), i - 40'000, i - 30'000));
-            QJsonObject list = changeList(items, 50'000);
+            QJsonObject list = changeList(items, hasNumbers ? 50'000 : 0);
             list.insert(u"nextPageToken"_s, QString::number(page + 1)); // there is no end
             return FakeReply{.status = 200, .body = reply(list)};
         };
@@ -244,7 +322,13 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(!feed_->isFetchingFirst(), 60'000);
         QCOMPARE(network_->requests.size(), 27U);
         QCOMPARE(feed_->DriveChangeInfoAPI().size(), 15);
-        QCOMPARE(feed_->DriveChangeInfoAPI().at(0).title, u"f26999"_s);
+        QCOMPARE(feed_->DriveChangeInfoAPI().at(0).title, u"f%1"_s.arg(27 * perPage - 1));
+        network_->isHolding = true;
+        time_->advance(30s);
+        QTRY_COMPARE(network_->waitingCount(), 1U);
+        QCOMPARE(lastParameters().value(u"startChangeId"_s).toVariant().toLongLong(), hasNumbers ? 50'001 : 0);
+        QCOMPARE(lastParameters().value(u"pageToken"_s).toString(), hasNumbers ? QString() : u"27"_s); // the rest
+        QCOMPARE(lastParameters().contains(u"includeDeleted"_s), !hasNumbers);
     }
 
     void oddAnswers() {
@@ -274,6 +358,7 @@ private Q_SLOTS:
         QCOMPARE(read.at(2).modificationDate, QDateTime::fromString(dateText(4), Qt::ISODateWithMs));
         QVERIFY(!read.at(3).file);
         QVERIFY(read.at(4).fileId == u"d"_s && !read.at(4).modificationDate.isValid());
+        QVERIFY(read.at(5).file->thumbnailLink.isEmpty());
         QVERIFY(!read.at(5).file->isTrashed && read.at(5).file->title.isEmpty());
     }
 
@@ -341,6 +426,11 @@ private:
             headers.set("Date", QLocale::c().toString(date, u"ddd, dd MMM yyyy HH:mm:ss 'GMT'"_s).toLatin1());
         }
         answerWith([&](auto& exchange) { exchange.answer(200, reply(result), headers); });
+    }
+    void refuse(int code) {
+        const QJsonObject error{{u"code"_s, code}, {u"message"_s, u"no"_s}};
+        const QByteArray body = QJsonDocument(QJsonObject{{u"id"_s, u"x"_s}, {u"error"_s, error}}).toJson();
+        answerWith([&](auto& exchange) { exchange.answer(200, body); });
     }
     // Answers the poll; the answer stays on the queue, behind its parsing. Few changes would not go there: there are
     // others with them, which are too old to matter.

@@ -200,6 +200,10 @@ private Q_SLOTS:
             const PolledStore polled = pollCompleted(polledStore(), FeedAnswer{{change}, 1}, surroundings);
             QCOMPARE(polled.store.DriveChangeInfoAPI, QList{wanted});
         }
+        change.file->resourceKey = wanted.resourceKey = u"0-k y"_s;
+        wanted.share += u"&resourcekey=0-k%20y"_s;
+        const PolledStore polled = pollCompleted(polledStore(), FeedAnswer{{change}, 1}, surroundings);
+        QCOMPARE(polled.store.DriveChangeInfoAPI, QList{wanted});
     }
 
     void firstPoll() {

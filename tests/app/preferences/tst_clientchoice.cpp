@@ -1,6 +1,7 @@
 // Which client the program signs in as: what the settings and the environment decide, and what a token server says of
 // a client that is tried.
 #include "app/account/DriveConnection.h"
+#include "app/preferences/AccessChoice.h"
 #include "app/preferences/ClientChoice.h"
 #include "app/session/AccountSession.h"
 #include "core/DefaultsKeys.h"
@@ -118,7 +119,7 @@ private Q_SLOTS:
         QCOMPARE(server.requests().size(), 1U);
         const ReceivedRequest& asked = server.requests().front();
         QVERIFY(asked.body.contains("grant_type=authorization_code") && asked.body.contains("client_secret=hush-hush"));
-        QVERIFY(asked.body.contains("redirect_uri=")); // as a sign-in has it
+        QVERIFY(asked.body.contains("redirect_uri=http%3A%2F%2F127.0.0.1")); // as a sign-in in the browser has it
         QVERIFY(asked.header("Authorization").isNull());
     }
 
@@ -147,6 +148,55 @@ private Q_SLOTS:
         desk.defaults.setValueForKey(defaultsKey::clientID, u"i"_s); // and back
         QCoreApplication::processEvents();
         QCOMPARE(desk.changed.size(), 4);
+    }
+
+    // It goes on as the former client, or ends, but never something in between.
+    void whoIsSignedInIsAskedFirst() {
+        Desk desk(ofAProvider());
+        desk.keyring.setItem(itemOf(desk.drive.endpoints()), keptGrant(local_, u"ann@example.com"_s));
+        desk.defaults.setValueForKey(KeychainPersistence::prefsKeyForName(desk.drive.endpoints().keychainItemName),
+                                     true);
+        desk.session.loginCheck(&desk.choice, [](const MaybeError&) {});
+        QTRY_VERIFY_WITH_TIMEOUT(desk.session.UserLogin(), patiently);
+        const ClientIdentity former = desk.drive.identity();
+        desk.choice.use(known);
+        QTRY_COMPARE(desk.changed.size(), 1);
+        QCOMPARE(desk.drive.identity(), former);
+        desk.choice.keepFormer();
+        QCoreApplication::processEvents();
+        QVERIFY(desk.choice.isProgramsOwn() && !desk.defaults.contains(defaultsKey::clientSecret));
+        QCOMPARE(desk.changed.size(), 1);
+        desk.choice.use(known);
+        QTRY_COMPARE(desk.changed.size(), 2);
+        desk.choice.take();
+        QCOMPARE(desk.drive.identity(), (ClientIdentity{known.clientID, known.clientSecret}));
+        desk.choice.keepFormer(); // too late
+        QCOMPARE(desk.choice.clientID(), known.clientID);
+    }
+
+    void accessFollowsTheSettings() {
+        Desk desk(ofAProvider());
+        AccessChoice access(desk.drive, desk.defaults);
+        const Endpoints& endpoints = desk.drive.endpoints();
+        const auto scope = [&desk] { return desk.drive.makeAuthentication()->scope(); };
+        QCOMPARE(scope(), endpoints.driveScope);
+        access.choose(DriveAccess::ownFiles);
+        QCOMPARE(scope(), endpoints.driveFileScope);
+        desk.defaults.setValueForKey(defaultsKey::driveAccess, u"perhaps"_s); // by another program
+        QCOMPARE(scope(), endpoints.driveScope);
+        access.choose(DriveAccess::ownFiles);
+        access.choose(DriveAccess::everything);
+        QVERIFY(!desk.defaults.contains(defaultsKey::driveAccess));
+        // What was granted is told by the sign-in, not by the settings.
+        const QString mail = endpoints.emailScope + ' '_L1;
+        QCOMPARE(desk.drive.accessIn(mail + endpoints.driveScope), DriveAccess::everything);
+        QCOMPARE(desk.drive.accessIn(mail + endpoints.driveFileScope), DriveAccess::ownFiles);
+        QCOMPARE(desk.drive.accessIn(mail), std::nullopt);
+
+        Desk local(Endpoints::localDrive(local_.url()));
+        AccessChoice none(local.drive, local.defaults);
+        none.choose(DriveAccess::ownFiles);
+        QVERIFY(!none.isOffered() && none.access() == DriveAccess::everything);
     }
 
     void othersDecide_data() {
@@ -190,6 +240,13 @@ private Q_SLOTS:
     }
 
 private:
+    // The Drive of this computer, as if clients were registered there.
+    Endpoints ofAProvider() const {
+        Endpoints endpoints = Endpoints::localDrive(local_.url());
+        endpoints.clientConsoleURL = Endpoints::provider().clientConsoleURL;
+        return endpoints;
+    }
+
     LocalDriveProcess local_{{u"--only-clients"_s, u"--client"_s, u"known:hush-hush"_s, u"--client"_s,
                               grantedClient().clientID + ':'_L1 + grantedClient().clientSecret}};
 };

@@ -103,6 +103,8 @@ private Q_SLOTS:
         row("more than there is", "LIMITED", 1024, {1536}, "150% of 1 kB used");
         row("nothing to use", "LIMITED", 0, {5}, "0% of 0 bytes used");
         row("a total that is none", "LIMITED", -1, {5}, "0% of 0 bytes used");
+        row("a total without a kind", "", 1048576, {1024}, "0% of 1 MB used");
+        row("neither total nor kind", "", 0, {5}, "0% of unlimited storage used");
         row("unlimited", "UNLIMITED", 0, {1000000}, "0% of unlimited storage used");
         row("absurd", "LIMITED", 1, {most, most}, "999999% of 1 byte used");
     }

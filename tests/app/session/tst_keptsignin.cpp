@@ -4,9 +4,12 @@
 #include "app/cli/Session.h"
 #include "platform/PlatformServices.h"
 #include "tests/app/session/KeptGrant.h"
+#include "tests/oauth2/browser/PlayedSignIn.h"
 #include "tests/platform/fakes/FakeDefaults.h"
 #include "tests/platform/fakes/FakeKeyring.h"
 
+#include <QRegularExpression>
+#include <QTemporaryFile>
 #include <QTest>
 
 using namespace quenby;
@@ -23,7 +26,12 @@ class KeptSignInTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY2(local_.start(), local_.log().constData()); }
+    void initTestCase() {
+        // No browser of whoever runs the test is opened.
+        qunsetenv("DISPLAY");
+        qunsetenv("WAYLAND_DISPLAY");
+        QVERIFY2(local_.start(), local_.log().constData());
+    }
     void init() {
         endpoints_ = Endpoints::localDrive(local_.url());
         mark_ = KeychainPersistence::prefsKeyForName(endpoints_.keychainItemName);
@@ -34,9 +42,7 @@ private Q_SLOTS:
         defaults_ = defaults.get();
         keyring_ = keyring.get();
         storage_ = std::make_unique<AccountStorage>(AccountStorage{std::move(defaults), std::move(keyring)});
-        session_ = std::make_unique<Session>(console_, Session::Settings(),
-                                             Session::Provider{endpoints_, [this] { return std::move(*storage_); }},
-                                             makeSystemTimeSource());
+        make({});
     }
     void cleanup() { session_.reset(); }
 
@@ -80,6 +86,57 @@ private Q_SLOTS:
             QCOMPARE(call.kind, FakeKeyring::Call::Kind::read);
     }
 
+    // With somebody at the terminal who has a browser.
+    void signsInByTheBrowser_data() {
+        QTest::addColumn<QByteArray>("stored"); // "good": one that the Drive gave out
+        QTest::addColumn<bool>("isThere");      // the keyring
+        QTest::addColumn<bool>("isAsked");
+        QTest::newRow("never signed in") << QByteArray() << true << true;
+        QTest::newRow("not what was written") << QByteArray("rubbish") << true << true;
+        QTest::newRow("refused") << refusedGrant(u"a@example.com"_s) << true << true;
+        QTest::newRow("signed in already") << QByteArray("good") << true << false;
+        QTest::newRow("nowhere to keep it") << QByteArray() << false << false;
+    }
+    void signsInByTheBrowser() {
+        QFETCH(QByteArray, stored);
+        QFETCH(bool, isThere);
+        QFETCH(bool, isAsked);
+        QTemporaryFile printed;
+        QVERIFY(printed.open());
+        Console console({.quiet = true, .errors = printed.handle()});
+        Session::Settings settings;
+        settings.signsIn = true;
+        make(settings, console);
+        store(stored == "good" ? keptGrant(local_, u"ann@example.com"_s) : stored, !stored.isEmpty());
+        if (!isThere)
+            keyring_->setState(FakeKeyring::State::missing);
+        std::optional<MaybeError> opened;
+        session_->open(this, [&](const MaybeError& error) { opened = error; });
+        const auto page = [&] {
+            static const QRegularExpression address(u"^http://\\S+$"_s, QRegularExpression::MultilineOption);
+            printed.seek(0);
+            return QUrl(address.match(QString::fromUtf8(printed.readAll())).captured());
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(opened || !page().isEmpty(), patiently);
+        QCOMPARE(!page().isEmpty(), isAsked);
+        if (isAsked) {
+            PlayedBrowser browser;
+            QCOMPARE(browser.get(allowedAnswer(browser, page(), u"ann@example.com"_s)).status, 200);
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(opened, patiently);
+        if (!isThere) {
+            QVERIFY(*opened && (*opened)->description().contains(u"There is no keyring."_s));
+            return;
+        }
+        QVERIFY2(!*opened, qPrintable(*opened ? (*opened)->description() : QString()));
+        QCOMPARE(session_->authentication()->userEmail(), u"ann@example.com"_s);
+        bool isClosed = false;
+        session_->close(this, [&] { isClosed = true; });
+        QTRY_VERIFY(isClosed);
+        QVERIFY(defaults_->boolForKey(mark_));
+        QVERIFY(keyring_->item(itemOf(endpoints_)).value_or("").contains("ann%40example.com"));
+    }
+
     void newRefreshTokenIsKeptBeforeTheEnd() {
         store(keptGrant(local_, u"ann@example.com"_s), true);
         std::optional<MaybeError> opened;
@@ -99,6 +156,12 @@ private Q_SLOTS:
     }
 
 private:
+    void make(const Session::Settings& settings) { make(settings, console_); }
+    void make(const Session::Settings& settings, Console& console) {
+        session_ = std::make_unique<Session>(console, settings,
+                                             Session::Provider{endpoints_, [this] { return std::move(*storage_); }},
+                                             makeSystemTimeSource());
+    }
     void store(const QByteArray& data, bool isMarked) {
         if (!data.isNull())
             keyring_->setItem(itemOf(endpoints_), data);

@@ -160,6 +160,7 @@ private Q_SLOTS:
         QFETCH(QString, parent);
         QFETCH(bool, flags);
         UploadRequest request{path, QStringLiteral("Type"), folder, flags, flags};
+        request.mayBeGone = request.isCapture = flags;
         if (!parent.isNull()) {
             request.query = insertQueryForPath(path, parent);
             request.query->setConvert(true);
@@ -172,6 +173,7 @@ private Q_SLOTS:
         QCOMPARE(read->typeUpload, request.typeUpload);
         QCOMPARE(read->folderName, folder);
         QVERIFY(read->needToShare == flags && read->removeSource == flags);
+        QVERIFY(read->mayBeGone == flags && read->isCapture == flags);
         QCOMPARE(bool(read->query), !parent.isNull());
         if (!read->query)
             return;

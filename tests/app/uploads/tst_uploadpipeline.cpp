@@ -247,39 +247,6 @@ private Q_SLOTS:
         QCOMPARE(alerts_->shown().size(), 0);
     }
 
-    void handedOverToAnotherInstance() {
-        QVERIFY(bench_.drive().orderFaults(
-            R"([{"match": {"uploadPut": true, "times": -1}, "action": {"reset": "before"}}])"));
-        const auto before = announced();
-        const QByteArray removed = makeFile("handed 5", "5");
-        pipeline_->UploadFilesToServer({makeFile("handed 0", sampleBytes(400000)), makeFile("handed 1", "1"),
-                                        makeFile("handed 2 \xFF", "2"), makeFile("handed 3", "3")});
-        pipeline_->uploadInGoogleDriveIn(QStringLiteral("Handed"), makeFile("handed 4", "4"));
-        pipeline_->uploadUsingThisQuery(insertQueryForPath(removed, {}), removed, true, screenShot, true);
-        // In the middle: four are announced, and two wait.
-        QTRY_COMPARE_WITH_TIMEOUT(announced(), before + 4, patiently);
-        const QList<QByteArray> lines = pipeline_->remaining();
-        QCOMPARE(lines.size(), 6);
-        for (const QString& secret : bench_.drive().secrets())
-            QVERIFY(!lines.join().contains(secret.toUtf8()));
-
-        pipeline_->cancelEverything();
-        QVERIFY(pipeline_->remaining().isEmpty());
-        QVERIFY(pipeline_->uploadStatusPath().isNull());
-        QCOMPARE(::access(removed, F_OK), 0); // nothing was done with it yet
-
-        bench_.drive().clearFaults();
-        startPipeline();
-        pipeline_->resume(lines + QList<QByteArray>{"no line", "{}"});
-        QTRY_COMPARE_WITH_TIMEOUT(uploaded_.size(), 6, patiently);
-        QTRY_VERIFY(pipeline_->remaining().isEmpty());
-        QCOMPARE(shared_.size(), 1);
-        QCOMPARE(::access(removed, F_OK), -1);
-        for (const char* title : {"handed 0", "handed 1", "handed 2 \xEF\xBF\xBD", "handed 3", "handed 4", "handed 5"})
-            QCOMPARE(bench_.copiesOf(QString::fromUtf8(title)).size(), 1);
-        QCOMPARE(alerts_->shown().size(), 0);
-    }
-
     void panel() {
         pipeline_->SelectAndUploadFile(nullptr);
         QCOMPARE(panels_->opened().last().prompt, QStringLiteral("Upload"));
@@ -336,8 +303,6 @@ private:
             return ::symlink("/nowhere/at/all", path) == 0 ? path : QByteArray();
         return makeFile(kind.toUtf8(), "content");
     }
-    // Uploads that the Drive was told of, from its start.
-    qsizetype announced() { return bench_.drive().state()[QLatin1String("uploads")].toArray().size(); }
     std::shared_ptr<GTLDriveFile> fileOf(const QString& identifier) {
         const auto reply = bench_.call(GTLQueryDrive::queryForFilesGetWithFileId(identifier));
         return std::dynamic_pointer_cast<GTLDriveFile>(reply.valueOr(nullptr));

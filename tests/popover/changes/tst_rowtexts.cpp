@@ -62,6 +62,11 @@ private Q_SLOTS:
                  QStringLiteral("https://drive.example/file/d/f_1-A/view"));
         QCOMPARE(address(QStringLiteral("https://x/?id=a/../b?c#d%2Fid=e"), web),
                  QStringLiteral("https://drive.example/file/d/a%2F..%2Fb%3Fc%23d%252Fid%3De/view"));
+        ChangeRecord shared; // by its link
+        shared.resourceKey = QStringLiteral("0-k&y");
+        shared.share = QStringLiteral("https://x/share?id=f&resourcekey=0-k%26y");
+        QCOMPARE(rowPage(rowTexts(shared), QUrl(web)).url.toString(QUrl::FullyEncoded),
+                 QStringLiteral("https://drive.example/file/d/f/view?resourcekey=0-k%26y"));
         QCOMPARE(address(QStringLiteral("abcdef"), web.chopped(1)),
                  QStringLiteral("https://drive.example/file/d/def/view"));
     }

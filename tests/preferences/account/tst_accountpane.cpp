@@ -62,10 +62,18 @@ private Q_SLOTS:
         QCOMPARE(text(u"account_name"_s), u"robin.hale@example.com"_s);
         QCOMPARE(text(u"quota"_s), u"4 GB of 15 GB used"_s);
         QCOMPARE(bar->accessibleDescription(), u"4 GB of 15 GB used: Drive 3 GB, Gmail 512 MB, Photos 512 MB"_s);
-        QVERIFY(pane.sizeHint().height() <= 174);
+        QCOMPARE(text(u"access"_s), QString()); // where there is no choice
+        pane.setAccess(DriveAccess::everything);
+        QVERIFY(text(u"access"_s).contains("everything"_L1));
+        pane.setAccess(DriveAccess::ownFiles);
+        QVERIFY(text(u"access"_s).contains("only files"_L1));
+        pane.setAccess(std::nullopt);
+        QVERIFY(text(u"access"_s).contains("Sign in again"_L1));
+        QVERIFY2(pane.sizeHint().height() <= 174, qPrintable(QString::number(pane.sizeHint().height())));
         pane.setAccount({u"No User Login"_s, u"No User Login"_s, u"Data not available"_s, {}}, false);
         QCOMPARE(text(u"user_name"_s), u"No User Login"_s);
         QCOMPARE(text(u"account_name"_s), QString()); // not twice
+        QCOMPARE(text(u"access"_s), QString());
         QCOMPARE(text(u"quota"_s), u"Data not available"_s);
         QVERIFY(bar->pieces().isEmpty());
     }
@@ -75,6 +83,7 @@ private Q_SLOTS:
         auto* logoutButton = pane.findChild<QPushButton*>(u"logoutButton"_s);
         QSignalSpy logout(&pane, &AccountPane::logout_click);
         QSignalSpy signIn(&pane, &AccountPane::signInRequested);
+        QSignalSpy signInAgain(&pane, &AccountPane::signInAgainRequested);
         QSignalSpy ownClient(&pane, &AccountPane::ownClientRequested);
         const auto pressAll = [&pane] {
             for (auto* button : pane.findChildren<QPushButton*>()) {
@@ -88,6 +97,11 @@ private Q_SLOTS:
         QCOMPARE(logoutButton->text().remove('&'_L1), u"Sign Out"_s);
         pane.setOwnClientRefused(u"Not here."_s);
         pressAll();
+        QCOMPARE(signInAgain.size(), 0);
+        logout.clear();
+        pane.setAccess(DriveAccess::ownFiles);
+        pressAll();
+        QCOMPARE(signInAgain.size(), 1);
         QCOMPARE(signIn.size(), 1);
         QCOMPARE(ownClient.size(), 1); // not after it was refused
         QCOMPARE(logout.size(), 1);

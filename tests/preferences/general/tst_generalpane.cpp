@@ -84,6 +84,8 @@ private Q_SLOTS:
         QTest::newRow("notificationDisplay") << QStringLiteral("Notify of changes in the Drive and of uploads") << true;
         QTest::newRow("launchAtLogin") << QStringLiteral("Start at login") << false;
         QTest::newRow("screenshotShare") << upload << false;
+        QTest::newRow("captureToLink") << QStringLiteral("Copy the link of captures") << true;
+        QTest::newRow("uploadsRestOnMetered") << QStringLiteral("Pause uploads on metered connections") << true;
         QTest::newRow("customShortcutEnabled") << showWith << false;
     }
     void boxes() {

@@ -16,6 +16,10 @@
 #include <QListView>
 #include <QMenu>
 #include <QProgressBar>
+#include <QRadioButton>
+#include <QScopeGuard>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -26,7 +30,7 @@ namespace {
 
 QAbstractButton* button(const QWidget& view, const char* text) {
     for (QAbstractButton* candidate : view.findChildren<QAbstractButton*>()) {
-        if (candidate->text().remove(QLatin1Char('&')) == QLatin1String(text))
+        if (candidate->text().remove(QLatin1Char('&')) == QString::fromUtf8(text))
             return candidate;
     }
     return nullptr;
@@ -129,8 +133,80 @@ private Q_SLOTS:
         QCOMPARE(again.count(), 1);
         QVERIFY(button(view, "Sign In")->isEnabled());
 
+        view.showWaiting(waiting);
         view.showReady();
+        QTest::keyClick(window.focusWidget(), Qt::Key_Return);
+        QCOMPARE(signIn.count(), 2); // not on the next button
         QVERIFY(!showsText(view, trouble) && !button(view, "Try Again")->isVisible());
+    }
+
+    void choicesBeforeASignIn() {
+        FakeDefaults defaults;
+        QMenu menu;
+        WorkspaceWindow window(defaults);
+        window.setCommandsMenu(&menu);
+        WelcomeView& view = window.welcomeView();
+        QList<DriveAccess> chosen;
+        connect(&view, &WelcomeView::accessChosen, this, [&chosen](DriveAccess access) { chosen.append(access); });
+        QSignalSpy ownClient(&view, &WelcomeView::ownClientRequested);
+        view.setOffersAccess(true);
+        view.setOffersOwnClient(true);
+        window.bringToFront();
+        QTRY_VERIFY(window.isActiveWindow());
+        QCOMPARE(tabsOf(window), QStringLiteral("Sign In, Use Your Own Client…, Try the Local Drive, Menu, "
+                                                "Everything in the Drive"));
+        button(view, "Everything in the Drive")->setFocus();
+        QTest::keyClick(window.focusWidget(), Qt::Key_Down);
+        QCOMPARE(chosen, QList{DriveAccess::ownFiles});
+        view.setAccess(DriveAccess::everything);
+        view.setAccess(DriveAccess::ownFiles);
+        QCOMPARE(chosen.size(), 1); // it was not the user
+        QVERIFY(button(view, "Only files that Quenby uploads")->isChecked());
+        button(view, "Everything in the Drive")->click();
+        QCOMPARE(chosen.last(), DriveAccess::everything);
+        QTest::keyClick(button(view, "Use Your Own Client…"), Qt::Key_Return);
+        QCOMPARE(ownClient.count(), 1);
+        view.setOwnClient(QStringLiteral("1-a.example"));
+        QVERIFY(showsText(view, QStringLiteral("Signs in as your client 1-a.example")));
+        view.setOwnClient({});
+        QVERIFY(!showsText(view, QStringLiteral("Signs in as your client 1-a.example")));
+    }
+
+    // In the narrowest window, with letters of any size; what is too high scrolls.
+    void nothingOfTheWelcomeIsCut_data() {
+        QTest::addColumn<double>("letters");
+        QTest::newRow("usual") << 1.0;
+        QTest::newRow("large") << 1.8;
+    }
+    void nothingOfTheWelcomeIsCut() {
+        QFETCH(double, letters);
+        const QFont usual = QApplication::font();
+        const auto former = qScopeGuard([&usual] { QApplication::setFont(usual); });
+        QFont font = usual;
+        font.setPointSizeF(usual.pointSizeF() * letters);
+        QApplication::setFont(font);
+        FakeDefaults defaults;
+        WorkspaceWindow window(defaults);
+        WelcomeView& view = window.welcomeView();
+        view.setOffersAccess(true);
+        view.setOffersOwnClient(true);
+        view.showTrouble(QStringLiteral("Something is the matter with it. ").repeated(6));
+        window.resize(500, 400);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QCOMPARE(window.size(), QSize(500, 400));
+        const auto* scroller = view.findChild<QScrollArea*>();
+        QTRY_VERIFY(scroller->verticalScrollBar()->maximum() > 0);
+        QCOMPARE(scroller->horizontalScrollBar()->maximum(), 0);
+        for (const QLabel* label : view.findChildren<QLabel*>()) {
+            if (label->isVisible() && !label->text().isEmpty())
+                QVERIFY2(label->height() >= label->heightForWidth(label->width()), qPrintable(label->text()));
+        }
+        for (const QAbstractButton* each : view.findChildren<QAbstractButton*>()) {
+            if (each->isVisible())
+                QVERIFY2(each->width() >= each->sizeHint().width() && each->height() >= each->sizeHint().height(),
+                         qPrintable(each->text()));
+        }
     }
 
     void keyboard() {
@@ -149,8 +225,9 @@ private Q_SLOTS:
         window.showAccount();
         // Back and forward have nowhere to go, and there are no tabs.
         QCOMPARE(tabsOf(window),
-                 QStringLiteral("Upload File, Running uploads, First Tab, Reload, New Document, Upload File, Record "
-                                "Screen, Show Changes, Transfers, Preferences, Full Screen, Menu"));
+                 QStringLiteral(
+                     "Upload File, All Uploads…, Running uploads, First Tab, Reload, New Document, Upload File, Record "
+                     "Screen, Show Changes, Transfers, Preferences, Full Screen, Menu"));
     }
 
     // What is left when the panel is shut is kept; a page that fills the screen gives it back as it was.
@@ -247,6 +324,9 @@ private Q_SLOTS:
         QSignalSpy upload(&view, &AccountView::uploadRequested);
         button(view, "Upload File")->click();
         QCOMPARE(upload.count(), 1);
+        QSignalSpy allUploads(&view, &AccountView::allUploadsRequested);
+        button(view, "All Uploads…")->click();
+        QCOMPARE(allUploads.count(), 1);
         view.setAccount({QStringLiteral("<b>Ada</b>"), QStringLiteral("ada@example.com"),
                          QStringLiteral("130% of 15 GB used"), 130});
         QVERIFY(showsText(view, QStringLiteral("<b>Ada</b>")) && showsText(view, QStringLiteral("ada@example.com")));

@@ -1,0 +1,60 @@
+#include "app/queuewindow/UploadRest.h"
+
+#include "app/uploads/UploadQueue.h"
+#include "core/DefaultsKeys.h"
+#include "platform/Defaults.h"
+#include "platform/NetworkCost.h"
+
+namespace quenby {
+
+UploadRest::UploadRest(UploadQueue& queue, Defaults& defaults, const NetworkCost& networkCost,
+                       SleepInhibitor& sleepInhibitor)
+    : queue_(queue)
+    , defaults_(defaults)
+    , networkCost_(networkCost)
+    , sleepInhibitor_(sleepInhibitor) {
+    connect(&networkCost, &NetworkCost::changed, this, [this] {
+        isCostAccepted_ = false;
+        apply();
+    });
+    connect(&defaults, &Defaults::changed, this, [this](const QString& key) {
+        if (key == defaultsKey::uploadsPaused || key == defaultsKey::uploadsRestOnMetered ||
+            key == defaultsKey::uploadRateLimit)
+            apply();
+    });
+    connect(&queue, &UploadQueue::waitingCountChanged, this, &UploadRest::holdAwake);
+    apply();
+}
+
+bool UploadRest::areAllPaused() const { return defaults_.boolForKey(defaultsKey::uploadsPaused); }
+
+void UploadRest::setAllPaused(bool paused) { defaults_.setValueForKey(defaultsKey::uploadsPaused, paused); }
+
+bool UploadRest::restsOnMetered() const { return defaults_.boolForKey(defaultsKey::uploadsRestOnMetered, true); }
+
+qint64 UploadRest::rateLimit() const {
+    return std::max<qint64>(defaults_.valueForKey(defaultsKey::uploadRateLimit).toLongLong(), 0);
+}
+
+bool UploadRest::isResting() const { return networkCost_.isMetered() && restsOnMetered() && !isCostAccepted_; }
+
+void UploadRest::uploadAnyway() {
+    isCostAccepted_ = true;
+    apply();
+}
+
+void UploadRest::apply() {
+    queue_.setMaxSendSpeed(rateLimit());
+    queue_.setHeldBack(areAllPaused() || isResting());
+    holdAwake();
+    Q_EMIT changed();
+}
+
+void UploadRest::holdAwake() {
+    if (queue_.runningCount() == 0)
+        awake_.reset();
+    else if (!awake_)
+        awake_ = sleepInhibitor_.hold(tr("Files are being uploaded"));
+}
+
+} // namespace quenby

@@ -1,0 +1,49 @@
+// When uploads rest: the user wants it, or the connection is metered. And while they don't, and one runs, the computer
+// is kept awake.
+//
+// Threads: the main thread. What it is given outlives it. It follows the settings, whoever writes them.
+#pragma once
+
+#include "platform/SleepInhibitor.h"
+
+#include <QObject>
+
+namespace quenby {
+
+class Defaults;
+class NetworkCost;
+class UploadQueue;
+
+class UploadRest : public QObject {
+    Q_OBJECT
+
+public:
+    UploadRest(UploadQueue& queue, Defaults& defaults, const NetworkCost& networkCost, SleepInhibitor& sleepInhibitor);
+
+    // By the user, over restarts.
+    bool areAllPaused() const;
+    void setAllPaused(bool paused);
+    bool restsOnMetered() const;
+    // Bytes per second; 0: no limit.
+    qint64 rateLimit() const;
+    // Because the connection is metered.
+    bool isResting() const;
+    // Until the connection is another one, or the program ends.
+    void uploadAnyway();
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    void apply();
+    void holdAwake();
+
+    UploadQueue& queue_;
+    Defaults& defaults_;
+    const NetworkCost& networkCost_;
+    SleepInhibitor& sleepInhibitor_;
+    std::unique_ptr<SleepInhibitor::Hold> awake_;
+    bool isCostAccepted_ = false;
+};
+
+} // namespace quenby
