@@ -22,8 +22,10 @@ SendPace::SendPace(std::function<void()> goOn)
 void SendPace::setSpeed(qint64 bytesPerSecond) {
     if (bytesPerSecond == speed_)
         return;
+    // What was saved up stays: a speed that is set again and again must not keep everything from going.
+    if (speed_ > 0)
+        refill();
     speed_ = bytesPerSecond;
-    ready_ = 0;
     sinceRefill_.start();
     if (timer_.isActive())
         timer_.start(0); // who waits asks anew, and not from inside of this call

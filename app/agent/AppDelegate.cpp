@@ -102,9 +102,7 @@ void AppDelegate::applicationWillTerminate() {
     // What lies in the folders is another program's: of the next one, or, before the launch, of the last one.
     if (isSucceeded_ || !isLaunched_)
         return;
-    // What is still on its way into the Drive, or into a movie, would be lost.
-    if (!captures_.areFilesNeeded())
-        captures_.removeFiles();
+    captures_.removeFiles();
     for (const QString& name : {cacheFolderName::images, cacheFolderName::copiedPictures})
         platform_.cacheFolders->remove(name);
 }

@@ -6,9 +6,9 @@
 #include "app/uploads/UploadRequest.h"
 #include "platform/PlatformServices.h"
 
+#include <QDir>
 #include <QFile>
-
-#include <algorithm>
+#include <QSet>
 
 namespace quenby {
 namespace {
@@ -17,6 +17,21 @@ namespace {
 const QStringList& foldersOfUploads() {
     static const QStringList folders{cacheFolderName::screenshots, cacheFolderName::recordings};
     return folders;
+}
+
+// Removes the files that are not needed; whether there are others.
+bool removeOthers(const QString& folder, const QSet<QByteArray>& needed) {
+    if (QFileInfo(folder).isSymLink()) // not ours
+        return false;
+    bool areAnyNeeded = false;
+    const QFileInfoList files = QDir(folder).entryInfoList(QDir::Files | QDir::Hidden);
+    for (const QFileInfo& file : files) {
+        if (needed.contains(QFile::encodeName(file.filePath())))
+            areAnyNeeded = true;
+        else
+            QFile::remove(file.filePath());
+    }
+    return areAnyNeeded;
 }
 
 } // namespace
@@ -53,6 +68,18 @@ void Captures::beginWatching() {
     platform_.screenshotQuery->start();
 }
 
+// One that is on its way into the Drive was not interrupted: it would be uploaded twice.
+void Captures::showInterruptedRecordings() {
+    const UploadQueue& queue = uploads_.queue();
+    if (queue.isReading()) {
+        connect(&queue, &UploadQueue::wasRead, this, &Captures::showInterruptedRecordings,
+                static_cast<Qt::ConnectionType>(Qt::SingleShotConnection | Qt::UniqueConnection));
+        return;
+    }
+    recordings_.leaveInterrupted(queue.paths());
+    recordings_.showInterruptedRecordings();
+}
+
 void Captures::leaveAccount() { clipboard_.cancel(); }
 
 void Captures::uploadInto(const QString& folderName, const QByteArray& path) {
@@ -64,18 +91,15 @@ bool Captures::minimizeAllWindows() {
     return minimizeOtherWindows_() || wasReviewVisible;
 }
 
-bool Captures::areFilesNeeded() const {
-    if (isRecording())
-        return true;
-    const QStringList& folders = foldersOfUploads();
-    return std::any_of(folders.begin(), folders.end(), [&](const QString& name) {
-        return uploads_.queue().isAnyIn(QFile::encodeName(platform_.cacheFolders->path(name)));
-    });
-}
-
 void Captures::removeFiles() {
+    const UploadQueue& queue = uploads_.queue();
+    if (isRecording() || !queue.areAllKnown())
+        return;
+    const QSet<QByteArray> needed = queue.paths();
     for (const QString& folder : foldersOfUploads()) {
-        if (folder != cacheFolderName::recordings || !recordings_.areInterruptedWaiting())
+        if (folder == cacheFolderName::recordings && recordings_.areInterruptedWaiting())
+            continue;
+        if (!removeOthers(platform_.cacheFolders->path(folder), needed))
             platform_.cacheFolders->remove(folder);
     }
 }

@@ -36,7 +36,7 @@ public:
     // Once this is the only program of its user: what an earlier one left unfinished is found; and shown once the
     // windows of the launch are there, which would cover it.
     void findInterruptedRecordings() { recordings_.findInterruptedRecordings(); }
-    void showInterruptedRecordings() { recordings_.showInterruptedRecordings(); }
+    void showInterruptedRecordings();
     // At sign-out: what was about to be asked for the account is not.
     void leaveAccount();
 
@@ -46,10 +46,8 @@ public:
 
     // Or saving what was recorded.
     bool isRecording() const { return recordings_.isRecording() || recordings_.isSaving(); }
-    // Whether something would be lost with the folders of captured files: a recording that runs or is being saved, an
-    // upload that is not over.
-    bool areFilesNeeded() const;
-    // At the end of the program, when they are not. Recordings that nobody was shown stay.
+    // At the end of the program: captured files that nothing needs any more. What is on its way into the Drive, or into
+    // a movie, stays; so do recordings that nobody was shown.
     void removeFiles();
 
 private:

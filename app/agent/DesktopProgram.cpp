@@ -2,6 +2,7 @@
 
 #include "app/account/ClientIdentity.h"
 #include "app/account/DriveConnection.h"
+#include "app/account/DriveSettings.h"
 #include "app/account/ProxySetting.h"
 #include "app/agent/AppDelegate.h"
 #include "app/agent/LaunchTrace.h"
@@ -10,7 +11,6 @@
 #include "app/cli/LocalDriveLauncher.h"
 #include "app/cli/Options.h"
 #include "app/statusitem/ApplicationIcon.h"
-#include "core/DefaultsKeys.h"
 #include "core/Endpoints.h"
 #include "driveapi/GTLServiceDrive.h"
 #include "http/FetchLog.h"
@@ -27,9 +27,6 @@
 
 namespace quenby {
 namespace {
-
-// A value of the setting apiRoad.
-const QString roadOfResources = QStringLiteral("rest");
 
 bool hasDisplay() {
     return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
@@ -95,12 +92,11 @@ private:
         if (!options_.httpLog.isEmpty())
             log = std::make_shared<FetchLog>(QFile::decodeName(options_.httpLog), QStringLiteral("quenby"),
                                              FetchLog::loggingDateStamp(timeSource_->now().toLocalTime()));
-        if (platform_.defaults->valueForKey(defaultsKey::apiRoad).toString() == roadOfResources)
-            endpoints.road = APIRoad::rest;
+        endpoints.road = roadToBeginWith(*platform_.defaults, endpoints);
         drive_ = std::make_unique<DriveConnection>(std::move(endpoints), std::move(identity), timeSource_,
                                                    std::move(log), proxies_.source());
         QObject::connect(drive_->driveService().get(), &GTLService::roadChanged, &context_,
-                         [this] { platform_.defaults->setValueForKey(defaultsKey::apiRoad, roadOfResources); });
+                         [this] { noteLostRoad(*platform_.defaults); });
         // Whoever has the patience for an upload takes it up again; waiting inside of a request would only hide it.
         drive_->driveService()->ticketSettings().maxRetryInterval = 4;
         delegate_ = std::make_unique<AppDelegate>(AppDelegate::Surroundings{

@@ -1,6 +1,7 @@
 #include "app/cli/Session.h"
 
 #include "app/account/DriveConnection.h"
+#include "app/account/DriveSettings.h"
 #include "app/account/LocalSignInPage.h"
 #include "app/account/ProxySetting.h"
 #include "app/cli/Console.h"
@@ -91,11 +92,15 @@ void Session::compose(Endpoints endpoints, ClientIdentity identity) {
     if (!settings_.httpLog.isEmpty())
         fetchLog = std::make_shared<FetchLog>(QFile::decodeName(settings_.httpLog), QStringLiteral("quenby"),
                                               FetchLog::loggingDateStamp(timeSource_->now().toLocalTime()));
-    if (kept_)
+    if (kept_) {
         proxies_ = std::make_unique<ProxySetting>(kept_->defaults(), timeSource_);
+        endpoints.road = roadToBeginWith(kept_->defaults(), endpoints);
+    }
     connection_ =
         std::make_unique<DriveConnection>(std::move(endpoints), std::move(identity), timeSource_, std::move(fetchLog),
                                           kept_ ? proxies_->source() : std::make_shared<SystemProxies>(timeSource_));
+    if (kept_)
+        connection_->setAccess(chosenAccess(kept_->defaults(), connection_->endpoints()));
     startWithoutSignIn();
 }
 

@@ -1,15 +1,11 @@
 #include "app/preferences/AccessChoice.h"
 
 #include "app/account/DriveConnection.h"
+#include "app/account/DriveSettings.h"
 #include "core/DefaultsKeys.h"
 #include "platform/Defaults.h"
 
 namespace quenby {
-namespace {
-
-const QString ownFiles = QStringLiteral("files");
-
-} // namespace
 
 AccessChoice::AccessChoice(DriveConnection& drive, Defaults& defaults)
     : drive_(drive)
@@ -25,16 +21,10 @@ bool AccessChoice::isOffered() const { return !drive_.endpoints().clientConsoleU
 
 DriveAccess AccessChoice::access() const { return drive_.access(); }
 
-void AccessChoice::choose(DriveAccess access) {
-    if (access == DriveAccess::ownFiles)
-        defaults_.setValueForKey(defaultsKey::driveAccess, ownFiles);
-    else
-        defaults_.removeValueForKey(defaultsKey::driveAccess);
-}
+void AccessChoice::choose(DriveAccess access) { chooseAccess(access, defaults_); }
 
 void AccessChoice::follow() {
-    const bool isOwnFiles = isOffered() && defaults_.valueForKey(defaultsKey::driveAccess).toString() == ownFiles;
-    const DriveAccess access = isOwnFiles ? DriveAccess::ownFiles : DriveAccess::everything;
+    const DriveAccess access = chosenAccess(defaults_, drive_.endpoints());
     if (access == drive_.access())
         return;
     drive_.setAccess(access);

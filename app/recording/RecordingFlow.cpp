@@ -189,6 +189,10 @@ void RecordingFlow::findInterruptedRecordings() {
         qCInfo(recordingLog, "Recordings that were interrupted: %d", int(interrupted_.size()));
 }
 
+void RecordingFlow::leaveInterrupted(const QSet<QByteArray>& others) {
+    interrupted_.removeIf([&others](const QByteArray& path) { return others.contains(path); });
+}
+
 void RecordingFlow::showInterruptedRecordings() {
     const bool isBusy = state_.isRecordingVideo || isMovieAwaited_ || shareVideoControllerObj_;
     if (areInterruptedWaiting() && !isBusy)

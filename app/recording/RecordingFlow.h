@@ -10,6 +10,7 @@
 #include "recording/session/ScreenRecording.h"
 
 #include <QObject>
+#include <QSet>
 
 #include <functional>
 #include <memory>
@@ -64,6 +65,8 @@ public:
     bool minimizeReviewWindow();
     // Movies that a run of the program which did not end well has left. Before anything is recorded.
     void findInterruptedRecordings();
+    // Those that somebody else sees to already.
+    void leaveInterrupted(const QSet<QByteArray>& others);
     // The newest of them, above the windows that were shown just now. They wait on when there is something newer to
     // look at already.
     void showInterruptedRecordings();

@@ -35,6 +35,11 @@ UploadPipeline::UploadPipeline(const UploadServices& services, WindowProvider wi
     connect(&captureLinks_, &CaptureLinks::movedToTrash, this, &UploadPipeline::uploaded);
     connect(&queue_, &UploadQueue::started, this, &UploadPipeline::started);
     connect(&queue_, &UploadQueue::progressed, this, &UploadPipeline::progressed);
+    connect(&queue_, &UploadQueue::changed, this, [this](qint64 number) {
+        const QueuedUpload* const upload = queue_.find(number);
+        if (upload && upload->state != UploadState::running && upload->request.path == slot_.path())
+            forgetProgress(); // interrupted: another one may take its place
+    });
     connect(&queue_, &UploadQueue::finished, this, &UploadPipeline::finished);
     connect(&queue_, &UploadQueue::leftOut, this, &UploadPipeline::leftOut);
     connect(&queue_, &UploadQueue::sourceChanged, this, &UploadPipeline::sourceChanged);

@@ -95,9 +95,10 @@ public:
     size_t waitingCount() const; // of the account; those that rest are among them
     // What an earlier run left is still being read.
     bool isReading() const { return isReading_; }
-    // Whether a file in the folder (an absolute path) is among them, whoever's and however they stand; or may be, as
-    // long as they are being read.
-    bool isAnyIn(const QByteArray& folder) const;
+    // The files of all, whoever's and however they stand; and whether there are no more than these: as long as they are
+    // being read, and when that went wrong, there may be.
+    QSet<QByteArray> paths() const;
+    bool areAllKnown() const { return !isReading_ && !isMoreWrittenDown_; }
 
 Q_SIGNALS:
     // What an earlier run left is there now.
@@ -139,8 +140,8 @@ private:
 
     bool mayRun(const QueuedUpload& upload) const;
     void startMore();
-    void startMoreSoon();
     void start(QueuedUpload& upload);
+    void connectTask(UploadTask& task, const UploadRequest& request);
     void keep(qint64 number, const UploadSession& session, const std::function<void()>& kept);
     void taskFinished(qint64 number, const Result<UploadRun::Outcome>& outcome);
     void taskLeftOut(qint64 number, const Error& error);
@@ -162,6 +163,7 @@ private:
     const UploadLimits limits_;
     UploadJournal* journal_ = nullptr;
     bool isReading_ = false;
+    bool isMoreWrittenDown_ = false; // perhaps, than is known here: the journal was in trouble
     bool isReleased_ = false;
     bool isHeldBack_ = false;
     bool isCountToBeTold_ = false;
@@ -172,6 +174,7 @@ private:
     QList<qint64> order_;
     QSet<qint64> resting_;
     std::map<qint64, std::unique_ptr<UploadTask>> running_; // by number
+    size_t ending_ = 0;                                     // that have their place until they are destroyed
     std::shared_ptr<GeneratedIdentifiers> identifiers_;     // of the service below
     std::weak_ptr<GTLServiceDrive> identifiersService_;
     qint64 lastPlace_;              // begins with the time, so that it lies behind what is still being read

@@ -15,10 +15,14 @@ UploadTask::UploadTask(Surroundings surroundings, QueuedUpload upload)
 UploadTask::~UploadTask() = default;
 
 void UploadTask::start() {
+    if (isStopped_) // by whoever heard that it has its turn
+        return;
     const UploadRequest& request = upload_.request;
     if (request.folderName.isEmpty() || !request.parentId.isEmpty())
         return openSource();
     surroundings_.folders.find(request.folderName, this, [this](const Result<QString>& identifier) {
+        if (isStopped_)
+            return;
         if (!identifier) {
             Q_EMIT leftOut(identifier.error());
             return;
@@ -60,6 +64,8 @@ void UploadTask::openSource() {
 
 void UploadTask::sourceOpened(const Result<SourceFile>& source) {
     opening_.reset();
+    if (isStopped_)
+        return;
     if (!source) {
         if (upload_.request.mayBeGone && source.error().is(errorDomain::posix, ENOENT))
             Q_EMIT leftOut(source.error());
@@ -88,8 +94,12 @@ void UploadTask::send(const SourceFile& source) {
     settings.session = upload_.session;
     settings.identifiers = surroundings_.identifiers;
     settings.keep = [task = QPointer(this)](const UploadSession& session, const std::function<void()>& kept) {
-        if (task && !task->isStopped_)
-            task->surroundings_.keep(session, kept);
+        if (!task || task->isStopped_)
+            return;
+        task->surroundings_.keep(session, [task, kept] {
+            if (task && !task->isStopped_) // its upload may run again already, in another task
+                kept();
+        });
     };
     settings.maxSendSpeed = maxSendSpeed_;
     run_ = std::make_unique<UploadRun>(surroundings_.service, surroundings_.timeSource, source, settings);

@@ -22,7 +22,10 @@ Error refusal(int code, const QString& reason, const QString& message, const QSt
     detail->setDomain(QStringLiteral("global"));
     detail->setReason(reason);
     detail->setMessage(message);
-    detail->setLocation(parameter.isEmpty() ? QString() : parameter);
+    if (!parameter.isEmpty()) {
+        detail->setLocation(parameter);
+        detail->setJSONValue(QStringLiteral("parameter"), "locationType");
+    }
     const auto error = GTLErrorObject::object();
     error->setCode(code);
     error->setMessage(message);

@@ -48,7 +48,7 @@ BrowserSignIn::BrowserSignIn(Auth authentication, const QUrl& authorizationURL, 
     , opener_(opener)
     , environment_(std::move(environment)) {}
 
-BrowserSignIn::~BrowserSignIn() = default;
+BrowserSignIn::~BrowserSignIn() { finished_.ticket().cancel(); }
 
 void BrowserSignIn::signIn(QObject* context, Finished finished) {
     finished_ = {context, std::move(finished)};

@@ -29,6 +29,7 @@ BrowserSignInSheet::BrowserSignInSheet(const Auth& authentication, const QUrl& a
     , signIn_(authentication, authorizationURL, services.opener, services.environment) {}
 
 BrowserSignInSheet::~BrowserSignInSheet() {
+    finished_.ticket().cancel();
     if (!window_)
         return;
     window_->disconnect(this);

@@ -49,8 +49,9 @@ public:
             socket_->skip(socket_->bytesAvailable());
             return;
         }
+        const qsizetype searched = std::max<qsizetype>(received_.size() - emptyLine.size(), 0);
         received_ += socket_->read(maxHeadSize + 1 - received_.size());
-        const qsizetype end = received_.indexOf(emptyLine);
+        const qsizetype end = received_.indexOf(emptyLine, searched);
         if (end >= 0)
             listener_.headArrived(*this, received_.first(end));
         else if (received_.size() > maxHeadSize)

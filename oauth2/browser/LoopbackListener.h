@@ -22,7 +22,8 @@ class LoopbackListener final : public QObject {
     Q_OBJECT
 
 public:
-    static constexpr qsizetype maxHeadSize = 8 * 1024; // bytes
+    // Bytes. A browser adds the cookies of every server that was ever at this computer's address, at any port.
+    static constexpr qsizetype maxHeadSize = qsizetype{32} * 1024;
     // At once. One more takes the place of the oldest: who holds connections open keeps nobody out.
     static constexpr size_t maxConnections = 16;
     // From accepting a connection until its end.

@@ -74,7 +74,10 @@ GTMOAuth2WindowController::GTMOAuth2WindowController(const Auth& authentication,
     connect(signIn_.get(), &GTMOAuth2SignIn::notification, this, &GTMOAuth2WindowController::signInNotified);
 }
 
-GTMOAuth2WindowController::~GTMOAuth2WindowController() { dropWindow(); }
+GTMOAuth2WindowController::~GTMOAuth2WindowController() {
+    finished_.ticket().cancel();
+    dropWindow();
+}
 
 // --- Starting -------------------------------------------------------------------------------------------------------
 

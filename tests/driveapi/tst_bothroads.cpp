@@ -56,7 +56,8 @@ struct Client {
             const auto structured = GTLErrorObject::underlyingObjectForError(*error);
             told += error->domain() + u' ' + QString::number(error->code());
             if (structured && structured->data())
-                told += u' ' + structured->data()->at(0)->reason() + u' ' + structured->message();
+                told += u' ' + structured->data()->at(0)->reason() + u' ' + structured->message() +
+                        structured->data()->at(0)->JSONValueForKey("locationType").toString();
         } else if (object) {
             QStringList keys = object->JSON()->keys();
             keys.sort();
@@ -153,7 +154,7 @@ void liveWithWhatFilesHave(Client& client) {
     client.run(Q::queryForPermissionsGetIdForEmailWithEmail(u"some+body@example.com"_s));
     client.run(Q::queryForPermissionsDeleteWithFileId(id, permissionId));
 
-    const QString key = u"a/b c%"_s;
+    const QString key = u"a/b c%\n"_s;
     const auto property = GTLDriveProperty::object();
     property->setKey(key);
     property->setValue(u"1"_s);

@@ -7,7 +7,7 @@
 //
 // A file that is damaged or of a later version is put aside under another name, and the journal begins empty: told by
 // troubled(). So is a disk that is full: what could not be written is tried again with the next call, and its handler
-// gets the error.
+// gets the error. A file that is damaged or deleted meanwhile is made anew, with all that was read and written before.
 #pragma once
 
 #include "app/uploads/journal/JournalEntry.h"

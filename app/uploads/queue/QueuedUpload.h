@@ -37,6 +37,8 @@ struct QueuedUpload {
 
     // Whether it is still to be done without anybody's doing.
     bool isToBeDone() const { return state != UploadState::failed; }
+    // Looked for again, then: it may be gone, or another Drive's.
+    void forgetFolder() { request.parentId.clear(); }
     bool waits() const { return state == UploadState::waiting || state == UploadState::resting; }
 };
 

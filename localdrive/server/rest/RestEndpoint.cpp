@@ -6,7 +6,7 @@ void RestEndpoint::addRoutes(HttpServer& server) {
     const auto answering = [this](const httplib::Request& request, httplib::Response& response) {
         answer(request, response);
     };
-    const std::string all = std::string(restBase) + "(/.*)?";
+    const std::string all = std::string(restBase) + "(/[\\s\\S]*)?"; // a parameter may hold line breaks
     server.Get(all, answering);
     server.Post(all, answering);
     server.Put(all, answering);

@@ -50,7 +50,7 @@ Result<WholeUpload> wholeUpload(const QString& uploadType, const QByteArray& con
 } // namespace
 
 void RestUploadEndpoint::addRoutes(HttpServer& server) {
-    const std::string all = std::string(restUploadBase) + "(/.*)?";
+    const std::string all = std::string(restUploadBase) + "(/[\\s\\S]*)?"; // a parameter may hold line breaks
     const auto beginning = [this](const httplib::Request& request, httplib::Response& response,
                                   const httplib::ContentReader& read) { begin(request, response, read); };
     server.Post(all, beginning);

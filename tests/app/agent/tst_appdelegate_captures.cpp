@@ -1,6 +1,7 @@
 // The composition: what is captured goes into the Drive, and is not lost on the way.
 
 #include "app/uploads/UploadRequest.h"
+#include "recording/review/ReviewWindow.h"
 #include "tests/app/agent/AppDelegateStage.h"
 #include "workspace/window/AccountView.h"
 
@@ -33,7 +34,7 @@ private Q_SLOTS:
     // How the program ends while a screenshot is on its way into the Drive, and whether its file is still there.
     void capturesOnTheirWay_data() {
         QTest::addColumn<QString>("end");
-        QTest::newRow("quit, which asks") << u"quit"_s;
+        QTest::newRow("quit") << u"quit"_s;
         QTest::newRow("the session") << u"session"_s;
         QTest::newRow("a newer program") << u"newer"_s;
     }
@@ -55,8 +56,11 @@ private Q_SLOTS:
             instance_->playNewerInstance();
         }
         QTRY_COMPARE(quit_->size(), 1);
+        const QString over = capture(); // whose upload is over
+        const bool isHandedOver = end == u"newer"_s;
         delegate_->applicationWillTerminate();
-        QCOMPARE(QDir(caches_->path(u"ScreenShotCaches"_s)).entryList(QDir::Files).size(), 1);
+        QCOMPARE(QFile::exists(over), isHandedOver);
+        QCOMPARE(QDir(caches_->path(u"ScreenShotCaches"_s)).entryList(QDir::Files).size(), isHandedOver ? 2 : 1);
         QCOMPARE(uploads(), 0);
 
         local_->clearFaults();
@@ -66,6 +70,35 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(notifications_->posted().size(), 1, patiently);
         delegate_->applicationWillTerminate(); // not needed any more
         QCOMPARE(QDir(caches_->path(u"ScreenShotCaches"_s)).entryList(QDir::Files).size(), 0);
+    }
+
+    // What the next run of the program shows for review is not on its way already.
+    void aRecordingOnItsWayWasNotInterrupted() {
+        const QString folder = caches_->create(u"ScreenCastCache"_s).value();
+        const auto makeMovie = [&folder](const QString& name) {
+            QFile movie(folder + name);
+            if (!movie.open(QIODevice::WriteOnly) || movie.write("movie") < 0)
+                qFatal("A file for the test can't be written.");
+            return QFile::encodeName(movie.fileName());
+        };
+        const auto shown = [] { return topLevel<ReviewWindow>() != nullptr; };
+        defaults_->setValueForKey(defaultsKey::uploadsPaused, true);
+        const QByteArray uploading = makeMovie(u"/a.mov"_s);
+        signIn();
+        time_->advance(2s);
+        QTRY_VERIFY(shown()); // as long as nobody uploads it
+        delegate_->application_openFiles({uploading});
+        delegate_->applicationWillTerminate();
+
+        startAgain();
+        QTRY_COMPARE(queuedUploads(), 1);
+        time_->advance(2s);
+        QVERIFY(!shown());
+        delegate_->applicationWillTerminate();
+
+        makeMovie(u"/b.mov"_s);
+        startAgain();
+        QTRY_VERIFY((time_->advance(1s), shown()));
     }
 
     // The folders of captures are one program's at a time.
@@ -101,6 +134,11 @@ private:
         launch();
         QTRY_VERIFY_WITH_TIMEOUT(hosts_->fake() && hosts_->fake()->face(), patiently);
         quit_ = std::make_unique<QSignalSpy>(delegate_.get(), &AppDelegate::quitRequested);
+    }
+    void startAgain() {
+        makeDelegate();
+        launch();
+        QTRY_VERIFY_WITH_TIMEOUT(hosts_->fake() && hosts_->fake()->face(), patiently);
     }
     // In the window's side panel.
     static int listedUploads() {

@@ -173,6 +173,17 @@ private Q_SLOTS:
         QVERIFY(ended_.isEmpty());
     }
 
+    // Cancelled, and replaced before that was told.
+    void anEndThatCameTooLateEndsNoOther() {
+        session_->makeLoginInGoogle(window_.get());
+        sheet()->cancelButton()->click();
+        QVERIFY(session_->endSignIn());
+        session_->makeLoginInGoogle(window_.get());
+        QTest::qWait(0);
+        QVERIFY(ended_.isEmpty());
+        QCOMPARE(listeningPorts().size(), 1);
+    }
+
 private:
     void make(const Endpoints& endpoints) {
         session_.reset();

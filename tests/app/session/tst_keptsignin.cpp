@@ -2,6 +2,7 @@
 
 #include "app/cli/Console.h"
 #include "app/cli/Session.h"
+#include "core/DefaultsKeys.h"
 #include "platform/PlatformServices.h"
 #include "tests/app/session/KeptGrant.h"
 #include "tests/oauth2/browser/PlayedSignIn.h"
@@ -11,6 +12,7 @@
 #include <QRegularExpression>
 #include <QTemporaryFile>
 #include <QTest>
+#include <QUrlQuery>
 
 using namespace quenby;
 using namespace quenby::testing;
@@ -112,11 +114,7 @@ private Q_SLOTS:
             keyring_->setState(FakeKeyring::State::missing);
         std::optional<MaybeError> opened;
         session_->open(this, [&](const MaybeError& error) { opened = error; });
-        const auto page = [&] {
-            static const QRegularExpression address(u"^http://\\S+$"_s, QRegularExpression::MultilineOption);
-            printed.seek(0);
-            return QUrl(address.match(QString::fromUtf8(printed.readAll())).captured());
-        };
+        const auto page = [&] { return pagePrintedIn(printed); };
         QTRY_VERIFY_WITH_TIMEOUT(opened || !page().isEmpty(), patiently);
         QCOMPARE(!page().isEmpty(), isAsked);
         if (isAsked) {
@@ -135,6 +133,23 @@ private Q_SLOTS:
         QTRY_VERIFY(isClosed);
         QVERIFY(defaults_->boolForKey(mark_));
         QVERIFY(keyring_->item(itemOf(endpoints_)).value_or("").contains("ann%40example.com"));
+    }
+
+    // Whoever opened only the program's own files to the desktop program does not open everything here.
+    void asksForTheChosenAccess() {
+        endpoints_.clientConsoleURL = QUrl(u"https://console.example"_s);
+        defaults_->setValueForKey(defaultsKey::driveAccess, u"files"_s);
+        QTemporaryFile printed;
+        QVERIFY(printed.open());
+        Console console({.quiet = true, .errors = printed.handle()});
+        Session::Settings settings;
+        settings.signsIn = true;
+        make(settings, console);
+        session_->open(this, [](const MaybeError&) {});
+        QTRY_VERIFY_WITH_TIMEOUT(!pagePrintedIn(printed).isEmpty(), patiently);
+        const QString scope = QUrlQuery(pagePrintedIn(printed)).queryItemValue(u"scope"_s, QUrl::FullyDecoded);
+        QVERIFY2(scope.split(u' ').contains(endpoints_.driveFileScope), qPrintable(scope));
+        QVERIFY2(!scope.split(u' ').contains(endpoints_.driveScope), qPrintable(scope));
     }
 
     void newRefreshTokenIsKeptBeforeTheEnd() {
@@ -161,6 +176,11 @@ private:
         session_ = std::make_unique<Session>(console, settings,
                                              Session::Provider{endpoints_, [this] { return std::move(*storage_); }},
                                              makeSystemTimeSource());
+    }
+    static QUrl pagePrintedIn(QFile& printed) {
+        static const QRegularExpression address(u"^http://\\S+$"_s, QRegularExpression::MultilineOption);
+        printed.seek(0);
+        return QUrl(address.match(QString::fromUtf8(printed.readAll())).captured());
     }
     void store(const QByteArray& data, bool isMarked) {
         if (!data.isNull())

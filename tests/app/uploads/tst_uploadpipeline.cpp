@@ -247,6 +247,21 @@ private Q_SLOTS:
         QCOMPARE(alerts_->shown().size(), 0);
     }
 
+    // Whose progress is shown goes on, or others take its place.
+    void aPausedUploadShowsNoProgress() {
+        QVERIFY(bench_.drive().orderFaults(
+            R"([{"match": {"uploadPut": true, "times": -1}, "action": {"reset": "before"}}])"));
+        const QByteArray path = makeFile("paused", sampleBytes(250000));
+        pipeline_->UploadFilesToServer({path});
+        QCOMPARE(pipeline_->uploadStatusPath(), path);
+        pipeline_->queue().pause(pipeline_->queue().numbers());
+        QVERIFY(pipeline_->uploadStatusPath().isNull());
+        pipeline_->queue().resume(pipeline_->queue().numbers());
+        QCOMPARE(pipeline_->uploadStatusPath(), path);
+        pipeline_->queue().cancel(pipeline_->queue().numbers());
+        QVERIFY(pipeline_->uploadStatusPath().isNull());
+    }
+
     void panel() {
         pipeline_->SelectAndUploadFile(nullptr);
         QCOMPARE(panels_->opened().last().prompt, QStringLiteral("Upload"));

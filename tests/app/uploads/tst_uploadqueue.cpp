@@ -5,6 +5,7 @@
 #include "tests/faults/FaultBench.h"
 #include "tests/support/ManualTimeSource.h"
 
+#include <QDir>
 #include <QSet>
 #include <QSignalSpy>
 #include <QTest>
@@ -128,6 +129,23 @@ private Q_SLOTS:
         QCOMPARE(bench_.copiesOf(u"refused"_s).size(), 1);
     }
 
+    // An earlier state of the file has arrived, and does not stand in the way of the later one.
+    void whatChangedWhileItWasSentIsTriedAgain() {
+        const QByteArray before = sampleBytes(1000);
+        const QByteArray now = sampleBytes(1001);
+        connect(queue_.get(), &UploadQueue::progressed, this, [&](const UploadRequest&, qint64 sent) {
+            if (sent == before.size())
+                makeFile("edited", now);
+        });
+        queue_->add({.path = makeFile("edited", before)});
+        QTRY_COMPARE_WITH_TIMEOUT(failures_, 1, patiently);
+        QCOMPARE(bench_.copiesOf(u"edited"_s), QStringList{md5Of(before)});
+        queue_->retry({numberOf("edited")});
+        QTRY_VERIFY_WITH_TIMEOUT(bench_.copiesOf(u"edited"_s).contains(md5Of(now)), patiently);
+        QTRY_VERIFY_WITH_TIMEOUT(isIdle(), patiently);
+        QCOMPARE(failures_, 1);
+    }
+
     void uploadsWaitForTheirAccount() {
         QVERIFY(bench_.drive().orderFaults(blocked));
         queue_->add({.path = makeFile("of ann", sampleBytes(300000))});
@@ -185,16 +203,99 @@ private Q_SLOTS:
         QCOMPARE(bench_.copiesOf(u"first"_s).size(), 1);
     }
 
+    // Those that have rested while all places are taken are not looked at again and again.
+    void whoHasRestedWaitsForAPlace() {
+        limits_ = {.uploadsAtOnce = 1, .patience = 0ms, .comesBack = true};
+        restart();
+        resumer_->stop();
+        QVERIFY(bench_.drive().orderFaults(
+            R"([{"match": {"uploadPut": true}, "action": {"status": 503}},
+                {"match": {"uploadPut": true, "times": -1}, "action": {"stall": {"where": "before", "seconds": 60}}}])"));
+        queue_->add(QList<UploadRequest>{{.path = makeFile("rested", "1")}, {.path = makeFile("slow", "2")}});
+        QTRY_COMPARE_WITH_TIMEOUT(stateOf("slow"), UploadState::running, patiently);
+        QCOMPARE(stateOf("rested"), UploadState::resting);
+        time_->advance(5min);
+        QCOMPARE(stateOf("rested"), UploadState::resting);
+        QCOMPARE(time_->pendingTimers(), 0U);
+        queue_->pause({numberOf("slow")});
+        bench_.drive().clearFaults();
+        QTRY_COMPARE_WITH_TIMEOUT(bench_.copiesOf(u"rested"_s).size(), 1, patiently);
+    }
+
+    // What was found for those that wait is of one Drive, and may be gone when their turn has come.
+    void theirFolderIsLookedForAgain() {
+        limits_ = {.uploadsAtOnce = 1, .comesBack = true};
+        restart();
+        QVERIFY(bench_.drive().orderFaults(blocked));
+        queue_->add(QList<UploadRequest>{{.path = makeFile("first", "1"), .folderName = u"Kept"_s},
+                                         {.path = makeFile("gone", "2"), .folderName = u"Kept"_s},
+                                         {.path = makeFile("adopted", "3"), .folderName = u"Kept"_s}});
+        QTRY_VERIFY_WITH_TIMEOUT(isTroubled("first"), patiently);
+        const QString folder = queue_->find(numberOf("gone"))->request.parentId;
+        QVERIFY(!folder.isEmpty());
+        queue_->pause({numberOf("adopted"), numberOf("first")});
+        QVERIFY(bench_.call(GTLQueryDrive::queryForFilesDeleteWithFileId(folder)).ok());
+        bench_.drive().clearFaults();
+        QTRY_COMPARE_WITH_TIMEOUT(failures_, 1, patiently);
+        queue_->retry({numberOf("gone")});
+        QTRY_COMPARE_WITH_TIMEOUT(bench_.copiesOf(u"gone"_s).size(), 1, patiently);
+        queue_->setAccount(bob);
+        queue_->adoptOthers();
+        queue_->resume({numberOf("adopted"), numberOf("first")});
+        QTRY_VERIFY_WITH_TIMEOUT(isIdle(), patiently);
+        QCOMPARE(failures_, 1);
+    }
+
+    // Whoever hears of an upload may end it on the spot.
+    void cancelledByWhoeverHearsOfIt() {
+        limits_ = {.patience = 0ms, .comesBack = true};
+        restart();
+        QVERIFY(bench_.drive().orderFaults(
+            R"([{"match": {"uploadPut": true}, "action": {"status": 403}},
+                {"match": {"uploadPut": true}, "action": {"status": 503}}])"));
+        UploadState awaited = UploadState::waiting; // also when the file was looked at
+        connect(queue_.get(), &UploadQueue::changed, this, [this, &awaited](qint64 number) {
+            if (const QueuedUpload* upload = queue_->find(number); upload && upload->state == awaited)
+                queue_->cancel({number});
+        });
+        queue_->setHeldBack(true);
+        queue_->add({.path = makeFile("looked at", "1")});
+        QTRY_VERIFY_WITH_TIMEOUT(queue_->numbers().isEmpty(), patiently);
+        queue_->setHeldBack(false);
+        for (const auto state :
+             {UploadState::failed, UploadState::resting, UploadState::paused, UploadState::running}) {
+            awaited = state;
+            queue_->add({.path = makeFile("file", "2")});
+            if (state == UploadState::paused)
+                queue_->pause(queue_->numbers());
+            QTRY_VERIFY_WITH_TIMEOUT(queue_->numbers().isEmpty(), patiently);
+        }
+        QVERIFY(bench_.copiesOf(u"file"_s).isEmpty());
+        restart();
+        QVERIFY(queue_->numbers().isEmpty());
+    }
+
+    // Of what could not be read, nobody knows which files it needs.
+    void whatCouldNotBeReadNeedsItsFiles() {
+        const QString path = folder_->filePath(u"uploads.sqlite"_s);
+        queue_.reset();
+        journal_.reset();
+        QVERIFY(QFile::remove(path) && QDir().mkdir(path));
+        restart();
+        QVERIFY(!queue_->areAllKnown());
+        queue_->add({.path = makeFile("sent anyway", "1")});
+        QTRY_VERIFY_WITH_TIMEOUT(isIdle(), patiently);
+        QCOMPARE(bench_.copiesOf(u"sent anyway"_s).size(), 1);
+    }
+
     void filesOfFoldersAreNeeded() {
         queue_->setHeldBack(true);
         queue_->add({.path = makeFile("needed", "1")});
-        const QByteArray folder = QFile::encodeName(folder_->path());
-        QVERIFY(queue_->isAnyIn(folder));
-        QVERIFY(!queue_->isAnyIn(folder + "x"));
+        QCOMPARE(queue_->paths(), QSet<QByteArray>{QFile::encodeName(pathOf("needed"))});
         start(); // and as long as nobody knows
-        QVERIFY(queue_->isAnyIn("/nowhere"));
-        QTRY_VERIFY(!queue_->isReading());
-        QVERIFY(!queue_->isAnyIn("/nowhere") && queue_->isAnyIn(folder));
+        QVERIFY(!queue_->areAllKnown());
+        QTRY_VERIFY(queue_->areAllKnown());
+        QCOMPARE(queue_->paths(), QSet<QByteArray>{QFile::encodeName(pathOf("needed"))});
     }
 
 private:

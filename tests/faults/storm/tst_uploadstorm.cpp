@@ -68,20 +68,34 @@ struct SessionCounts {
     }
 };
 
-// How the files are in the Drive, as another client sees it, where that is not as it should be.
-QStringList differences(FaultBench& bench, const StormFiles& files) {
+// MD5 sums and sizes by title, as another client sees the Drive.
+Result<QHash<QString, QStringList>> copiesInDrive(FaultBench& bench) {
     bench.service().fetcherService()->setTimeout(60s);
+    bench.service().ticketSettings().shouldFetchNextPages = false; // each page has its own patience
     const auto query = GTLQueryDrive::queryForFilesList();
     query->setQ(QStringLiteral("title contains 'storm'"));
-    query->setMaxResults(500);
-    const auto reply = bench.call(query);
-    if (!reply)
-        return {reply.error().description()};
-    QHash<QString, QStringList> copies; // by title
-    for (const auto& item : *std::dynamic_pointer_cast<GTLDriveFileList>(*reply)) {
-        const auto file = std::dynamic_pointer_cast<GTLDriveFile>(item);
-        copies[file->title()].append(file->md5Checksum() + QLatin1Char(' ') + QString::number(file->fileSize()));
-    }
+    query->setMaxResults(200);
+    QHash<QString, QStringList> copies;
+    do {
+        const auto reply = bench.call(query->copy());
+        if (!reply)
+            return reply.error();
+        const auto page = std::dynamic_pointer_cast<GTLDriveFileList>(*reply);
+        for (const auto& item : *page) {
+            const auto file = std::dynamic_pointer_cast<GTLDriveFile>(item);
+            copies[file->title()].append(file->md5Checksum() + QLatin1Char(' ') + QString::number(file->fileSize()));
+        }
+        query->setPageToken(page->nextPageToken());
+    } while (!query->pageToken().isEmpty());
+    return copies;
+}
+
+// Where that is not as it should be.
+QStringList differences(FaultBench& bench, const StormFiles& files) {
+    auto listed = copiesInDrive(bench);
+    if (!listed)
+        return {listed.error().description()};
+    QHash<QString, QStringList>& copies = *listed;
     QStringList found;
     for (const StormFile& file : files.all()) {
         const QString expected = file.md5 + QLatin1Char(' ') + QString::number(file.size);
