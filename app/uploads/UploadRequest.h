@@ -24,8 +24,8 @@ struct UploadRequest {
     qint64 number = 0;                         // given by the queue: its signals name the request by it
 };
 
-// For handing requests over to another instance of the program: one line of text a request, without its line break and
-// without secrets. A request for a folder looks for the folder again.
+// For writing requests down, to be taken up by another run of the program: one line of text a request, without its line
+// break and without secrets. A request for a folder looks for the folder again.
 QByteArray lineFromRequest(const UploadRequest& request);
 // Nothing when the line is none of those.
 std::optional<UploadRequest> requestFromLine(const QByteArray& line);
