@@ -72,7 +72,7 @@ private:
 class Interface {
 public:
     Interface(DriveServiceProvider driveService, const std::shared_ptr<TimeSource>& timeSource)
-        : platform_(makeLinuxPlatform({QStringLiteral("quenby-bench"), {}, false}, timeSource))
+        : platform_(makeLinuxPlatform({QStringLiteral("quenby-bench"), {}, {}, false}, timeSource))
         , window_(*platform_.defaults)
         , uploads_({std::move(driveService), timeSource, *platform_.defaults, *platform_.notifications,
                     *platform_.alerts, *platform_.filePanels, *platform_.pasteboard, *platform_.opener},

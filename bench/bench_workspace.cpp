@@ -64,7 +64,7 @@ class TabStage {
 public:
     TabStage(PaintWatch& application, const QUrl& base)
         : application_(application)
-        , platform_(makeLinuxPlatform({QStringLiteral("quenby-bench"), {}, false}, timeSource_))
+        , platform_(makeLinuxPlatform({QStringLiteral("quenby-bench"), {}, {}, false}, timeSource_))
         , window_(*platform_.defaults)
         , pages_(window_, platform_, Endpoints::localDrive(base), timeSource_) {
         pages_.open(QStringLiteral("bench"), QStringLiteral("bench"));

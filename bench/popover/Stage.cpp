@@ -42,7 +42,7 @@ AccountSummary Stage::Inputs::accountSummary() const {
 
 Stage::Stage(PaintWatch& application, std::shared_ptr<GTLServiceDrive> driveService)
     : application_(application)
-    , platform_(makeLinuxPlatform({QStringLiteral("quenby-bench"), {}, false}, timeSource_))
+    , platform_(makeLinuxPlatform({QStringLiteral("quenby-bench"), {}, {}, false}, timeSource_))
     , drive_(Endpoints::provider(), ClientIdentity::ofTheProgram(), timeSource_, nullptr)
     , driveService_(driveService ? std::move(driveService) : drive_.driveService())
     , feed_(
