@@ -35,6 +35,7 @@ CustomWindow::CustomWindow()
     takePalette();
     setComposited(false);
     connect(&buttons_, &X11ButtonWatch::pressed, this, &CustomWindow::pressedSomewhere);
+    connect(&buttons_, &X11ButtonWatch::arrived, this, &CustomWindow::pressedHere);
     connect(&buttons_, &X11ButtonWatch::released, this, &CustomWindow::releasedSomewhere);
 }
 
@@ -98,6 +99,10 @@ bool CustomWindow::eventFilter(QObject* watched, QEvent* event) {
             isPressed_ = true;
         else if (event->type() == QEvent::MouseButtonRelease && std::exchange(isPressed_, false))
             lookSoon();
+        else if (event->type() == QEvent::DragEnter)
+            isDraggedOver_ = true;
+        else if (event->type() == QEvent::DragLeave || event->type() == QEvent::Drop)
+            isDraggedOver_ = false;
     } else if (event->type() == QEvent::Hide) {
         watched->removeEventFilter(this);
         lookSoon();
@@ -120,16 +125,20 @@ void CustomWindow::closeIfLeft() {
         close();
 }
 
-// A press on a window of this program activates that one, which is enough; one beside an open menu is the menu's end.
-void CustomWindow::pressedSomewhere() {
-    isPressedBeside_ = !QGuiApplication::topLevelAt(QCursor::pos()) && !QApplication::activePopupWidget();
+// One beside an open menu is the menu's end.
+void CustomWindow::pressedSomewhere() { isPressedBeside_ = !QApplication::activePopupWidget(); }
+
+// A press on a window of this program activates that one, which is enough. It may have done so before the press came.
+void CustomWindow::pressedHere() {
+    if (std::exchange(isPressedBeside_, false))
+        lookSoon();
 }
 
 // What ends in the window was brought there. It has the keys from then on, so that it goes away as usual.
 void CustomWindow::releasedSomewhere() {
     if (!std::exchange(isPressedBeside_, false))
         return;
-    if (frame().contains(QCursor::pos()))
+    if (isDraggedOver_ || frame().contains(QCursor::pos()))
         activateWindow();
     else
         close();
@@ -144,6 +153,7 @@ void CustomWindow::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
     buttons_.stop();
     isPressedBeside_ = false;
+    isDraggedOver_ = false;
 }
 
 void CustomWindow::keyPressEvent(QKeyEvent* event) {

@@ -46,12 +46,14 @@ private:
     void lookSoon();
     void closeIfLeft();
     void pressedSomewhere();
+    void pressedHere();
     void releasedSomewhere();
 
     X11ButtonWatch buttons_;
     bool isComposited_ = false;
     bool isPressed_ = false;       // a mouse button, inside of the window
-    bool isPressedBeside_ = false; // on what is not this program's
+    bool isPressedBeside_ = false; // on what is not this program's, as far as is known
+    bool isDraggedOver_ = false;
 };
 
 } // namespace quenby

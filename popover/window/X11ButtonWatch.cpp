@@ -17,6 +17,7 @@ namespace {
 xcb_extension_t inputExtension{"XInputExtension", 0};
 constexpr std::uint8_t selectEvents = 46;
 constexpr std::uint16_t allMasterDevices = 1; // the toolkit itself listens to others on the root window
+constexpr std::uint16_t buttonPress = 4;      // at a window
 constexpr std::uint16_t rawButtonPress = 15;
 constexpr std::uint16_t rawButtonRelease = 16;
 constexpr std::uint32_t rawButtons = 1U << rawButtonPress | 1U << rawButtonRelease;
@@ -32,7 +33,8 @@ struct SelectEvents {
 };
 static_assert(sizeof(SelectEvents) == 20);
 
-struct RawButtonEvent {
+// What raw events and those at a window begin with.
+struct ButtonEvent {
     std::uint8_t response;
     std::uint8_t extension;
     std::uint16_t sequence;
@@ -42,7 +44,7 @@ struct RawButtonEvent {
     std::uint32_t time;
     std::uint32_t button;
 };
-static_assert(sizeof(RawButtonEvent) == 20);
+static_assert(sizeof(ButtonEvent) == 20);
 
 // Each screen of the display has a root; the toolkit shows windows on one of them.
 void select(xcb_connection_t* connection, std::uint32_t mask) {
@@ -83,17 +85,19 @@ void X11ButtonWatch::stop() {
 bool X11ButtonWatch::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*) {
     if (eventType != "xcb_generic_event_t")
         return false;
-    const auto& event = *static_cast<const RawButtonEvent*>(message);
-    if ((event.response & 0x7f) != XCB_GE_GENERIC || event.extension != extension_ ||
-        (event.type != rawButtonPress && event.type != rawButtonRelease))
+    const auto& event = *static_cast<const ButtonEvent*>(message);
+    if ((event.response & 0x7f) != XCB_GE_GENERIC || event.extension != extension_)
         return false;
+    const bool isRaw = event.type == rawButtonPress || event.type == rawButtonRelease;
     if (event.button == XCB_BUTTON_INDEX_1 || event.button == XCB_BUTTON_INDEX_3) {
         if (event.type == rawButtonPress)
             Q_EMIT pressed();
-        else
+        else if (event.type == rawButtonRelease)
             Q_EMIT released();
+        else if (event.type == buttonPress)
+            Q_EMIT arrived();
     }
-    return true;
+    return isRaw;
 }
 
 } // namespace quenby

@@ -23,9 +23,13 @@ public:
     void stop();
 
 Q_SIGNALS:
-    // Before the press or release arrives at any window. QCursor::pos() tells where it is.
+    // Before the press or release arrives at any window. Where it was is not known: when the program was busy, the
+    // pointer is somewhere else by now.
     void pressed();
     void released();
+    // The press that pressed() told of arrives at one of this program's windows, or at an open menu of it, to which
+    // presses beside it go as well.
+    void arrived();
 
 private:
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;

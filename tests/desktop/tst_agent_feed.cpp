@@ -16,6 +16,7 @@
 #include <QTest>
 
 #include <algorithm>
+#include <csignal>
 
 using namespace quenby::testing;
 
@@ -236,12 +237,22 @@ void AgentFeedTest::theKeyboardShares() {
 
 // --- The header -----------------------------------------------------------------------------------------------------
 
-// What it comes from is activated by the press, and the popover waits.
+// What it comes from is activated by the press, and the popover waits: also when the program hears of all that only
+// after the pointer has arrived.
 void AgentFeedTest::aFileIsDroppedOnIt() {
     const WindowId opened = openPopover();
     QVERIFY(opened != 0);
     DragSource source({QFile::encodeName(stage_.home.makeFile(own_, "By this program."))});
-    QVERIFY(source.dropAt(stage_.input.geometry(opened).topLeft() + dropTarget));
+    const auto program = static_cast<pid_t>(stage_.quenby.pid());
+    QCOMPARE(::kill(program, SIGSTOP), 0);
+    const bool hasBegun = source.begin();
+    source.moveTo(stage_.input.geometry(opened).topLeft() + dropTarget);
+    QCOMPARE(::kill(program, SIGCONT), 0);
+    QVERIFY(hasBegun);
+    QVERIFY(source.waitForAcceptance());
+    QTest::qWait(1000); // longer than the toolkit hesitates to believe that the keys are elsewhere
+    QVERIFY(stage_.input.isVisible(opened));
+    QCOMPARE(source.drop(), Qt::CopyAction);
     QTRY_COMPARE_WITH_TIMEOUT(notifications().size(), 1, patience);
     QVERIFY(stage_.input.isVisible(opened));
     stage_.input.key(QStringLiteral("Escape"));
