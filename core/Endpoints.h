@@ -46,6 +46,9 @@ struct Endpoints {
     QUrl clientConsoleURL;      // where people register clients of their own; empty where there is no such place
     bool isLocal = false;       // plain http to this computer is allowed, also for authorized requests
 
+    // Whether people may bring a client of their own, and choose what a sign-in gives access to.
+    bool takesOwnClients() const { return !clientConsoleURL.isEmpty(); }
+
     static Endpoints provider();
     // The local Drive at an address such as http://127.0.0.1:4711.
     static Endpoints localDrive(const QUrl& base);

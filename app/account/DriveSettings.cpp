@@ -12,9 +12,9 @@ const QString roadOfResources = QStringLiteral("rest"); // of apiRoad
 } // namespace
 
 DriveAccess chosenAccess(const Defaults& defaults, const Endpoints& endpoints) {
-    const bool isChoice = !endpoints.clientConsoleURL.isEmpty();
-    return isChoice && defaults.valueForKey(defaultsKey::driveAccess).toString() == ownFiles ? DriveAccess::ownFiles
-                                                                                             : DriveAccess::everything;
+    const bool isOwnFiles =
+        endpoints.takesOwnClients() && defaults.valueForKey(defaultsKey::driveAccess).toString() == ownFiles;
+    return isOwnFiles ? DriveAccess::ownFiles : DriveAccess::everything;
 }
 
 void chooseAccess(DriveAccess access, Defaults& defaults) {

@@ -37,7 +37,8 @@ AppDelegate::AppDelegate(const Surroundings& surroundings)
            surroundings.drive.timeSource(), *platform_.defaults, *platform_.notifications, *platform_.alerts,
            *platform_.filePanels, *platform_.pasteboard, *platform_.opener},
           [this] { return &window_; }, uploadLimits)
-    , uploadRest_(uploads_.queue(), *platform_.defaults, *platform_.networkCost, *platform_.sleepInhibitor)
+    , uploadRest_(uploads_.queue(), *platform_.defaults, *platform_.networkCost, *platform_.sleepInhibitor,
+                  surroundings.drive.timeSource())
     , queueWindow_(
           {uploads_.queue(), uploadRest_, *platform_.defaults, *platform_.fileBrowser, surroundings.drive.timeSource()})
     , uploadListing_(uploads_.queue(), uploadRows_)
@@ -117,7 +118,7 @@ void AppDelegate::connectUploads() {
     connect(&uploads_.queue(), &UploadQueue::wasRead, this, &AppDelegate::askAboutOtherAccounts);
     if (uploadJournal_) {
         connect(uploadJournal_.get(), &UploadJournal::troubled, this, [this](const Error& error) {
-            tell(tr("The list of uploads could not be kept"), error.detail(errorKey::reason).toString());
+            tell(tr("Trouble with the list of uploads"), error.detail(errorKey::reason).toString());
         });
     }
     menus_.enable(MenuCommand::showUploads, true);

@@ -17,7 +17,7 @@ AccessChoice::AccessChoice(DriveConnection& drive, Defaults& defaults)
     follow();
 }
 
-bool AccessChoice::isOffered() const { return !drive_.endpoints().clientConsoleURL.isEmpty(); }
+bool AccessChoice::isOffered() const { return drive_.endpoints().takesOwnClients(); }
 
 DriveAccess AccessChoice::access() const { return drive_.access(); }
 

@@ -22,7 +22,7 @@ bool ClientChoice::isProgramsOwn() const { return clientID() == ClientIdentity::
 QString ClientChoice::clientID() const { return chosen().clientID; }
 
 QString ClientChoice::decidedElsewhere() const {
-    if (hasNoConsole())
+    if (!drive_.endpoints().takesOwnClients())
         return tr("The Drive on this computer takes Quenby's own client only.");
     if (ClientIdentity::isChosenByEnvironment())
         return tr("The client was chosen in the program's environment, by QUENBY_CLIENT_ID.");
@@ -57,11 +57,8 @@ void ClientChoice::keepFormer() {
                                                  : std::optional(OwnClient{former.clientID, former.clientSecret}));
 }
 
-// Nobody can register clients there.
-bool ClientChoice::hasNoConsole() const { return drive_.endpoints().clientConsoleURL.isEmpty(); }
-
 ClientIdentity ClientChoice::chosen() const {
-    return hasNoConsole() ? drive_.identity() : ClientIdentity::chosen(defaults_);
+    return drive_.endpoints().takesOwnClients() ? ClientIdentity::chosen(defaults_) : drive_.identity();
 }
 
 void ClientChoice::settingChanged(const QString& key) {

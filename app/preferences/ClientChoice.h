@@ -39,7 +39,6 @@ Q_SIGNALS:
     void clientChanged();
 
 private:
-    bool hasNoConsole() const;
     ClientIdentity chosen() const;
     void settingChanged(const QString& key);
     void follow();

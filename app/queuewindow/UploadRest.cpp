@@ -6,13 +6,22 @@
 #include "platform/NetworkCost.h"
 
 namespace quenby {
+namespace {
+
+using namespace std::chrono_literals;
+
+// A short trouble is no reason to fall asleep in the middle of a file: some desktops do so at once.
+constexpr auto patienceAwake = 2min;
+
+} // namespace
 
 UploadRest::UploadRest(UploadQueue& queue, Defaults& defaults, const NetworkCost& networkCost,
-                       SleepInhibitor& sleepInhibitor)
+                       SleepInhibitor& sleepInhibitor, std::shared_ptr<TimeSource> timeSource)
     : queue_(queue)
     , defaults_(defaults)
     , networkCost_(networkCost)
-    , sleepInhibitor_(sleepInhibitor) {
+    , sleepInhibitor_(sleepInhibitor)
+    , timeSource_(std::move(timeSource)) {
     connect(&networkCost, &NetworkCost::changed, this, [this] {
         isCostAccepted_ = false;
         apply();
@@ -22,6 +31,7 @@ UploadRest::UploadRest(UploadQueue& queue, Defaults& defaults, const NetworkCost
             key == defaultsKey::uploadRateLimit)
             apply();
     });
+    connect(&queue, &UploadQueue::changed, this, &UploadRest::holdAwake);
     connect(&queue, &UploadQueue::waitingCountChanged, this, &UploadRest::holdAwake);
     apply();
 }
@@ -51,10 +61,16 @@ void UploadRest::apply() {
 }
 
 void UploadRest::holdAwake() {
-    if (queue_.runningCount() == 0)
+    if (queue_.runningCount() == 0) {
+        letGo_.reset();
         awake_.reset();
-    else if (!awake_)
-        awake_ = sleepInhibitor_.hold(tr("Files are being uploaded"));
+    } else if (queue_.getsOn()) {
+        letGo_.reset();
+        if (!awake_)
+            awake_ = sleepInhibitor_.hold(tr("Files are being uploaded"));
+    } else if (awake_ && !letGo_) {
+        letGo_ = timeSource_->startTimer(patienceAwake, [this] { awake_.reset(); });
+    }
 }
 
 } // namespace quenby

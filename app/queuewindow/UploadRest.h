@@ -1,9 +1,10 @@
-// When uploads rest: the user wants it, or the connection is metered. And while they don't, and one runs, the computer
-// is kept awake.
+// When uploads rest: the user wants it, or the connection is metered. And while they don't, and one gets on, the
+// computer is kept awake; it may sleep a little after all of them only try again.
 //
 // Threads: the main thread. What it is given outlives it. It follows the settings, whoever writes them.
 #pragma once
 
+#include "core/TimeSource.h"
 #include "platform/SleepInhibitor.h"
 
 #include <QObject>
@@ -18,7 +19,8 @@ class UploadRest : public QObject {
     Q_OBJECT
 
 public:
-    UploadRest(UploadQueue& queue, Defaults& defaults, const NetworkCost& networkCost, SleepInhibitor& sleepInhibitor);
+    UploadRest(UploadQueue& queue, Defaults& defaults, const NetworkCost& networkCost, SleepInhibitor& sleepInhibitor,
+               std::shared_ptr<TimeSource> timeSource);
 
     // By the user, over restarts.
     bool areAllPaused() const;
@@ -42,7 +44,9 @@ private:
     Defaults& defaults_;
     const NetworkCost& networkCost_;
     SleepInhibitor& sleepInhibitor_;
+    const std::shared_ptr<TimeSource> timeSource_;
     std::unique_ptr<SleepInhibitor::Hold> awake_;
+    std::unique_ptr<Timer> letGo_; // while none gets on
     bool isCostAccepted_ = false;
 };
 

@@ -35,10 +35,8 @@ void DestinationFolders::tryNow() {
 
 void DestinationFolders::begin(const QString& name, Search& search) {
     search.service = driveService_();
-    if (!search.service) {
-        const QString reason = QStringLiteral("no user is signed in; sign in, then upload it again");
-        return finish(name, Error(FetcherErrorCode::fetchCouldNotBegin, {{errorKey::reason, reason}}));
-    }
+    if (!search.service)
+        return finish(name, nobodySignedIn());
     search.folder = std::make_unique<DestinationFolder>(search.service, timeSource_, name, patience_);
     connect(search.folder.get(), &DestinationFolder::madeFolder, this, [this, name](const QString& identifier) {
         searches_.at(name).isNew = true;

@@ -11,15 +11,6 @@
 #include <utility>
 
 namespace quenby {
-namespace {
-
-// Uploads of no account at all: somebody has to sign in.
-Error nobodySignedIn() {
-    return Error(FetcherErrorCode::fetchCouldNotBegin,
-                 {{errorKey::reason, QStringLiteral("no user is signed in; sign in, then upload it again")}});
-}
-
-} // namespace
 
 UploadQueue::UploadQueue(DriveServiceProvider driveService, DestinationFolders& folders,
                          std::shared_ptr<TimeSource> timeSource, UploadLimits limits)
@@ -281,6 +272,11 @@ size_t UploadQueue::waitingCount() const {
     return static_cast<size_t>(std::count_if(entries_.begin(), entries_.end(), [this](const auto& entry) {
         return isOurs(entry.second) && entry.second.waits();
     }));
+}
+
+bool UploadQueue::getsOn() const {
+    return std::any_of(running_.begin(), running_.end(),
+                       [this](const auto& task) { return entries_.at(task.first).reason.isEmpty(); });
 }
 
 QSet<QByteArray> UploadQueue::paths() const {

@@ -92,6 +92,7 @@ public:
     QStringList otherAccounts() const;
     qsizetype otherCount() const;
     size_t runningCount() const { return running_.size(); }
+    bool getsOn() const;         // one that runs is in no trouble, as far as is known
     size_t waitingCount() const; // of the account; those that rest are among them
     // What an earlier run left is still being read.
     bool isReading() const { return isReading_; }
@@ -140,7 +141,7 @@ private:
 
     bool mayRun(const QueuedUpload& upload) const;
     void startMore();
-    void start(QueuedUpload& upload);
+    void start(QueuedUpload& upload, const std::shared_ptr<GTLServiceDrive>& service);
     void connectTask(UploadTask& task, const UploadRequest& request);
     void keep(qint64 number, const UploadSession& session, const std::function<void()>& kept);
     void taskFinished(qint64 number, const Result<UploadRun::Outcome>& outcome);

@@ -5,14 +5,7 @@
 #include "app/uploads/journal/UploadJournal.h"
 #include "app/uploads/queue/SourceLook.h"
 
-#include <QLoggingCategory>
-
 namespace quenby {
-namespace {
-
-Q_LOGGING_CATEGORY(queueLog, "quenby.uploads.queue", QtInfoMsg)
-
-} // namespace
 
 void UploadQueue::setJournal(UploadJournal& journal) {
     journal_ = &journal;
@@ -27,15 +20,17 @@ void UploadQueue::loaded(const Result<QList<JournalEntry>>& entries) {
     isReading_ = false;
     isMoreWrittenDown_ = isMoreWrittenDown_ || !entries;
     QList<qint64> numbers;
+    bool areAllReadable = true;
     for (const JournalEntry& entry : entries ? *entries : QList<JournalEntry>()) {
-        if (auto upload = queuedUpload(entry)) {
-            numbers.append(entry.number);
-            insert(std::move(*upload));
-        } else {
-            qCWarning(queueLog, "an upload that was written down can't be read and is left out");
-            journal_->remove({entry.number});
-        }
+        auto upload = queuedUpload(entry);
+        areAllReadable = areAllReadable && upload;
+        if (!upload)
+            continue; // it stays where it is
+        numbers.append(entry.number);
+        insert(std::move(*upload));
     }
+    if (!areAllReadable)
+        journal_->tellUnreadable();
     sortByPlace();
     if (!numbers.isEmpty())
         Q_EMIT added(numbers);

@@ -45,18 +45,18 @@ void UploadQueue::startMore() {
     }
     for (const qint64 number : std::as_const(next)) {
         const auto upload = entries_.find(number); // whoever hears that one has its turn may do anything
-        if (upload != entries_.end() && upload->second.waits() && mayRun(upload->second))
-            start(upload->second);
+        const auto service = driveService_();
+        if (service && upload != entries_.end() && upload->second.waits() && mayRun(upload->second))
+            start(upload->second, service);
     }
     shareSpeed();
     wakeLater();
 }
 
-void UploadQueue::start(QueuedUpload& upload) {
+void UploadQueue::start(QueuedUpload& upload, const std::shared_ptr<GTLServiceDrive>& service) {
     // A link on the clipboard, long after the capture and perhaps in another session, would surprise.
     upload.request.isCapture = upload.request.isCapture && upload.isFresh;
     const qint64 number = upload.request.number;
-    const auto service = driveService_();
     if (!identifiers_ || identifiersService_.lock() != service) {
         identifiers_ = std::make_shared<GeneratedIdentifiers>(service);
         identifiersService_ = service;

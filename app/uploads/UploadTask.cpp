@@ -51,13 +51,6 @@ void UploadTask::setMaxSendSpeed(qint64 bytesPerSecond) {
 
 void UploadTask::openSource() {
     Q_EMIT started();
-    if (!surroundings_.service) {
-        const QString reason = QStringLiteral("no user is signed in; sign in, then upload it again");
-        const Error error(FetcherErrorCode::fetchCouldNotBegin, {{errorKey::reason, reason}});
-        QMetaObject::invokeMethod(
-            this, [this, error] { Q_EMIT finished(error); }, Qt::QueuedConnection);
-        return;
-    }
     opening_ = std::make_unique<SourceOpening>(*surroundings_.timeSource, upload_.request.path, this,
                                                [this](const Result<SourceFile>& source) { sourceOpened(source); });
 }

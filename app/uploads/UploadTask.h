@@ -17,7 +17,7 @@ class UploadTask : public QObject {
 
 public:
     struct Surroundings {
-        std::shared_ptr<GTLServiceDrive> service; // null fails the upload
+        std::shared_ptr<GTLServiceDrive> service;
         DestinationFolders& folders;
         std::shared_ptr<TimeSource> timeSource;
         std::chrono::milliseconds patience;

@@ -109,6 +109,14 @@ Error putAsideJournal(const Error& error, const QByteArray& path) {
     return trouble(static_cast<int>(error.code()), sentence, path);
 }
 
+Error unreadableUploads(const QByteArray& path) {
+    return trouble(
+        EBADMSG,
+        tr("Some of the waiting uploads in “%1” can't be read, and are left as they are. Upload again what is "
+           "missing in your Drive. When no upload waits any more, quit the program and delete that list."),
+        path);
+}
+
 Error unreadJournal(const QByteArray& path) {
     return trouble(EAGAIN,
                    tr("The list of waiting uploads, “%1”, could not be read when the program began, and is left as it "

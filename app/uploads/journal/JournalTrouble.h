@@ -27,6 +27,9 @@ bool isLaterJournal(const Error& error);
 // The same trouble, with the name under which the file now lies.
 Error putAsideJournal(const Error& trouble, const QByteArray& path);
 
+// EBADMSG. The file is sound, but some of the uploads in it are not.
+Error unreadableUploads(const QByteArray& path);
+
 // EAGAIN. It could not be read at first, but holds something now.
 Error unreadJournal(const QByteArray& path);
 

@@ -1,12 +1,14 @@
 #include "app/uploads/journal/UploadJournal.h"
 
+#include "app/uploads/journal/JournalTrouble.h"
 #include "app/uploads/journal/JournalWriter.h"
 #include "core/Mailbox.h"
 
 namespace quenby {
 
 UploadJournal::UploadJournal(const QByteArray& path)
-    : writer_(std::make_unique<Writer>(path, [this, box = Mailbox::forContext(this)](const Error& error) {
+    : path_(path)
+    , writer_(std::make_unique<Writer>(path, [this, box = Mailbox::forContext(this)](const Error& error) {
         box->post([this, error] { Q_EMIT troubled(error); });
     })) {}
 
@@ -29,6 +31,8 @@ void UploadJournal::remove(const QList<qint64>& numbers, QObject* context, Writt
 }
 
 void UploadJournal::remove(const QList<qint64>& numbers) { writer_->order({.removed = numbers}); }
+
+void UploadJournal::tellUnreadable() { Q_EMIT troubled(unreadableUploads(path_)); }
 
 void UploadJournal::flush() {
     writer_->order({}); // once more for what could not be written

@@ -43,6 +43,9 @@ public:
     void write(const QList<JournalEntry>& entries);
     void remove(const QList<qint64>& numbers, QObject* context, Written written);
     void remove(const QList<qint64>& numbers);
+    // Some of what was read means nothing to the reader. It is left as it is, and told by troubled(), before this
+    // returns.
+    void tellUnreadable();
     // Returns when everything of before is on the disk, or cannot be. For the end of the program.
     void flush();
 
@@ -52,6 +55,7 @@ Q_SIGNALS:
 
 private:
     class Writer;
+    const QByteArray path_;
     const std::unique_ptr<Writer> writer_;
 };
 

@@ -1,99 +1,17 @@
-// When the change list is asked for, what is done with its answers, and whose clock counts: against a network that the
-// test plays, in time that stands still.
+// When the change list is asked for, what is done with its answers, and whose clock counts.
 
-#include "app/changes/ChangeFeed.h"
 #include "app/changes/FeedAnswerReader.h"
 #include "driveapi/GTLDriveChange.h"
 #include "driveapi/GTLJSONParser.h"
-#include "driveapi/GTLServiceDrive.h"
-#include "tests/platform/fakes/FakeDefaults.h"
-#include "tests/support/FakeNetwork.h"
-#include "tests/support/ManualTimeSource.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QLocale>
-#include <QLoggingCategory>
-#include <QSemaphore>
-#include <QSignalSpy>
-#include <QTest>
-#include <QThreadPool>
+#include "tests/app/changes/ChangeFeedStage.h"
 
 using namespace quenby;
 using namespace quenby::testing;
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
-namespace {
-
-// Of the manual time.
-QString dateText(int seconds) {
-    return QDateTime(QDate(2026, 1, 1), QTime(12, 0), Qt::UTC).addSecs(seconds).toString(Qt::ISODateWithMs);
-}
-
-QJsonObject change(const QString& identifier, int created, int changed) {
-    return {{u"fileId"_s, identifier},
-            {u"modificationDate"_s, dateText(changed)},
-            {u"file"_s, QJsonObject{{u"id"_s, identifier},
-                                    {u"title"_s, identifier},
-                                    {u"createdDate"_s, dateText(created)},
-                                    {u"modifiedDate"_s, dateText(changed)}}}};
-}
-
-QJsonObject changeList(const QJsonArray& items, qint64 largestChangeId) {
-    return {{u"items"_s, items}, {u"largestChangeId"_s, QString::number(largestChangeId)}};
-}
-
-// Of a service that gives changes no numbers; one without a token names no place at all.
-QJsonObject tokenList(const QJsonArray& items, const QString& token) {
-    return {{u"items"_s, items}, {u"newStartPageToken"_s, token}};
-}
-
-// One thread, that can be kept busy.
-class Queue final : public QThreadPool {
-public:
-    Queue() { setMaxThreadCount(1); }
-    ~Queue() override { waitForGo(); }
-    void hold() {
-        start([this] { go_.acquire(); });
-    }
-    void waitForGo() {
-        go_.release();
-        waitForDone();
-        go_.tryAcquire();
-    }
-
-private:
-    QSemaphore go_;
-};
-
-} // namespace
-
-class ChangeFeedTest : public QObject {
+class ChangeFeedTest : public ChangeFeedStage {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QLoggingCategory::setFilterRules(u"quenby.changes=false\nquenby.http=false"_s); }
-    void init() {
-        network_ = std::make_unique<FakeNetwork>();
-        network_->isHolding = true;
-        time_ = std::make_shared<ManualTimeSource>();
-        service_ = std::make_shared<GTLServiceDrive>(Endpoints::provider(), network_->makeFetcherService(time_));
-        service_->setParseQueue(&queue_);
-        service_->ticketSettings().shouldFetchNextPages = true;
-        defaults_ = std::make_unique<FakeDefaults>();
-        feed_ = std::make_unique<ChangeFeed>(
-            service_, *defaults_, [] { return u"share:"_s; }, time_);
-        changed_ = std::make_unique<QSignalSpy>(feed_.get(), &ChangeFeed::changed);
-        told_.clear();
-        connect(feed_.get(), &ChangeFeed::noticed, this, [this](const ChangeNotice& one) { told_.append(one.text); });
-    }
-    void cleanup() {
-        feed_.reset();
-        service_.reset();
-    }
-
     void pollsAgainAfterThirtySeconds() {
         QVERIFY(!feed_->isFetchingFirst());
         feed_->GetChangeListGoogleDrive();
@@ -162,73 +80,6 @@ private Q_SLOTS:
         QCOMPARE(lastParameters().value(u"includeDeleted"_s), false);
         QCOMPARE(feed_->DriveChangeInfoAPI().size(), 3);
         QCOMPARE(told_, QStringList{u"c added"_s});
-    }
-
-    void followsTokensWhereChangesHaveNoNumbers() {
-        feed_->GetChangeListGoogleDrive();
-        answer(tokenList({change(u"a"_s, -90, -60), change(u"b"_s, -80, -70)}, u"one"_s));
-        QCOMPARE(feed_->DriveChangeInfoAPI().at(0).title, u"a"_s); // the later one
-        for (const QString& token : {u"one"_s, u"two"_s}) {        // also after an answer without changes
-            time_->advance(30s);
-            answer(tokenList({}, u"two"_s));
-            QCOMPARE(lastParameters().value(u"pageToken"_s), token);
-            QVERIFY(!lastParameters().contains(u"startChangeId"_s) && !lastParameters().contains(u"includeDeleted"_s));
-        }
-        QCOMPARE(changed_->size(), 2);
-        time_->advance(30s);
-        answer(tokenList({change(u"a"_s, -90, 80), change(u"c"_s, 70, 75)}, u"three"_s));
-        QCOMPARE(told_, (QStringList{u"a updated"_s, u"c added"_s}));
-
-        time_->advance(30s);
-        refuse(410); // the token is too old
-        time_->advance(30s);
-        answer(tokenList({change(u"a"_s, -90, 80), change(u"c"_s, 70, 75), change(u"d"_s, 130, 135)}, u"four"_s));
-        QCOMPARE(lastParameters().value(u"includeDeleted"_s), false);
-        QVERIFY(!lastParameters().contains(u"pageToken"_s));
-        QCOMPARE(told_.mid(2), QStringList{u"d added"_s});
-        time_->advance(30s);
-        answer(changeList({}, 100)); // has got numbers
-        QCOMPARE(lastParameters().value(u"pageToken"_s), u"four"_s);
-        time_->advance(30s);
-        answer(changeList({}, 100));
-        QCOMPARE(lastParameters().value(u"startChangeId"_s).toVariant().toLongLong(), 101);
-    }
-
-    void numbersThatAreRefused_data() {
-        QTest::addColumn<int>("status");
-        QTest::addColumn<bool>("goesByToken");
-        for (const int status : {400, 404, 410, 403, 500})
-            QTest::addRow("%d", status) << status << (status != 403 && status != 500);
-    }
-    void numbersThatAreRefused() {
-        QFETCH(int, status);
-        QFETCH(bool, goesByToken);
-        const auto both = [](const QJsonArray& items) {
-            QJsonObject list = changeList(items, 100);
-            list.insert(u"newStartPageToken"_s, u"token"_s);
-            return list;
-        };
-        feed_->GetChangeListGoogleDrive();
-        answer(both({change(u"a"_s, -90, -60)}));
-        time_->advance(30s);
-        refuse(status);
-        QCOMPARE(lastParameters().value(u"startChangeId"_s).toVariant().toLongLong(), 101);
-        for (int round = 0; round < 2; ++round) {
-            time_->advance(30s);
-            answer(both({change(u"a"_s, -90, -60)}));
-            QVERIFY(round > 0 || lastParameters().contains(u"includeDeleted"_s));
-        }
-        QCOMPARE(lastParameters().contains(u"startChangeId"_s), !goesByToken);
-        QCOMPARE(lastParameters().value(u"pageToken"_s).toString(), goesByToken ? u"token"_s : QString());
-        QVERIFY(told_.isEmpty());
-        QCOMPARE(feed_->DriveChangeInfoAPI().size(), 1);
-
-        feed_->clear(); // another account may be on another service
-        feed_->GetChangeListGoogleDrive();
-        answer(both({}));
-        time_->advance(30s);
-        answer(both({}));
-        QVERIFY(lastParameters().contains(u"startChangeId"_s));
     }
 
     // Whenever the user signs out and in again, one chain is left, and it is about the new account alone.
@@ -405,63 +256,6 @@ private Q_SLOTS:
         QCOMPARE(feed_->DriveChangeInfoAPI().size(), 4);
         QCOMPARE(told_, QStringList{u"d added"_s});
     }
-
-private:
-    QByteArray reply(const QJsonObject& result) const {
-        return QJsonDocument(QJsonObject{{u"id"_s, u"x"_s}, {u"result"_s, result}}).toJson(QJsonDocument::Compact);
-    }
-    // Answers the poll, and waits until it is done with.
-    template <typename Answer>
-    void answerWith(Answer give) {
-        QVERIFY(QTest::qWaitFor([this] { return network_->waitingCount() == 1; }));
-        give(network_->last());
-        QVERIFY(QTest::qWaitFor([this] { return time_->nextDelay() == 30s; }));
-    }
-    // The server's time in seconds, when it tells its time.
-    void answer(const QJsonObject& result, std::optional<int> serverTime = {}) {
-        HeaderFields headers;
-        headers.set("Content-Type", "application/json-rpc");
-        if (serverTime) {
-            const QDateTime date = QDateTime::fromString(dateText(*serverTime), Qt::ISODateWithMs);
-            headers.set("Date", QLocale::c().toString(date, u"ddd, dd MMM yyyy HH:mm:ss 'GMT'"_s).toLatin1());
-        }
-        answerWith([&](auto& exchange) { exchange.answer(200, reply(result), headers); });
-    }
-    void refuse(int code) {
-        const QJsonObject error{{u"code"_s, code}, {u"message"_s, u"no"_s}};
-        const QByteArray body = QJsonDocument(QJsonObject{{u"id"_s, u"x"_s}, {u"error"_s, error}}).toJson();
-        answerWith([&](auto& exchange) { exchange.answer(200, body); });
-    }
-    // Answers the poll; the answer stays on the queue, behind its parsing. Few changes would not go there: there are
-    // others with them, which are too old to matter.
-    void answerHeld(QJsonArray items, qint64 largestChangeId) {
-        for (int i = 0; i < 20; ++i)
-            items.append(change(u"past%1"_s.arg(i), -900, -800));
-        bool isHeld = false;
-        const auto parsed = connect(service_.get(), &GTLService::notification, this, [&](const QString& name) {
-            if (name != kGTLServiceTicketParsingStoppedNotification)
-                return;
-            queue_.hold();
-            isHeld = true;
-        });
-        QVERIFY(QTest::qWaitFor([this] { return network_->waitingCount() == 1; }));
-        network_->last().answer(200, reply(changeList(items, largestChangeId)));
-        QVERIFY(QTest::qWaitFor([&] { return isHeld; }));
-        settle();
-        disconnect(parsed);
-    }
-    QJsonObject lastParameters() const {
-        return QJsonDocument::fromJson(network_->requests.back().body)["params"_L1].toObject();
-    }
-
-    Queue queue_;
-    std::unique_ptr<FakeNetwork> network_;
-    std::shared_ptr<ManualTimeSource> time_;
-    std::shared_ptr<GTLServiceDrive> service_;
-    std::unique_ptr<FakeDefaults> defaults_;
-    std::unique_ptr<ChangeFeed> feed_;
-    std::unique_ptr<QSignalSpy> changed_;
-    QStringList told_;
 };
 
 QTEST_GUILESS_MAIN(ChangeFeedTest)

@@ -288,6 +288,28 @@ private Q_SLOTS:
         QCOMPARE(bench_.copiesOf(u"sent anyway"_s).size(), 1);
     }
 
+    // One that means nothing here: perhaps another version of the program knows what to do with it.
+    void whatMeansNothingStaysWrittenDown() {
+        queue_->setHeldBack(true);
+        queue_->add({.path = makeFile("readable", "1")});
+        JournalEntry strange;
+        strange.number = 7;
+        strange.account = ann;
+        strange.request = "{}";
+        journal_->write({strange});
+        start();
+        QSignalSpy told(journal_.get(), &UploadJournal::troubled);
+        QTRY_COMPARE(told.size(), 1);
+        QVERIFY(!queue_->areAllKnown());
+        QTRY_VERIFY_WITH_TIMEOUT(isIdle(), patiently);
+        QCOMPARE(bench_.copiesOf(u"readable"_s).size(), 1);
+        QCOMPARE(failures_, 0);
+        std::optional<QList<JournalEntry>> left;
+        journal_->load(this, [&](const Result<QList<JournalEntry>>& entries) { left = entries.valueOr({}); });
+        QTRY_VERIFY(left);
+        QCOMPARE(*left, QList<JournalEntry>{strange});
+    }
+
     void filesOfFoldersAreNeeded() {
         queue_->setHeldBack(true);
         queue_->add({.path = makeFile("needed", "1")});
