@@ -6,7 +6,8 @@
 #   after_page_*            the same after a web page was shown and closed
 #
 # where * is: cpu_ticks (1/100 s), wakeups (voluntary context switches of all threads), memory_mib (proportional, with
-# the processes of the web engine), bus_messages (to or from the process), repaints (of the status item).
+# the processes of the web engine), own_memory_mib (of that, neither programs nor libraries), bus_messages (to or from
+# the process), repaints (of the status item).
 set -euo pipefail
 bin=$1
 walk=bench pictures=$HOME
@@ -63,6 +64,7 @@ measure_idle() {
     echo "$1_bus_messages $(tail -n +$((start + 1)) "$HOME/bus.log" | cut -f 4,5 | grep -cwFf "$HOME/names" || true)"
     echo "$1_repaints $(($(repaints) - paints))"
     echo "$1_memory_mib $(memory_mib "$quenby")"
+    echo "$1_own_memory_mib $(own_memory_mib "$quenby")"
 }
 
 close_workspace() {

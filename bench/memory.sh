@@ -9,8 +9,15 @@ family() {
 }
 
 # memory_mib PID: proportional: what several share counts as their shares.
-memory_mib() {
+memory_mib() { rollup_mib "$1" Pss; }
+
+# own_memory_mib PID: what nothing but these processes accounts for. Programs and libraries are not in it, whose share
+# depends on what else runs on the computer.
+own_memory_mib() { rollup_mib "$1" Anonymous; }
+
+# rollup_mib PID FIELD
+rollup_mib() {
     local pid
     for pid in $(family "$1"); do cat "/proc/$pid/smaps_rollup"; done 2>/dev/null |
-        awk '/^Pss:/ { sum += $2 } END { printf "%.1f\n", sum / 1024 }'
+        awk -v field="$2:" '$1 == field { sum += $2 } END { printf "%.1f\n", sum / 1024 }'
 }

@@ -18,24 +18,24 @@ void UploadQueue::setJournal(UploadJournal& journal) {
 
 void UploadQueue::loaded(const Result<QList<JournalEntry>>& entries) {
     isReading_ = false;
-    isMoreWrittenDown_ = isMoreWrittenDown_ || !entries;
     QList<qint64> numbers;
-    bool areAllReadable = true;
+    bool isOneUnreadable = false;
     for (const JournalEntry& entry : entries ? *entries : QList<JournalEntry>()) {
         auto upload = queuedUpload(entry);
-        areAllReadable = areAllReadable && upload;
+        isOneUnreadable = isOneUnreadable || !upload;
         if (!upload)
             continue; // it stays where it is
         numbers.append(entry.number);
         insert(std::move(*upload));
     }
-    if (!areAllReadable)
-        journal_->tellUnreadable();
+    isMoreWrittenDown_ = isMoreWrittenDown_ || !entries || isOneUnreadable;
     sortByPlace();
     if (!numbers.isEmpty())
         Q_EMIT added(numbers);
     Q_EMIT orderChanged(); // what was added meanwhile comes after them
     Q_EMIT wasRead();
+    if (isOneUnreadable)
+        journal_->tellUnreadable();
     startMore();
     tellWaitingCount();
 }
