@@ -1,5 +1,5 @@
-// When uploads rest: the user wants it, or the connection is metered. And while one gets on, the computer is kept awake;
-// while all of them only try again, it may sleep.
+// When uploads rest: the user wants it, or the connection is metered. And while one gets on, the computer is kept
+// awake; while all of them only try again, it may sleep.
 //
 // Threads: the main thread. What it is given outlives it. It follows the settings, whoever writes them.
 #pragma once
